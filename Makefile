@@ -1,0 +1,66 @@
+# The commands a newcomer types. Everything else is CMake: see CMakePresets.json.
+#
+#   make demo    solves a real system, checked against a published result
+#   make check   builds everything and runs every test
+#
+# Both install what is missing first (Debian packages; without root they say what to type).
+
+.PHONY: help setup configure build demo check sanitize thread-check bench install bundle format format-check tidy clean
+
+help:
+	@sed -n 's/^#   //p' Makefile
+
+setup:
+	@tools/setup.sh
+
+configure: setup
+	@mkdir -p build
+	@cmake --preset default >build/configure.log 2>&1 || { cat build/configure.log; exit 1; }
+
+build: configure
+	cmake --build --preset default
+
+demo: configure
+	cmake --build --preset default --target example_plate example_cylinder
+	build/default/examples/plate
+	build/default/examples/cylinder
+
+check: build
+	ctest --preset default --parallel 2
+
+# The same tests under the address and undefined-behaviour sanitizers.
+sanitize: setup
+	cmake --preset sanitize
+	cmake --build --preset sanitize
+	ctest --preset sanitize --parallel 2
+
+# The tests that use threads, under the thread sanitizer.
+thread-check: setup
+	cmake --preset thread
+	cmake --build --preset thread --target test_threads
+	ctest --preset thread
+
+# Lumo against the CPU LAPACK and BLAS, one thread each.
+bench: build
+	for b in lapack blas kernels; do \
+	    OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 build/default/bench/bench_$$b; \
+	done
+
+install: build
+	cmake --install build/default
+
+# build/default/lumo-bundle.tar.gz, for a machine with a GPU: unpack it and ./run-checks.
+bundle: build
+	cd build/default && cpack -G TGZ >/dev/null && ls -l lumo-bundle.tar.gz
+
+format:
+	git ls-files '*.c' '*.cpp' '*.cu' '*.h' | xargs clang-format-14 -i
+
+format-check:
+	git ls-files '*.c' '*.cpp' '*.cu' '*.h' | xargs clang-format-14 --dry-run --Werror
+
+tidy: build
+	tools/tidy.sh
+
+clean:
+	rm -rf build

@@ -1,0 +1,111 @@
+// A call of Lumo's against the same call of a CPU library: on the same data, in turn in one run, so
+// that a change of the machine's pace meets both. Medians, and their ratio.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <complex>
+#include <cstdio>
+#include <functional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "lumo.h"
+
+namespace bench {
+
+inline double median(std::vector<double> values) {
+    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+    return values[values.size() / 2];
+}
+
+// Uniform in [-1, 1].
+template <class T>
+std::vector<T> randomElements(std::size_t count) {
+    std::mt19937 engine(1);
+    std::uniform_real_distribution<double> uniform(-1, 1);
+    std::vector<T> elements(count);
+    for (T& x : elements) {
+        const double re = uniform(engine);
+        if constexpr (std::is_floating_point_v<T>)
+            x = T(re);
+        else
+            x = T(typename T::value_type(re), typename T::value_type(uniform(engine)));
+    }
+    return elements;
+}
+
+// Measures Lumo alone (--lumo_only), for a profile of its calls.
+inline bool lumoOnly = false;
+
+// A routine by Lumo and by another library on data of a type that restores itself before every
+// call; each returns 0 on success. `rival` names the other in the output.
+template <class Data>
+struct Contest {
+    std::string name;
+    std::function<int(Data&)> lumo, other;
+    std::string rival = "cpu";
+};
+
+template <class Data>
+void run(benchmark::State& state, const Contest<Data>& contest) {
+    Data data(int(state.range(0)));
+    auto seconds = [&](const std::function<int(Data&)>& call) {
+        data.restore();
+        const auto start = std::chrono::steady_clock::now();
+        const int failed = call(data);
+        const auto stop = std::chrono::steady_clock::now();
+        if (failed) state.SkipWithError("a call failed");
+        return std::chrono::duration<double>(stop - start).count();
+    };
+    seconds(contest.lumo);
+    if (!lumoOnly) seconds(contest.other);
+    std::vector<double> lumoTimes, otherTimes;
+    for (auto _ : state) {
+        lumoTimes.push_back(seconds(contest.lumo));
+        if (!lumoOnly) otherTimes.push_back(seconds(contest.other));
+        state.SetIterationTime(lumoTimes.back());
+    }
+    if (lumoTimes.empty()) return;
+    state.counters["lumo_ms"] = 1e3 * median(lumoTimes);
+    if (lumoOnly) return;
+    state.counters[contest.rival + "_ms"] = 1e3 * median(otherTimes);
+    state.counters["ratio"] = median(lumoTimes) / median(otherTimes);
+}
+
+// Orders and how often each is run.
+using Rounds = std::vector<std::pair<int, int>>;
+
+template <class Data>
+void add(const Contest<Data>& contest, const Rounds& rounds) {
+    for (auto [n, repetitions] : rounds)
+        benchmark::RegisterBenchmark(contest.name.c_str(),
+                                     [contest](benchmark::State& state) { run(state, contest); })
+            ->Arg(n)
+            ->Iterations(repetitions)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+}
+
+inline int runAll(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i)
+        if (std::string(argv[i]) == "--lumo_only") {
+            lumoOnly = true;
+            std::copy(argv + i + 1, argv + argc--, argv + i);
+        }
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    if (lumoInitialize() != lumoNoError) {
+        std::fprintf(stderr, "%s\n", lumoGetStatusString(lumoGetLastStatus()));
+        return 1;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    lumoShutdown();
+    return 0;
+}
+
+}  // namespace bench

@@ -1,0 +1,36 @@
+# LUMO_CUDA: whether to build the CUDA plugin. AUTO builds it where a toolkit is found.
+set(LUMO_CUDA AUTO CACHE STRING "Build the CUDA plugin: AUTO, ON or OFF")
+set_property(CACHE LUMO_CUDA PROPERTY STRINGS AUTO ON OFF)
+# Machine code for every generation that the toolkit knows (code for one serves all later devices
+# of its generation), and PTX of the newest for what is still to come.
+set(LUMO_CUDA_ARCHITECTURES all-major CACHE STRING "Device code to build, as CMAKE_CUDA_ARCHITECTURES")
+
+set(LUMO_HAVE_CUDA OFF)
+if(LUMO_CUDA STREQUAL "OFF")
+    return()
+endif()
+
+include(CheckLanguage)
+if(NOT CMAKE_CUDA_COMPILER AND NOT DEFINED ENV{CUDACXX})
+    find_program(LUMO_NVCC nvcc HINTS ENV CUDA_HOME ENV CUDA_PATH /usr/local/cuda PATH_SUFFIXES bin)
+    mark_as_advanced(LUMO_NVCC)
+    if(LUMO_NVCC)
+        set(CMAKE_CUDA_COMPILER ${LUMO_NVCC})
+    endif()
+endif()
+check_language(CUDA)
+if(CMAKE_CUDA_COMPILER)
+    # Set before the language is enabled, or the compiler's default would be taken.
+    set(CMAKE_CUDA_ARCHITECTURES ${LUMO_CUDA_ARCHITECTURES})
+    set(CMAKE_CUDA_STANDARD 17)
+    enable_language(CUDA)
+    find_package(CUDAToolkit QUIET)
+endif()
+if(TARGET CUDA::cublas AND TARGET CUDA::cudart_static)
+    set(LUMO_HAVE_CUDA ON)
+    message(STATUS "CUDA plugin: toolkit ${CUDAToolkit_VERSION}, device code ${LUMO_CUDA_ARCHITECTURES}")
+elseif(LUMO_CUDA STREQUAL "ON")
+    message(FATAL_ERROR "LUMO_CUDA=ON, but no CUDA toolkit (nvcc, CUBLAS) was found")
+else()
+    message(STATUS "CUDA plugin: not built, no toolkit found")
+endif()

@@ -1,0 +1,91 @@
+# liblumo.so. All of it is compiled once, as the object library lumo_objects, which the tests link
+# too: they look inside the library, and play on its software device.
+
+set(LUMO_KERNEL_UNITS
+    src/basic/Complement/Complement
+    src/basic/Conjugate/Conjugate
+    src/basic/Copy/Copy
+    src/basic/LACPY/LACPY
+    src/basic/LASET/LASET
+    src/basic/LASWP/LASWP
+    src/basic/MADD/MADD
+    src/basic/MakeReal/MakeReal
+    src/basic/Precision/Precision
+    src/basic/Scale/Scale
+    src/basic/Set/Set
+    src/basic/Subtract/Subtract
+    src/basic/Transpose/Transpose
+    src/cudalib/Algorithm/Memset)
+list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cpp OUTPUT_VARIABLE LUMO_LAUNCHERS)
+list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cu OUTPUT_VARIABLE LUMO_KERNELS)
+
+add_library(lumo_objects OBJECT
+    platform/choose.cpp
+    platform/error_texts.cpp
+    platform/profile.cpp
+    platform/registry.cpp
+    platform/software/blas.cpp
+    platform/software/copy.cpp
+    platform/software/heap.cpp
+    platform/software/instruments.cpp
+    platform/software/launch.cpp
+    platform/software/machine.cpp
+    platform/software/memory.cpp
+    platform/software/pool.cpp
+    platform/software/streams.cpp
+    platform/software/table.cpp
+    platform/trampolines.cpp
+    platform/trampolines_blas.cpp
+    platform/unavailable.cpp
+    src/blas/gemm.cpp
+    src/blas/gemv.cpp
+    src/blas/symm.cpp
+    src/blas/syr2k.cpp
+    src/blas/syrk.cpp
+    src/blas/triangular.cpp
+    src/cudalib/maps.cpp
+    src/cudalib/memory_exports.cpp
+    src/cudalib/transfer.cpp
+    src/cudalib/workspace_pool.cpp
+    src/lapack/gesv.cpp
+    src/lapack/getrf.cpp
+    src/lapack/getrs.cpp
+    src/runtime/device_exports.cpp
+    src/runtime/devices.cpp
+    src/runtime/exceptions.cpp
+    src/runtime/frame.cpp
+    src/runtime/hooks.cpp
+    src/runtime/initialize.cpp
+    src/runtime/state.cpp
+    src/runtime/status_exports.cpp
+    src/runtime/threads.cpp
+    ${LUMO_LAUNCHERS}
+    ${LUMO_KERNELS})
+
+# Kernels are C++ to the software device; they must vectorise in any build that is not a debug one.
+set_source_files_properties(${LUMO_KERNELS} PROPERTIES
+    LANGUAGE CXX
+    COMPILE_OPTIONS "$<IF:$<CONFIG:Debug>,-xc++,-xc++;-O3>")
+
+file(RELATIVE_PATH LUMO_BIN_TO_LIB
+    ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_source_files_properties(platform/choose.cpp PROPERTIES
+    COMPILE_DEFINITIONS LUMO_BIN_TO_LIB="${LUMO_BIN_TO_LIB}")
+
+target_include_directories(lumo_objects
+    PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+target_link_libraries(lumo_objects
+    PUBLIC LAPACK::LAPACK BLAS::BLAS Threads::Threads Boost::headers ${CMAKE_DL_LIBS})
+
+# The ABI version is kept apart from the release's: it changes when the interface does.
+add_library(lumo SHARED)
+target_link_libraries(lumo PRIVATE lumo_objects)
+target_link_options(lumo PRIVATE
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map -Wl,--no-undefined)
+set_target_properties(lumo PROPERTIES
+    SOVERSION 0
+    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+target_include_directories(lumo INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+add_library(Lumo::lumo ALIAS lumo)

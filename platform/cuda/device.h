@@ -1,0 +1,34 @@
+// The state that the parts of the CUDA platform share: one device for the whole process, as
+// CUDA 3 has it, over a runtime whose current device is each thread's own.
+#pragma once
+
+#include <cublas_v2.h>
+#include <cuda_runtime_api.h>
+
+#include "platform/table.h"
+
+namespace gpu {
+
+// Takes the chosen device for good.
+void bindContext();
+bool contextBound();
+
+// Makes the process's device the calling thread's current one, and puts the application's back.
+class OnDevice {
+  public:
+    OnDevice();
+    ~OnDevice();
+    OnDevice(const OnDevice&) = delete;
+    OnDevice& operator=(const OnDevice&) = delete;
+
+  private:
+    int applications_ = 0;
+    int ours_ = 0;
+};
+
+// Gives the page-locked blocks that are kept for reuse back to the system.
+void trimPageLocked();
+
+#include "platform/entry_points.inc"
+
+}  // namespace gpu

@@ -1,0 +1,82 @@
+// Launches by CUDA 3's three calls over the runtime's one: the pushed arguments are collected in
+// a block, and the launch is given a pointer to each.
+#include <cstring>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/cuda/device.h"
+#include "platform/cuda/errors.h"
+#include "platform/cuda/kernels.h"
+
+namespace gpu {
+namespace {
+
+constexpr std::size_t argumentLimit = 4096;
+constexpr int missingConfiguration = 1;
+constexpr int invalidDeviceFunction = 8;
+
+struct Configuration {
+    dim3 grid, block;
+    std::size_t shared;
+    cudaStream_t stream;
+    bool set = false;
+};
+
+thread_local Configuration configuration;
+thread_local std::vector<std::size_t> offsets;
+alignas(16) thread_local unsigned char arguments[argumentLimit];
+
+// Units are collected by their static initialisers, in an order nobody controls.
+std::unordered_map<std::string, const void*>& stubs() {
+    static auto* byName = new std::unordered_map<std::string, const void*>;
+    return *byName;
+}
+
+dim3 native(platform::Dim3 d) {
+    return dim3(d.x, d.y, d.z);
+}
+
+}  // namespace
+
+void collectKernel(const char* name, const void* stub) {
+    stubs()[name] = stub;
+}
+
+std::vector<std::string> kernelNames() {
+    std::vector<std::string> names;
+    for (const auto& [name, stub] : stubs()) names.push_back(name);
+    return names;
+}
+
+int configureCall(platform::Dim3 grid, platform::Dim3 block, std::size_t shared,
+                  platform::Stream stream) {
+    configuration = {native(grid), native(block), shared, static_cast<cudaStream_t>(stream), true};
+    offsets.clear();
+    return cudaSuccess;
+}
+
+int setupArgument(const void* argument, std::size_t size, std::size_t offset) {
+    if (!configuration.set) return reported3(missingConfiguration);
+    if (offset > argumentLimit || size > argumentLimit - offset)
+        return reported(cudaErrorInvalidValue);
+    std::memcpy(arguments + offset, argument, size);
+    offsets.push_back(offset);
+    return cudaSuccess;
+}
+
+int launch(const platform::Kernel* kernel) {
+    const Configuration c = configuration;
+    configuration.set = false;
+    if (!c.set) return reported3(missingConfiguration);
+    auto stub = kernel ? stubs().find(kernel->name) : stubs().end();
+    if (stub == stubs().end()) return reported3(invalidDeviceFunction);
+    bindContext();
+    OnDevice here;
+    void* pointers[64];
+    if (offsets.size() > std::size(pointers)) return reported(cudaErrorInvalidValue);
+    for (std::size_t i = 0; i < offsets.size(); ++i) pointers[i] = arguments + offsets[i];
+    return reported(cudaLaunchKernel(stub->second, c.grid, c.block, pointers, c.shared, c.stream));
+}
+
+}  // namespace gpu

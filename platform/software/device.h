@@ -1,0 +1,32 @@
+// The state that the parts of the software device share.
+#pragma once
+
+#include <cstddef>
+
+#include "platform/cuda3.h"
+#include "platform/software/control.h"
+#include "platform/software/heap.h"
+
+namespace software {
+
+const Machine& machine();
+
+// Device memory and page-locked host memory.
+Heap& deviceHeap();
+Heap& pageLockedHeap();
+
+// Reports a program error that a GPU might have let pass.
+void noteViolation(const char* what);
+void resetAccounts();
+// CUBLAS as before its first cublasInit.
+void resetBlas();
+
+// Binds the context to the chosen device: from now on the device cannot be changed.
+int bindContext();
+// The device that this process's calls go to.
+int currentDevice();
+platform::DeviceProperties propertiesOf(int device);
+
+#include "platform/entry_points.inc"
+
+}  // namespace software

@@ -1,0 +1,36 @@
+// When operations run: the streams of the software device.
+#pragma once
+
+#include <functional>
+
+#include "platform/table.h"
+
+namespace software {
+
+// An operation tells its own failure by failAsynchronously().
+using Operation = std::function<void()>;
+
+// Hands an operation to a stream (null: the default stream). In production and on the earliest
+// schedule it has run when this returns; on the latest it waits until something needs it.
+void submit(platform::Stream stream, Operation operation);
+// A production-only short cut: whether the caller may simply run its operation here and now.
+bool runsAtOnce();
+
+// Runs what the stream's end waits for: its own operations, and the default stream's before
+// them, which themselves wait for everything issued earlier.
+void drain(platform::Stream stream);
+void drainAll();
+
+platform::Stream createStream();
+bool isStream(platform::Stream stream);
+// What is still pending on the stream runs later, as on a GPU.
+bool destroyStream(platform::Stream stream);
+int liveStreams();
+// Drops all streams and pending operations without running them.
+void resetStreams();
+
+// A failure of something that ran; the next synchronisation reports it.
+void failAsynchronously(int error);
+int takeAsynchronousError();
+
+}  // namespace software

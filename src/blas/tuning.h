@@ -1,0 +1,15 @@
+// Sizes at which BLAS operations are split: data, in one place. Tests shrink them to reach split
+// paths with small matrices.
+#pragma once
+
+namespace lumo {
+
+struct BlasTuning {
+    int gemmLimit = 134217216;  // elements of an operand that one CUBLAS gemm call works on
+    int unblocked = 1023;       // symmetric operations with both sizes above it go by blocks
+    int block = 1024;           // of so many rows and columns
+};
+
+inline BlasTuning blasTuning;
+
+}  // namespace lumo

@@ -1,0 +1,310 @@
+// The language that kernels are written in: one text for the GPU and for the CPU.
+//
+// A kernel's body is written for one block. Code outside a region is uniform for the block; a
+// region (`each`, `rows`, `lanes`) runs all lanes of the block; `barrier` stands between regions
+// where one reads what another wrote. On the GPU a lane is a thread. On the CPU a region is a
+// loop that the compiler vectorises, and neighbouring blocks are merged into one.
+//
+// Rules: no dependence between the lanes of one region (the vectoriser is told so, and will
+// believe it); uniform code reads no memory that a region of the same kernel writes, unless a
+// barrier stands between: the CPU never shows this fault, a GPU does.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "runtime/complex.h"
+
+#ifdef __CUDACC__
+namespace cudalib {  // to a device, a map is a name
+class Map1D;
+class Map2D;
+class TriangularMap2D;
+}  // namespace cudalib
+#define LUMO_DEVICE __device__ __forceinline__
+#define LUMO_SHARED __shared__
+#define LUMO_SIMD
+#else
+#include <algorithm>
+
+#include "cudalib/maps.h"
+#include "platform/table.h"
+#define LUMO_DEVICE inline __attribute__((always_inline))
+#define LUMO_SHARED alignas(64)
+#ifdef __clang__
+#define LUMO_SIMD _Pragma("clang loop vectorize(assume_safety)")
+#else
+#define LUMO_SIMD _Pragma("GCC ivdep")
+#endif
+#endif
+
+namespace cudalib {
+
+// A block of a 1-D map, for kernels whose elements are independent of each other.
+class Elements {
+  public:
+    // f(i) for this block's i below n.
+    template <class F>
+    LUMO_DEVICE void each(std::size_t n, F f) const;
+
+#ifdef __CUDACC__
+    LUMO_DEVICE static Elements current() {
+        return {};
+    }
+#else
+    static constexpr std::size_t merged = 1024;
+    static std::size_t threads(const platform::Launch& l) {
+        return std::size_t(l.grid.x) * l.grid.y * l.grid.z * l.block.x;
+    }
+    static std::size_t count(const platform::Launch& l) {
+        return (threads(l) - 1) / merged + 1;
+    }
+    static Elements item(const platform::Launch& l, std::size_t k) {
+        Elements e;
+        e.begin_ = k * merged;
+        e.end_ = std::min(threads(l), e.begin_ + merged);
+        return e;
+    }
+
+  private:
+    std::size_t begin_, end_;
+#endif
+};
+
+// A block of a 2-D map, for kernels whose elements are independent of each other.
+class Tile {
+  public:
+    // The rows of one of the block's columns.
+    class Column {
+      public:
+        // f(i) for this block's rows with from <= i < to.
+        template <class F>
+        LUMO_DEVICE void rows(int from, int to, F f) const;
+
+      private:
+        friend class Tile;
+#ifdef __CUDACC__
+        int i_;
+#else
+        int begin_, end_;
+#endif
+    };
+
+    // f(column, j) for this block's columns j below n.
+    template <class F>
+    LUMO_DEVICE void columns(int n, F f) const;
+
+#ifdef __CUDACC__
+    LUMO_DEVICE static Tile current() {
+        return {};
+    }
+#else
+    static constexpr int mergedRows = 1024, mergedColumns = 16;
+    static long rowsCovered(const platform::Launch& l) {
+        return long(l.grid.x) * l.block.x;
+    }
+    static long columnsCovered(const platform::Launch& l) {
+        return long(l.grid.y) * l.block.y;
+    }
+    static std::size_t across(const platform::Launch& l) {
+        return std::size_t(rowsCovered(l) - 1) / mergedRows + 1;
+    }
+    static std::size_t count(const platform::Launch& l) {
+        return across(l) * (std::size_t(columnsCovered(l) - 1) / mergedColumns + 1);
+    }
+    static Tile item(const platform::Launch& l, std::size_t k) {
+        Tile t;
+        const long i = long(k % across(l)) * mergedRows, j = long(k / across(l)) * mergedColumns;
+        t.rowBegin_ = int(i);
+        t.rowEnd_ = int(std::min({rowsCovered(l), i + mergedRows, long(limit)}));
+        t.columnBegin_ = int(j);
+        t.columnEnd_ = int(std::min({columnsCovered(l), j + mergedColumns, long(limit)}));
+        return t;
+    }
+
+  private:
+    static constexpr int limit = 2147483647;
+    int rowBegin_, rowEnd_, columnBegin_, columnEnd_;
+#endif
+};
+
+// A single thread, for kernels on one element.
+class Single {
+  public:
+#ifdef __CUDACC__
+    LUMO_DEVICE static Single current() {
+        return {};
+    }
+    template <class F>
+    LUMO_DEVICE void once(F f) const {
+        if (threadIdx.x == 0) f();
+    }
+#else
+    static std::size_t count(const platform::Launch&) {
+        return 1;
+    }
+    static Single item(const platform::Launch&, std::size_t) {
+        return {};
+    }
+    template <class F>
+    LUMO_DEVICE void once(F f) const {
+        f();
+    }
+#endif
+};
+
+// A block of X by Y lanes that work together through shared memory. A CPU may be given a
+// larger team than the GPU, in which whole blocks of the launch merge.
+template <int X_, int Y_>
+class Team {
+  public:
+    static constexpr int X = X_, Y = Y_;
+
+    // f(y) for this block's rows of lanes with y < n, f(x) for the lanes of one row with x < n.
+    template <class F>
+    LUMO_DEVICE static void rows(long n, F f);
+    template <class F>
+    LUMO_DEVICE static void lanes(long n, F f);
+    LUMO_DEVICE static void barrier() {
+#ifdef __CUDACC__
+        __syncthreads();
+#endif
+    }
+
+#ifdef __CUDACC__
+    LUMO_DEVICE long x() const {
+        return blockIdx.x;
+    }
+    LUMO_DEVICE long y() const {
+        return blockIdx.y;
+    }
+    LUMO_DEVICE static Team current() {
+        return {};
+    }
+#else
+    long x() const {
+        return x_;
+    }
+    long y() const {
+        return y_;
+    }
+    static std::size_t across(const platform::Launch& l) {
+        return (std::size_t(l.grid.x) * l.block.x - 1) / X + 1;
+    }
+    static std::size_t down(const platform::Launch& l) {
+        return (std::size_t(l.grid.y) * l.block.y - 1) / Y + 1;
+    }
+    static std::size_t count(const platform::Launch& l) {
+        return across(l) * down(l);
+    }
+    static Team item(const platform::Launch& l, std::size_t k) {
+        Team t;
+        t.x_ = long(k % across(l));
+        t.y_ = long(k / across(l));
+        return t;
+    }
+
+  private:
+    long x_, y_;
+#endif
+};
+
+#ifdef __CUDACC__
+
+template <class F>
+LUMO_DEVICE void Elements::each(std::size_t n, F f) const {
+    const std::size_t block =
+        (std::size_t(blockIdx.z) * gridDim.y + blockIdx.y) * gridDim.x + blockIdx.x;
+    const std::size_t i = block * blockDim.x + threadIdx.x;
+    if (i < n) f(i);
+}
+
+template <class F>
+LUMO_DEVICE void Tile::Column::rows(int from, int to, F f) const {
+    if (i_ >= from && i_ < to) f(i_);
+}
+
+template <class F>
+LUMO_DEVICE void Tile::columns(int n, F f) const {
+    Column column;
+    column.i_ = int(blockIdx.x * blockDim.x + threadIdx.x);
+    const int j = int(blockIdx.y * blockDim.y + threadIdx.y);
+    if (j < n) f(column, j);
+}
+
+template <int X_, int Y_>
+template <class F>
+LUMO_DEVICE void Team<X_, Y_>::rows(long n, F f) {
+    if (threadIdx.y < n) f(int(threadIdx.y));
+}
+
+template <int X_, int Y_>
+template <class F>
+LUMO_DEVICE void Team<X_, Y_>::lanes(long n, F f) {
+    if (threadIdx.x < n) f(int(threadIdx.x));
+}
+
+#else
+
+// A full block's loop has a trip count that the compiler knows.
+template <class F>
+LUMO_DEVICE void Elements::each(std::size_t n, F f) const {
+    const std::size_t end = std::min(end_, n);
+    if (end == begin_ + merged) {
+        LUMO_SIMD for (std::size_t i = begin_; i < begin_ + merged; ++i) f(i);
+    } else {
+        LUMO_SIMD for (std::size_t i = begin_; i < end; ++i) f(i);
+    }
+}
+
+template <class F>
+LUMO_DEVICE void Tile::Column::rows(int from, int to, F f) const {
+    const int begin = std::max(from, begin_), end = std::min(to, end_);
+    LUMO_SIMD for (int i = begin; i < end; ++i) f(i);
+}
+
+template <class F>
+LUMO_DEVICE void Tile::columns(int n, F f) const {
+    Column column;
+    column.begin_ = rowBegin_;
+    column.end_ = rowEnd_;
+    const int end = std::min(columnEnd_, n);
+    for (int j = columnBegin_; j < end; ++j) f(column, j);
+}
+
+template <int X_, int Y_>
+template <class F>
+LUMO_DEVICE void Team<X_, Y_>::rows(long n, F f) {
+    const int end = int(std::min<long>(n, Y));
+    for (int y = 0; y < end; ++y) f(y);
+}
+
+template <int X_, int Y_>
+template <class F>
+LUMO_DEVICE void Team<X_, Y_>::lanes(long n, F f) {
+    if (n >= X) {
+        LUMO_SIMD for (int x = 0; x < X; ++x) f(x);
+    } else {
+        LUMO_SIMD for (int x = 0; x < int(n); ++x) f(x);
+    }
+}
+
+#endif
+
+// Asks for the memory `ahead` elements behind p, which a CPU's caches do not foresee and a GPU does
+// not need to. The address may lie outside of the matrix.
+template <class T>
+LUMO_DEVICE void prefetch([[maybe_unused]] const T* p, [[maybe_unused]] std::size_t ahead) {
+#ifndef __CUDACC__
+    const auto address = reinterpret_cast<std::uintptr_t>(p) + ahead * sizeof(T);
+    __builtin_prefetch(reinterpret_cast<const void*>(address), 1);
+#endif
+}
+
+// Addresses element (i, j) of a column-major matrix; an offset has 64 bits.
+template <class T>
+LUMO_DEVICE T& at(T* a, int lda, int i, int j) {
+    return a[std::size_t(j) * std::size_t(lda) + std::size_t(i)];
+}
+
+}  // namespace cudalib

@@ -1,0 +1,60 @@
+// A user's host matrix and its copy on the device, for the length of one call.
+#pragma once
+
+#include <exception>
+
+#include "cudalib/managed_memory.h"
+
+namespace cudalib {
+
+enum TransferMode { noTransfer = 0, upload = 2, download = 4, uploadAndDownload = 6 };
+
+// Uploads on construction and downloads on destruction, as its mode says. Nothing is downloaded
+// while an exception that began after its construction unwinds: the operation that would have
+// filled the device copy has not run. A failed download is swallowed and leaves no error behind.
+//
+// A vector with an increment is a row whose leading dimension is the increment's magnitude, packed
+// on the device by the CudaAllocator: the pitch of a matrix would spread it over the memory.
+template <class T, template <class> class Alloc = lumo::BlasAllocator>
+class HostBoundMatrix {
+  public:
+    // An empty matrix, or one that is transferred neither way, allocates nothing. Throws if there
+    // is nothing at `host`, if the device has no memory or if the upload fails.
+    HostBoundMatrix(Extent extent, T* host, int hostLd, TransferMode mode, unsigned depth = 1)
+        : rows_(extent.rows), host_(host), hostLd_(hostLd), mode_(mode) {
+        if (!extent.rows || !extent.columns || !depth) mode_ = noTransfer;
+        if (mode_ == noTransfer) return;
+        if (!host) throw CudaRuntimeException(cudaErrorInvalidValue);
+        memory_ = ManagedMemory<T, Alloc>(extent, depth);
+        if (mode_ & upload) memory_.copyFromHost(host_, hostLd_);
+    }
+
+    ~HostBoundMatrix() {
+        if (!(mode_ & download) || std::uncaught_exceptions() > exceptions_) return;
+        try {
+            memory_.copyToHost(host_, hostLd_);
+        } catch (...) {
+            cudaGetLastError();
+        }
+    }
+
+    HostBoundMatrix(const HostBoundMatrix&) = delete;
+    HostBoundMatrix& operator=(const HostBoundMatrix&) = delete;
+
+    T* data() const { return memory_.data(); }
+    int leadingDimension() const {
+        return memory_.data() ? memory_.leadingDimension() : int(std::max(1u, rows_));
+    }
+    bool outputOnly() const { return mode_ == download; }
+    void cancelDownload() { mode_ = TransferMode(mode_ & ~download); }
+
+  private:
+    ManagedMemory<T, Alloc> memory_;
+    unsigned rows_;
+    T* host_;
+    int hostLd_;
+    TransferMode mode_;
+    int exceptions_ = std::uncaught_exceptions();
+};
+
+}  // namespace cudalib

@@ -1,0 +1,28 @@
+// Block sizes and path switches of the LAPACK routines: data, in one place. Tests shrink them to
+// reach blocked paths with small matrices.
+#pragma once
+
+#include "runtime/state.h"
+
+namespace lumo {
+
+// By compute capability: 1.0 to 1.3, and everything else.
+struct BlockSize {
+    int early;
+    int other;
+
+    int current() const {
+        const int capability = computeCapability();
+        return capability >= 10 && capability <= 13 ? early : other;
+    }
+};
+
+struct GetrfTuning {
+    BlockSize base;   // a panel has twice as many columns
+    int squareOrder;  // square matrices from this order on are factorised transposed
+};
+
+template <class T>
+inline GetrfTuning getrfTuning{{32, 96}, 513};
+
+}  // namespace lumo

@@ -1,0 +1,70 @@
+#include "runtime/state.h"
+
+#include <atomic>
+
+#include "runtime/devices.h"
+#include "runtime/hooks.h"
+#include "runtime/threads.h"
+
+namespace lumo {
+namespace {
+
+// Relaxed: with several threads calling, whose result is read is nobody's promise.
+std::atomic<int> theStatus{lumoNoError};
+std::atomic<int> theInfo{0};
+
+std::atomic<bool> isInitialized{false};
+std::atomic<bool> hasDoublePrecision{false};
+std::atomic<int> capability{-1};
+
+}  // namespace
+
+lumoStatus lastStatus() {
+    return lumoStatus(theStatus.load(std::memory_order_relaxed));
+}
+
+void setLastStatus(lumoStatus status) {
+    theStatus.store(status, std::memory_order_relaxed);
+}
+
+int info() {
+    return theInfo.load(std::memory_order_relaxed);
+}
+
+void setInfo(int info) {
+    theInfo.store(info, std::memory_order_relaxed);
+}
+
+bool initialized() {
+    return isInitialized.load(std::memory_order_acquire);
+}
+
+void setInitialized(bool yes) {
+    isInitialized.store(yes, std::memory_order_release);
+}
+
+bool doublePrecision() {
+    return hasDoublePrecision.load(std::memory_order_relaxed);
+}
+
+int computeCapability() {
+    return capability.load(std::memory_order_relaxed);
+}
+
+void setDeviceAbilities(int value) {
+    hasDoublePrecision.store(value > 12, std::memory_order_relaxed);
+    capability.store(value, std::memory_order_relaxed);
+}
+
+void resetRuntime() {
+    setInitialized(false);
+    hasDoublePrecision = false;
+    capability = -1;
+    setLastStatus(lumoNoError);
+    setInfo(0);
+    clearHooks();
+    forgetThreads();
+    forgetDevices();
+}
+
+}  // namespace lumo

@@ -1,0 +1,252 @@
+// What the harness does not see of the BLAS: which pieces an operation is split into, what is
+// transferred, and the odd corners.
+#include "blas/blas_call.h"
+
+namespace test {
+namespace {
+
+using software::Call;
+using ComplexF = lumo::Complex<float>;
+using ComplexD = lumo::Complex<double>;
+
+std::vector<Call> traceOf(test::Call& call, lumoStatus expected = lumoNoError) {
+    software::startTrace();
+    EXPECT_EQ(expected, call.run());
+    return software::stopTrace();
+}
+
+// "m n k" of the products in a trace, in order.
+std::string products(const std::vector<Call>& trace) {
+    std::string sizes;
+    for (const Call& call : trace)
+        if (call.name.size() == 11 && call.name.rfind("gemm") == 7)
+            sizes +=
+                "(" + call.arguments[2] + " " + call.arguments[3] + " " + call.arguments[4] + ")";
+    return sizes;
+}
+
+class BlasPaths : public OnSoftwareDevice {
+  protected:
+    void TearDown() override {
+        lumo::blasTuning = {};
+        OnSoftwareDevice::TearDown();
+    }
+};
+// Every case of the split with a limit of 384 elements, recursion and odd halves, and what only
+// just is not split. The pieces that share C and are added up come one after the other.
+struct Split {
+    const char* name;
+    const char* letters;
+    int m, n, k, padding;
+    const char* pieces;
+};
+constexpr Split splits[] = {
+    {"case 1, recursive, odd", "NN", 10, 7, 65, 2, "(10 7 16)(10 7 16)(10 7 16)(10 7 17)"},
+    {"case 1, B transposed", "NC", 12, 7, 33, 0, "(12 7 16)(12 7 17)"},
+    {"case 1, at the limit", "NN", 12, 7, 32, 0, "(12 7 16)(12 7 16)"},
+    {"case 1, below it", "NN", 12, 7, 31, 0, "(12 7 31)"},
+    {"case 1, lda does not divide", "NN", 11, 7, 65, 0, "(11 7 65)"},
+    {"case 1, a k of one is not halved", "NN", 384, 7, 1, 0, "(384 7 1)"},
+    {"case 2, recursive", "TN", 5, 192, 11, 0, "(5 48 11)(5 48 11)(5 48 11)(5 48 11)"},
+    {"case 2, ldb is padded", "NN", 11, 96, 9, 2, "(11 48 9)(11 48 9)"},
+    {"case 2, no multiple of 96", "TN", 5, 64, 11, 0, "(5 64 11)"},
+    {"case 2, n does not divide", "TN", 5, 288, 11, 0, "(5 288 11)"},
+    {"case 3, recursive", "CT", 192, 5, 11, 0, "(48 5 11)(48 5 11)(48 5 11)(48 5 11)"},
+    {"case 3, no multiple of 96", "TT", 64, 5, 11, 0, "(64 5 11)"},
+    {"case 4, recursive, odd", "TT", 5, 12, 65, 0, "(5 12 16)(5 12 16)(5 12 16)(5 12 17)"},
+    {"case 4, A as it is", "NC", 11, 12, 33, 0, "(11 12 16)(11 12 17)"},
+    {"case 4, ldb does not divide", "TT", 5, 11, 65, 0, "(5 11 65)"},
+    {"cases 2 and 3", "TN", 96, 96, 11, 0, "(48 48 11)(48 48 11)(48 48 11)(48 48 11)"},
+};
+
+template <class T>
+void expectSplits() {
+    for (const Split& s : splits) {
+        SCOPED_TRACE(s.name);
+        const Problem p{s.letters, s.m, s.n, s.k, {0.7, -0.9}, {-0.3, 0.2}, s.padding};
+        auto call = blasCall<T>("gemm", p, inDevice);
+        EXPECT_EQ(s.pieces, products(traceOf(*call)));
+        call->checkResult();
+    }
+}
+
+TEST_F(BlasPaths, ProductsBeyondTheLimitAreHalved) {
+    lumo::blasTuning.gemmLimit = 384;
+    expectSplits<float>();
+    expectSplits<ComplexD>();
+    // Through the host interface the same body runs: 96 is the leading dimension of 35 rows.
+    auto call = blasCall<float>("gemm", {"NN", 35, 7, 9, 1, 1}, inHost);
+    lumo::blasTuning.gemmLimit = 4 * int(lumo::blasPitch<float>(35, 20, true));
+    EXPECT_EQ("(35 7 2)(35 7 2)(35 7 2)(35 7 3)", products(traceOf(*call)));
+    call->checkResult();
+    // Devices before capability 2.0 take everything in one piece.
+    start(machine(13));
+    lumo::blasTuning.gemmLimit = 384;
+    auto whole = blasCall<float>("gemm", {"NN", 12, 7, 65, 1, 1}, inDevice);
+    EXPECT_EQ("(12 7 65)", products(traceOf(*whole)));
+}
+
+// The tests multiply in 32 bits. 2^16 times 2^15 wraps to a negative number: no split.
+TEST_F(BlasPaths, TheTestForASplitWraps) {
+    lumo::blasTuning.gemmLimit = 1 << 16;
+    software::startTrace();
+    EXPECT_EQ(lumoBlasError, lumoDeviceSgemm('N', 'N', -1, 1, 1 << 15, 1, nullptr, 1 << 16, nullptr,
+                                             1 << 15, 0, nullptr, 1));
+    EXPECT_EQ("(-1 1 32768)", products(software::stopTrace()));
+}
+
+// The device's gemm is CUBLAS's own: its argument errors are too.
+TEST_F(BlasPaths, DeviceGemmIsUnchecked) {
+    float x[1] = {};
+    EXPECT_EQ(lumoBlasError, lumoDeviceSgemm('X', 'N', 1, 1, 1, 1, x, 1, x, 1, 0, x, 1));
+    EXPECT_EQ(CUBLAS_STATUS_INVALID_VALUE, lumoGetErrorInfo());
+    EXPECT_EQ(lumoBlasError, lumoDeviceSgemm('N', 'N', 3, 1, 1, 1, x, 2, x, 1, 0, x, 3));
+    EXPECT_EQ(lumoNoError, lumoDeviceSgemm('n', 't', 0, 1, 1, 1, x, 1, x, 1, 0, x, 1));
+}
+
+template <class T>
+void expectRefusedBeforeAnyCheck() {
+    for (const auto& operation : operations<T>())
+        for (Interface where : {inHost, inDevice}) {
+            EXPECT_EQ(lumoInsufficientComputeCapability,
+                      operation.call(where, {"XXXX", -1, -1, -1, T(1), nullptr, 0, nullptr, 0, T(1),
+                                             nullptr, 0}))
+                << operation.name;
+            EXPECT_EQ(0, lumoGetErrorInfo());
+        }
+}
+
+TEST_F(BlasPaths, DoublePrecisionIsRefusedFirst) {
+    start(machine(12));
+    expectRefusedBeforeAnyCheck<double>();
+    expectRefusedBeforeAnyCheck<ComplexD>();
+}
+
+// Sizes at which users' calls go by blocks, one type for each operation.
+template <class T>
+void expectBlocks(const char* name, const char* letters, int m, int n, int k, int calls) {
+    SCOPED_TRACE(name);
+    auto call = blasCall<T>(name, {letters, m, n, k, {0.7, -0.9}, {0.5, 0.25}, 3}, inHost);
+    const auto trace = traceOf(*call);
+    EXPECT_EQ(calls, std::count_if(trace.begin(), trace.end(), [](const Call& c) {
+                  return c.name.rfind("cublas", 0) == 0 && c.name != "cublasGetError";
+              }));
+    call->checkResult();
+}
+
+TEST_F(BlasPaths, LargeOperationsGoByBlocks) {
+    // Before the one on the diagonal, on it, behind it: 1 + 1, 2, 1 + 1 ...
+    expectBlocks<float>("symm", "LU", 1500, 1024, 0, 4);
+    expectBlocks<ComplexF>("hemm", "RL", 1024, 1025, 0, 4);
+    expectBlocks<double>("syrk", "LT", 0, 1025, 1024, 3);
+    expectBlocks<ComplexF>("herk", "UN", 0, 1500, 1025, 3);
+    expectBlocks<double>("syr2k", "UT", 0, 1024, 1500, 1);
+    expectBlocks<ComplexF>("her2k", "LC", 0, 1500, 1025, 4);
+    expectBlocks<float>("symm", "LU", 1023, 1500, 0, 1);
+    expectBlocks<double>("syrk", "LN", 0, 1500, 1023, 1);
+}
+
+// --- Transfers ------------------------------------------------------------------------------
+
+int copies(const std::vector<Call>& trace, const char* kind) {
+    return int(std::count_if(trace.begin(), trace.end(), [=](const Call& c) {
+        return c.name.rfind("cudaMemcpy", 0) == 0 && c.arguments.back() == kind;
+    }));
+}
+
+template <class T>
+void expectTransfers() {
+    for (const auto& operation : operations<T>()) {
+        SCOPED_TRACE(operation.name);
+        std::string letters;
+        for (const std::string& choice : operation.letters) letters += choice[0];
+        const bool skipped = operation.name == "gemm" || operation.name.substr(2) == "mm";
+        const bool threeOperands = operation.name != "syrk" && operation.name != "herk" &&
+                                   operation.name.substr(0, 2) != "tr";
+        const bool scales = operation.name.substr(0, 2) != "tr";
+        for (const Wide& beta : {Wide(0), Wide(1), Wide(-2, 3), Wide(notANumber),
+                                 Wide(lumo::isComplex<T> ? 0 : 1, notANumber)}) {
+            BlasCall<T> call(operation, {letters, 5, 4, 3, 1, beta, 1}, inHost);
+            const auto trace = traceOf(call);
+            const bool unread = skipped && scales && beta == 0.0;
+            EXPECT_EQ(2 + threeOperands - unread, copies(trace, "1")) << beta;
+            EXPECT_EQ(1, copies(trace, "2"));
+            if (std::isnan(beta.real()) || std::isnan(beta.imag()))
+                EXPECT_TRUE(call.hasNan() || !scales || !std::isnan(beta.real())) << beta;
+            else
+                call.checkResult();
+        }
+    }
+}
+
+TEST_F(BlasPaths, CTravelsUpWhereItCounts) {
+    expectTransfers<float>();
+    expectTransfers<double>();
+    expectTransfers<ComplexF>();
+    expectTransfers<ComplexD>();
+}
+
+// A call that is refused, or has nothing to do, allocates nothing and reads nothing.
+TEST_F(BlasPaths, NoMemoryForNothing) {
+    float x[9] = {};
+    software::startTrace();
+    EXPECT_EQ(lumoArgumentError, lumoStrsm('X', 'U', 'N', 'N', 3, 3, 1, x, 3, x, 3));
+    EXPECT_EQ(lumoNoError, lumoSgemm('N', 'N', 0, 3, 3, 1, nullptr, 0, nullptr, 3, 0, nullptr, 0));
+    EXPECT_EQ(lumoNoError, lumoStrmm('L', 'U', 'N', 'N', 3, 0, 1, nullptr, 3, nullptr, 3));
+    const auto trace = software::stopTrace();
+    EXPECT_EQ(0, count(trace, "cudaMalloc") + copies(trace, "1") + copies(trace, "2"));
+}
+
+// A C that was not uploaded comes back only if it was computed: what else is on the device is none
+// of the caller's.
+TEST_F(BlasPaths, NothingComesBackFromAFailedProduct) {
+    for (auto [failing, status] :
+         {std::pair{"cublasSgemm", lumoBlasError}, {"cudaThreadSynchronize", lumoRuntimeError}}) {
+        auto call = blasCall<float>("gemm", {"NN", 5, 4, 3, 1, 0, 1}, inHost);
+        software::inject({1, failing, cudaErrorUnknown, CUBLAS_STATUS_EXECUTION_FAILED});
+        EXPECT_EQ(status, call->run());
+        EXPECT_EQ(failing, software::removeFault());
+        EXPECT_TRUE(call->untouched()) << failing;
+    }
+}
+
+// CUBLAS refuses increments of zero, before anything is touched.
+TEST_F(BlasPaths, GemvWithoutIncrement) {
+    double x[9] = {}, y[3] = {4, 5, 6};
+    for (auto gemv : {lumoDgemv, lumoDeviceDgemv})
+        for (auto [incx, incy] : {std::pair{0, 1}, {-1, 0}, {0, 0}}) {
+            software::startTrace();
+            EXPECT_EQ(lumoBlasError, gemv('N', 3, 3, 1, x, 3, x, incx, 1, y, incy));
+            EXPECT_EQ(CUBLAS_STATUS_INVALID_VALUE, lumoGetErrorInfo());
+            EXPECT_EQ(0, count(software::stopTrace(), "cudaMalloc"));
+        }
+    EXPECT_EQ(4, y[0]);
+}
+
+// Without products the checks let null operands pass: A and B have no elements, but C has.
+TEST_F(BlasPaths, NullOperandsThatPassTheChecks) {
+    float c[4] = {1, 2, 3, 4};
+    EXPECT_EQ(lumoNoError, lumoSgemm('N', 'T', 2, 2, 0, 1, nullptr, 2, nullptr, 2, 3, c, 2));
+    EXPECT_EQ(lumoNoError, lumoSsyr2k('L', 'T', 2, 0, 1, nullptr, 0, nullptr, 0, 2, c, 2));
+    EXPECT_EQ(lumoNoError, lumoSgemm('N', 'N', 2, 1, 0, 1, nullptr, 2, nullptr, 0, 0, c, 2));
+    EXPECT_TRUE(c[0] == 0 && c[1] == 0 && c[2] == 9 && c[3] == 24);
+    for (float beta : {0.0f, 1.0f})
+        for (Interface where : {inHost, inDevice})
+            for (const char* name : {"gemm", "syrk", "syr2k"}) {
+                const auto o = operation<float>(name);
+                const char* letters = o.name == "gemm" ? "NN" : "UN";
+                EXPECT_EQ(lumoRuntimeError, o.call(where, {letters, 2, 2, 0, 1, nullptr, 2, nullptr,
+                                                           2, beta, nullptr, 2}))
+                    << name;
+                EXPECT_EQ(cudaErrorInvalidValue, lumoGetErrorInfo());
+            }
+    // trans "T" and no k: a leading dimension of 0 is accepted, and C is scaled on the device too.
+    auto call = blasCall<float>("syr2k", {"UT", 0, 3, 0, 1, 2}, inDevice);
+    EXPECT_EQ(lumoNoError, call->run());
+    call->checkResult();
+    EXPECT_EQ(lumoRuntimeError, lumoDeviceSgemm('N', 'N', 1, 1, 1, 1, nullptr, 1, c, 1, 0, c, 1));
+    EXPECT_EQ(cudaErrorInvalidValue, lumoGetErrorInfo());
+}
+
+}  // namespace
+}  // namespace test

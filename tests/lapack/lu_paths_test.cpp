@@ -1,0 +1,163 @@
+// What the harness does not see of getrf and gesv: that the algorithm ran as it is meant to, and
+// the odd corners.
+#include "lapack/lu.h"
+
+namespace test {
+namespace {
+
+using software::Call;
+
+class LuPaths : public OnSoftwareDevice {
+  protected:
+    std::vector<Call> traceOf(test::Call& call, lumoStatus expected = lumoNoError) {
+        software::startTrace();
+        EXPECT_EQ(expected, call.run());
+        auto trace = software::stopTrace();
+        if (expected == lumoNoError) call.checkResult();
+        return trace;
+    }
+    // The calls of these names in the order in which they came.
+    static std::string order(const std::vector<Call>& trace) {
+        std::string letters;
+        for (const Call& call : trace) {
+            auto is = [&](const char* name) { return count({call}, name) == 1; };
+            if (is("cudaMemcpy2DAsync") || is("cudaMemcpyAsync"))
+                letters += call.arguments[call.arguments.size() - 2] == "2" ? 'd' : 'u';
+            else if (is("cudaStreamSynchronize"))
+                letters += 'w';
+            else if (is("KernelLASWP<") || is("KernelLASWPCOL<"))
+                letters += 'i';
+            else if (is("cublasStrsm"))
+                letters += 's';
+            else if (is("cublasSgemm"))
+                letters += 'g';
+            else if (is("TransposeInplace_k<"))
+                letters += 'T';
+            else if (is("Transpose_k<"))
+                letters += 't';
+        }
+        return letters;
+    }
+};
+
+// 24 x 20 in panels of 8, 8 and 4 columns: d(ownload), w(ait) before the CPU panel, u(pload),
+// i(nterchange) left, then the next block (i w s g d, the look-ahead) and the rest (i s g).
+TEST_F(LuPaths, ColumnPathRunsOnePanelAhead) {
+    const auto shrunk = shrinkLu<float>();
+    auto call = getrfCall<float>(24, 20, 24, Interface::device);
+    EXPECT_EQ(
+        "d"
+        "wu"
+        "iwsgd"
+        "isg"
+        "wui"
+        "iwsgd"
+        "wui"
+        "w",  // the panel's stream is waited for before its memory goes back
+        order(traceOf(*call)));
+}
+
+// 20 x 20, the same panels, transposed: the panel is gathered and scattered by transposes.
+TEST_F(LuPaths, SquarePathWorksOnTheTranspose) {
+    const auto shrunk = shrinkLu<float>();
+    auto call = getrfCall<float>(20, 20, 22, Interface::device);
+    EXPECT_EQ(
+        "Ttd"
+        "wu"
+        "iwtsgtd"
+        "isg"
+        "wui"
+        "iwtsgtd"
+        "wui"
+        "wt"
+        "T"
+        "w",
+        order(traceOf(*call)));
+}
+
+TEST_F(LuPaths, SmallMatricesAreTheCpus) {
+    auto call = getrfCall<float>(50, 50, 50, Interface::device);
+    EXPECT_EQ("", order(traceOf(*call)));
+    call.reset();
+    start(machine(13));  // panels of 64 columns here, 192 on later devices
+    auto early = getrfCall<float>(65, 65, 65, Interface::device);
+    const auto trace = traceOf(*early);
+    EXPECT_EQ(1, count(trace, "cublasStrsm"));
+    EXPECT_EQ(1, count(trace, "cublasSgemm"));
+}
+
+TEST_F(LuPaths, TheSwitchToTheSquarePath) {
+    auto column = getrfCall<float>(512, 512, 512, Interface::host);
+    auto trace = traceOf(*column);
+    EXPECT_EQ(0, count(trace, "TransposeInplace_k<"));
+    EXPECT_EQ(3, count(trace, "cudaMemcpy2DAsync") / 2);
+    auto square = getrfCall<float>(513, 513, 513, Interface::host);
+    trace = traceOf(*square);
+    EXPECT_EQ(2, count(trace, "TransposeInplace_k<"));
+    EXPECT_EQ(6, count(trace, "cudaMemcpyAsync"));  // flat: three panels down and up
+    // The matrix itself crosses once each way, as the host interface's operand; the pivots go to
+    // the operand that stands for them, and from there to the caller.
+    EXPECT_EQ(3, count(trace, "cudaMemcpy2D"));
+    EXPECT_EQ(1, count(trace, "cudaMemcpy"));
+}
+
+TEST_F(LuPaths, HostSolveHoldsItsOperandsAndTwoPanels) {
+    const int n = 600, nrhs = 10;
+    const std::size_t pitch = 672;  // 600 rows up to a multiple of 96
+    auto call = gesvCall<float>(n, nrhs, 0, Interface::host);
+    software::resetPeak();
+    traceOf(*call);
+    const std::size_t panel = std::size_t(n) * 192 * sizeof(float);
+    const std::size_t operands = pitch * (n + nrhs + 1) * sizeof(float);
+    EXPECT_LE(software::usage().devicePeak, operands + panel + 4096);
+    EXPECT_LE(software::usage().pageLockedPeak, panel);
+}
+
+// Several launches of sixteen interchanges on a tall matrix whose pivots pass 16 bits.
+TEST_F(LuPaths, RowsBeyondSixteenBits) {
+    const auto shrunk = shrinkLu<float>();
+    auto a = Matrix<float>::random(66000, 18);
+    for (int j = 0; j < 18; ++j) a(65990 - 3 * j, j) = 50;  // where column j's pivot comes from
+    GetrfCall<float> call(a, Interface::host);
+    const auto trace = traceOf(call);
+    EXPECT_GT(count(trace, "KernelLASWPWide<"), 0);
+}
+
+TEST_F(LuPaths, NoRightHandSides) {
+    auto a = Matrix<float>::random(30, 30);
+    const auto original = a;
+    std::vector<int> ipiv(30);
+    float unused = 7;
+    ASSERT_EQ(lumoNoError, lumoSgesv(30, 0, a.data.data(), 30, ipiv.data(), &unused, 30));
+    EXPECT_LT(luResidual(original, a, ipiv), luBound);
+    EXPECT_EQ(7, unused);
+}
+
+TEST_F(LuPaths, GetrsRefusesTransposes) {
+    const auto a = Matrix<double>::random(3, 3);
+    OnDevice<double> onDevice(a);
+    int ipiv[] = {1, 2, 3};
+    auto solve = [&](char trans, int n, int nrhs, double* b, int ldb) {
+        lumo::getrs(trans, n, nrhs, onDevice.data(), 3, ipiv, b, ldb);
+    };
+    EXPECT_THROW(solve('t', 3, 1, onDevice.data(), 3), lumo::FeatNotImplException);
+    EXPECT_THROW(solve('C', 3, 1, onDevice.data(), 3), lumo::FeatNotImplException);
+    EXPECT_NO_THROW(solve('T', 3, 0, nullptr, 3));
+    auto info = [&](char trans, int n, int nrhs, double* b, int ldb) {
+        try {
+            solve(trans, n, nrhs, b, ldb);
+        } catch (const lumo::InfoException& e) {
+            return e.status() == lumoArgumentError ? e.info() : 99;
+        }
+        return 0;
+    };
+    EXPECT_EQ(-1, info('X', -1, -1, nullptr, 0));
+    EXPECT_EQ(-2, info('N', -1, -1, nullptr, 0));
+    EXPECT_EQ(-3, info('N', 3, -1, nullptr, 0));
+    EXPECT_EQ(-5, info('N', 4, 1, nullptr, 0));
+    EXPECT_EQ(-8, info('N', 3, 1, nullptr, 2));
+    EXPECT_EQ(-7, info('N', 3, 1, nullptr, 3));
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,251 @@
+// Launch maps and the launch convention, with kernels that count how often they meet an element.
+#include "cudalib/maps.h"
+
+#include "cudalib/Algorithm/Memset.h"
+#include "cudalib/launch.h"
+#include "support/machine.h"
+#include "support/matrix.h"
+
+struct CountBody1D : cudalib::KernelBody<cudalib::Elements> {
+    LUMO_DEVICE static void run(cudalib::Elements elements, int* counts, std::size_t n) {
+        elements.each(n, [&](std::size_t i) { ++counts[i]; });
+    }
+};
+template <class Map>
+LUMO_KERNEL void CountKernel1D(int* counts, std::size_t n) {
+    cudalib::kernel<CountBody1D>(LUMO_STUB(CountKernel1D<Map>), counts, n);
+}
+
+struct CountBody2D : cudalib::KernelBody<cudalib::Tile> {
+    LUMO_DEVICE static void run(cudalib::Tile tile, int* counts, int ld, int m, int n) {
+        tile.columns(n, [&](auto column, int j) {
+            column.rows(0, m, [&](int i) { ++cudalib::at(counts, ld, i, j); });
+        });
+    }
+};
+template <class Map>
+LUMO_KERNEL void CountKernel2D(int* counts, int ld, int m, int n) {
+    cudalib::kernel<CountBody2D>(LUMO_STUB(CountKernel2D<Map>), counts, ld, m, n);
+}
+
+namespace {
+
+using namespace cudalib;
+
+const DeviceUnit unit{std::array<Instance, 2>{
+    instance<&CountKernel1D<Map1D>, CountBody1D>(),
+    instance<&CountKernel2D<Map2D>, CountBody2D>(),
+}};
+
+using Shape = std::array<unsigned, 3>;
+Shape plain(dim3 d) {
+    return {d.x, d.y, d.z};
+}
+
+class MapsTest : public test::OnSoftwareDevice {
+  protected:
+    void limit(std::array<int, 3> maxGrid) {
+        auto d = test::device(20);
+        d.maxGrid = maxGrid;
+        start({{d}});
+    }
+};
+
+// As the launchers see it: through the base class.
+void expectShapes(const MapBase& map, Shape block, Shape grid) {
+    EXPECT_EQ(block, plain(map.blockShape()));
+    EXPECT_EQ(grid, plain(map.gridShape()));
+}
+
+TEST_F(MapsTest, Shapes) {
+    for (auto [hint, threads] : {std::pair{0, 256u}, {1, 256u}, {2, 64u}, {3, 16u}, {4, 256u}}) {
+        Map1D map(1000);
+        map.sizingHint = hint;
+        expectShapes(map, {threads, 1, 1}, {(1000 + threads - 1) / threads, 1, 1});
+        map.blockSize = 100;
+        expectShapes(map, {100, 1, 1}, {10, 1, 1});
+        Map2D plane(17, 33);
+        plane.sizingHint = hint;
+        expectShapes(plane, {16, 16, 1}, {2, 3, 1});
+    }
+    Map2D plane(17, 33);
+    plane.blockX = 32;
+    plane.blockY = 4;
+    expectShapes(plane, {32, 4, 1}, {1, 9, 1});
+    expectShapes(Map2D(17, 1), {16, 16, 1}, {2, 1, 1});
+    expectShapes(TriangularMap2D(16, 17), {16, 16, 1}, {1, 2, 1});
+    expectShapes(StaticMap1D<64>(65), {64, 1, 1}, {2, 1, 1});
+    expectShapes(StaticMap1D<128>(128), {128, 1, 1}, {1, 1, 1});
+    expectShapes(StaticMap2D<16, 16>(33, 32), {16, 16, 1}, {3, 2, 1});
+    expectShapes(StaticRowWiseMap<256>(1000, 600), {256, 1, 1}, {1000, 1, 1});
+    expectShapes(StaticRowWiseMap<256>(1000, 600, 1), {256, 1, 1}, {1000, 3, 1});
+    expectShapes(StaticColumnWiseMap<256>(1000, 600), {256, 1, 1}, {600, 1, 1});
+    expectShapes(StaticColumnWiseMap<256>(1000, 600, 1), {256, 1, 1}, {600, 4, 1});
+    EXPECT_EQ((Shape{32, 1, 1}), plain(StaticOneBlockMap1D<32>().blockShape()));
+    EXPECT_EQ((Shape{1, 1, 1}), plain(StaticOneBlockMap1D<256>().gridShape()));
+
+    struct : Map1D {
+        using Map1D::Map1D;
+        dim3 blockShape() const override { return {10, 1, 1}; }
+    } own(95);
+    expectShapes(own, {10, 1, 1}, {10, 1, 1});
+}
+
+TEST_F(MapsTest, GridsAreHalvedToTheDevicesLimits) {
+    const struct {
+        std::array<int, 3> limits;
+        int n, block;
+        Shape grid;
+    } cases[] = {
+        {{65535, 65535, 65535}, 65535 * 256, 0, {65535, 1, 1}},
+        {{65535, 65535, 65535}, 65536 * 256 + 1, 0, {32768, 3, 1}},
+        {{65535, 65535, 1}, 2147483647, 0, {32768, 256, 1}},
+        {{65535, 65535, 1}, 2147483647, 1, {65535, 32769, 1}},
+        {{3, 1, 1}, 27, 1, {3, 2, 5}},  // y within the limit of x, z without any
+        {{1, 1, 1}, 5, 1, {1, 1, 5}},
+    };
+    for (const auto& c : cases) {
+        limit(c.limits);
+        Map1D map(c.n);
+        map.blockSize = c.block;
+        EXPECT_EQ(c.grid, plain(map.gridShape())) << "case " << &c - cases;
+    }
+}
+
+TEST_F(MapsTest, LimitsAreAskedForEachTime) {
+    auto wide = test::device(20), narrow = wide;
+    narrow.maxGrid[0] = 4;
+    test::startAfresh({{wide, narrow}});
+    const Map1D map(8 * 256);
+    EXPECT_EQ((Shape{8, 1, 1}), plain(map.gridShape()));
+    cudaSetDevice(1);
+    software::startTrace();
+    EXPECT_EQ((Shape{4, 2, 1}), plain(map.gridShape()));
+    const auto trace = software::stopTrace();
+    EXPECT_EQ(1, test::count(trace, "cudaGetDevice"));
+    EXPECT_EQ(1, test::count(trace, "cudaGetDeviceProperties"));
+    software::inject({1, "cudaGetDevice", cudaErrorUnknown});
+    EXPECT_THROW(map.gridShape(), CudaRuntimeException);
+    cudaGetLastError();
+}
+
+TEST_F(MapsTest, EveryElementOnce) {
+    for (auto limits :
+         {std::array{65535, 65535, 65535}, {3, 3, 65535}, {1, 1, 65535}, {2, 7, 65535}}) {
+        limit(limits);
+        for (int n : {1, 2, 15, 16, 17, 255, 1023, 1024, 1025, 5000}) {
+            for (int block : {0, 1, 7, 16}) {
+                test::OnDevice<int> counts(test::Matrix<int>(n + 3, 1));
+                cudalib::memset(counts.data(), std::size_t(n) + 3, 0);
+                Map1D map(n);
+                map.blockSize = block;
+                ASSERT_EQ(cudaSuccess, launch(map, &CountKernel1D<Map1D>, counts.data(), n));
+                const auto result = counts.download();
+                for (int i = 0; i < n + 3; ++i)
+                    ASSERT_EQ(i < n, result(i, 0)) << i << " of " << n << ", block " << block;
+            }
+        }
+    }
+    start(test::machine());
+    for (auto [m, n] : {std::pair{1, 1}, {16, 16}, {17, 33}, {1025, 3}, {5, 100}}) {
+        for (auto [x, y] : {std::pair{0, 0}, {32, 4}, {1, 7}}) {
+            test::OnDevice<int> counts(test::Matrix<int>(m + 2, n + 1));
+            cudalib::memset(counts.data(), std::size_t(m + 2) * (n + 1), 0);
+            Map2D map(m, n);
+            map.blockX = x;
+            map.blockY = y;
+            ASSERT_EQ(cudaSuccess, launch(map, &CountKernel2D<Map2D>, counts.data(), m + 2, m, n));
+            const auto result = counts.download();
+            for (int j = 0; j < n + 1; ++j)
+                for (int i = 0; i < m + 2; ++i)
+                    ASSERT_EQ(i < m && j < n, result(i, j)) << m << " x " << n;
+        }
+    }
+}
+
+// --- The launch convention -----------------------------------------------------------------
+
+class LaunchTest : public MapsTest {
+  protected:
+    void SetUp() override {
+        MapsTest::SetUp();
+        ASSERT_EQ(cudaSuccess, cudaMalloc(&memory, 1024));
+        cudaMemset(memory, 0, 1024);
+    }
+    void TearDown() override {
+        cudaFree(memory);
+        MapsTest::TearDown();
+    }
+    template <class T>
+    std::vector<software::Call> traced(T value) {
+        software::startTrace();
+        cudalib::memset(static_cast<T*>(memory), 3, value);
+        return software::stopTrace();
+    }
+    void* memory = nullptr;
+};
+
+TEST_F(LaunchTest, CallsInOrder) {
+    std::string calls;
+    for (const auto& call : traced(2.0f)) {
+        calls += call.name;
+        if (call.name.find("cudaGet") != 0)
+            for (const auto& argument : call.arguments) calls += " " + argument;
+        calls += "\n";
+    }
+    EXPECT_EQ(
+        "cudaGetDevice\n"
+        "cudaGetDeviceProperties\n"
+        "cudaConfigureCall (1,1,1) (256,1,1) 0 0\n"
+        "cudaSetupArgument 8 0\n"
+        "cudaSetupArgument 4 8\n"
+        "cudaSetupArgument 8 16\n"
+        "cudaLaunch CudaMemsetTypeKernel<cudalib::Map1D, float> (1,1,1) (256,1,1)\n",
+        calls);
+}
+
+using Pushed = std::vector<std::pair<std::string, std::string>>;
+
+Pushed arguments(const std::vector<software::Call>& trace) {
+    Pushed pushed;
+    for (const auto& call : trace)
+        if (call.name == "cudaSetupArgument")
+            pushed.push_back({call.arguments[0], call.arguments[1]});
+    return pushed;
+}
+
+TEST_F(LaunchTest, ArgumentsAtTheirAlignment) {
+    EXPECT_EQ((Pushed{{"8", "0"}, {"1", "8"}, {"8", "16"}}), arguments(traced('x')));
+    EXPECT_EQ((Pushed{{"8", "0"}, {"8", "8"}, {"8", "16"}}), arguments(traced(1.0)));
+    EXPECT_EQ((Pushed{{"8", "0"}, {"8", "8"}, {"8", "16"}}), arguments(traced(float2{1, 2})));
+    EXPECT_EQ((Pushed{{"8", "0"}, {"16", "16"}, {"8", "32"}}), arguments(traced(double2{1, 2})));
+    double2 result[3];
+    cudaMemcpy(result, memory, sizeof result, cudaMemcpyDeviceToHost);
+    EXPECT_TRUE(result[2].x == 1 && result[2].y == 2);
+    software::startTrace();
+    cudalib::memset(static_cast<int*>(memory), 0, 5);
+    EXPECT_TRUE(software::stopTrace().empty()) << "nothing to set, nothing launched";
+}
+
+TEST_F(LaunchTest, FailedStepsLeaveTheKernelUnlaunched) {
+    const struct {
+        software::Fault fault;
+        int pushes, launches;
+    } cases[] = {{{1, "cudaConfigureCall", 9}, 0, 0},
+                 {{1, "cudaSetupArgument", 11}, 1, 0},
+                 {{3, "cudaSetupArgument", 11}, 3, 0},
+                 {{1, "cudaLaunch", 4}, 3, 1}};
+    for (const auto& c : cases) {
+        software::inject(c.fault);
+        const auto trace = traced(7);
+        EXPECT_EQ(c.pushes, test::count(trace, "cudaSetupArgument"));
+        EXPECT_EQ(c.launches, test::count(trace, "cudaLaunch"));
+        EXPECT_EQ(c.fault.cudaError, cudaGetLastError()) << "left for the caller's check";
+        int first = -1;
+        cudaMemcpy(&first, memory, sizeof first, cudaMemcpyDeviceToHost);
+        EXPECT_EQ(0, first);
+    }
+    EXPECT_EQ(1, test::count(traced(7), "CudaMemsetTypeKernel<cudalib::Map1D, int>"));
+}
+
+}  // namespace

@@ -1,0 +1,180 @@
+// Scaled residuals in the form of the LAPACK testers: a correct result stays below a small bound
+// whatever its size, and two correct results need not agree in any element.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <vector>
+
+#include "platform/software/fortran_blas.h"
+#include "support/matrix.h"
+
+namespace test {
+
+// Bounds of the LAPACK testers' standard input files (lin_s.in, lin_c.in).
+constexpr double luBound = 30;     // LAPACK xGET01
+constexpr double solveBound = 30;  // LAPACK xGET02
+constexpr double blasBound = 16;   // reference BLAS testers (sblat3.in, ...)
+
+using Wide = std::complex<double>;
+
+// A dense matrix to compute with, its leading dimension the number of rows.
+struct WideMatrix {
+    int m, n;
+    std::vector<Wide> data;
+    WideMatrix(int m_, int n_) : m(m_), n(n_), data(std::size_t(m_) * n_) {}
+    template <class T>
+    explicit WideMatrix(const Matrix<T>& a) : WideMatrix(a.m, a.n) {
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i) (*this)(i, j) = wide(a(i, j));
+    }
+    Wide& operator()(int i, int j) { return data[std::size_t(j) * m + i]; }
+    const Wide& operator()(int i, int j) const { return data[std::size_t(j) * m + i]; }
+};
+
+inline WideMatrix operator*(const WideMatrix& a, const WideMatrix& b) {
+    WideMatrix c(a.m, b.n);
+    if (a.m == 0 || b.n == 0) return c;
+    const Wide one = 1, zero = 0;
+    blas::Routines<Wide>::gemm('N', 'N', a.m, b.n, a.n, &one, a.data.data(), std::max(1, a.m),
+                               b.data.data(), std::max(1, b.m), &zero, c.data.data(),
+                               std::max(1, c.m));
+    return c;
+}
+
+inline WideMatrix operator-(WideMatrix a, const WideMatrix& b) {
+    for (std::size_t i = 0; i < a.data.size(); ++i) a.data[i] -= b.data[i];
+    return a;
+}
+
+// The transpose for "T", the conjugate transpose for "C", the matrix itself for "N".
+inline WideMatrix op(char letter, const WideMatrix& a) {
+    if (letter == 'N') return a;
+    WideMatrix t(a.n, a.m);
+    for (int j = 0; j < a.n; ++j)
+        for (int i = 0; i < a.m; ++i) t(j, i) = letter == 'C' ? std::conj(a(i, j)) : a(i, j);
+    return t;
+}
+
+inline bool inTriangle(char uplo, int i, int j) {
+    return uplo == 'L' ? i >= j : i <= j;
+}
+
+// The whole Hermitian (if real: symmetric) matrix of which one triangle is stored.
+inline WideMatrix hermitian(char uplo, WideMatrix a) {
+    for (int j = 0; j < a.n; ++j) {
+        a(j, j) = a(j, j).real();
+        for (int i = 0; i < a.m; ++i)
+            if (!inTriangle(uplo, i, j)) a(i, j) = std::conj(a(j, i));
+    }
+    return a;
+}
+
+// The triangular matrix, with zeros and, for diag "U", ones where nothing is stored.
+inline WideMatrix triangular(char uplo, char diag, WideMatrix a) {
+    for (int j = 0; j < a.n; ++j) {
+        if (diag == 'U') a(j, j) = 1;
+        for (int i = 0; i < a.m; ++i)
+            if (!inTriangle(uplo, i, j)) a(i, j) = 0;
+    }
+    return a;
+}
+
+// |re| + |im| of each element.
+inline WideMatrix magnitudes(WideMatrix a) {
+    for (Wide& x : a.data) x = std::abs(x.real()) + std::abs(x.imag());
+    return a;
+}
+
+// The larger one; not a number as soon as either is not.
+inline double larger(double a, double b) {
+    return a >= b || std::isnan(a) ? a : b;
+}
+
+// A sum of matrix products in double precision, and what its rounding errors are measured by: the
+// same sum of the magnitudes (the gauge of xMMCH in the reference BLAS testers).
+class ProductSum {
+  public:
+    ProductSum(Wide beta, const WideMatrix& c) : value_(c.m, c.n), gauge_(c.m, c.n) {
+        if (beta != 0.0) accumulate(beta, c, magnitudes(c));
+    }
+    ProductSum& add(Wide alpha, const WideMatrix& x, const WideMatrix& y) {
+        accumulate(alpha, x * y, magnitudes(x) * magnitudes(y));
+        return *this;
+    }
+    // The largest |value - actual| / (gauge eps) of the elements that `compared` tells.
+    template <class Compared>
+    double ratio(const WideMatrix& actual, double eps, Compared compared) const {
+        double worst = 0;
+        for (int j = 0; j < actual.n; ++j)
+            for (int i = 0; i < actual.m; ++i) {
+                const double error = std::abs(value_(i, j) - actual(i, j));
+                if (!compared(i, j) || error == 0) continue;
+                worst = larger(worst, error / (gauge_(i, j).real() * eps));
+            }
+        return worst;
+    }
+
+  private:
+    void accumulate(Wide factor, const WideMatrix& x, const WideMatrix& size) {
+        const double magnitude = std::abs(factor.real()) + std::abs(factor.imag());
+        for (std::size_t i = 0; i < x.data.size(); ++i) {
+            value_.data[i] += factor * x.data[i];
+            gauge_.data[i] += magnitude * size.data[i];
+        }
+    }
+
+    WideMatrix value_, gauge_;
+};
+
+// The largest sum of a column's magnitudes. Not a number if any element is not.
+inline double norm1(const WideMatrix& a) {
+    double largest = 0;
+    for (int j = 0; j < a.n; ++j) {
+        double sum = 0;
+        for (int i = 0; i < a.m; ++i) sum += std::abs(a(i, j));
+        largest = larger(largest, sum);
+    }
+    return largest;
+}
+
+template <class T>
+constexpr double epsilon = std::numeric_limits<RealOf<T>>::epsilon() / 2;  // as xLAMCH("E")
+
+// ||P L U - A|| / (n ||A|| eps) for the factors and 1-based pivots that getrf left.
+template <class T>
+double luResidual(const Matrix<T>& a, const Matrix<T>& factors, const std::vector<int>& ipiv) {
+    const int k = std::min(a.m, a.n);
+    WideMatrix l(a.m, k), u(k, a.n);
+    for (int j = 0; j < k; ++j) {
+        l(j, j) = 1;
+        for (int i = j + 1; i < a.m; ++i) l(i, j) = wide(factors(i, j));
+    }
+    for (int j = 0; j < a.n; ++j)
+        for (int i = 0; i <= std::min(j, k - 1); ++i) u(i, j) = wide(factors(i, j));
+    WideMatrix product = l * u;
+    for (int i = k - 1; i >= 0; --i)
+        for (int j = 0; j < a.n; ++j) std::swap(product(i, j), product(ipiv[i] - 1, j));
+    const WideMatrix original(a);
+    return norm1(product - original) / (a.n * norm1(original) * epsilon<T>);
+}
+
+// max over right-hand sides of ||b - A x|| / (||A|| ||x|| eps).
+template <class T>
+double solveResidual(const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b) {
+    const WideMatrix wideA(a), wideX(x), r = wideA * wideX - WideMatrix(b);
+    double worst = 0;
+    for (int j = 0; j < b.n; ++j) {
+        double rNorm = 0, xNorm = 0;
+        for (int i = 0; i < b.m; ++i) {
+            rNorm += std::abs(r(i, j));
+            xNorm += std::abs(wideX(i, j));
+        }
+        worst = larger(worst, rNorm / (norm1(wideA) * xNorm * epsilon<T>));
+    }
+    return worst;
+}
+
+}  // namespace test

@@ -1,0 +1,278 @@
+// Status texts, the translation of exceptions, and the frame that every compute function runs in.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "runtime/frame.h"
+#include "support/machine.h"
+
+namespace {
+
+using lumo::HookPoint;
+using Strings = std::vector<std::string>;
+
+struct StatusTest : test::OnSoftwareDevice {};
+
+TEST_F(StatusTest, Texts) {
+    const Strings texts = {
+        "No errors",
+        "LUMO is not initialized",
+        "No hardware is present to run LUMO",
+        "CUDA runtime or driver is not supported",
+        "Hardware does not have the required compute capability for this problem",
+        "Insufficient memory to complete this operation",
+        "A required feature is not yet implemented",
+        "Argument error; see lumoGetErrorInfo for error code",
+        "Data error; see lumoGetErrorInfo for error code",
+        "Blas error, see lumoGetErrorInfo for error code",
+        "Runtime error, see lumoGetErrorInfo for error code",
+        "Invalid lumoStatus",
+    };
+    for (int s = 0; s < 12; ++s) EXPECT_EQ(texts[s], lumoGetStatusString(lumoStatus(s)));
+    EXPECT_EQ(texts[11], lumoGetStatusString(lumoStatus(-1)));
+}
+
+TEST_F(StatusTest, InfoTexts) {
+    const std::string manual = " (see the LUMO Reference Manual for more information)";
+    const std::string guide = " (see Programmer's Guide)";
+    const struct {
+        lumoStatus status;
+        int info;
+        std::string text;
+    } cases[] = {
+        {lumoArgumentError, -3, "Argument 3 is invalid" + manual},
+        {lumoArgumentError, 3, "Argument 3 is invalid" + manual},
+        {lumoArgumentError, INT_MIN, "Argument 2147483648 is invalid" + manual},
+        {lumoDataError, 17, "Data error at pos 17" + manual},
+        {lumoBlasError, 0,
+         "CUBLAS error: call cudaGetErrorInfo() to determine this error with specificity"},
+        {lumoBlasError, 1, "CUBLAS error: not initialized"},
+        {lumoBlasError, -3, "CUBLAS error: allocation failure"},
+        {lumoBlasError, 7, "CUBLAS error: Invalid argument value"},
+        {lumoBlasError, 8, "CUBLAS error: architecture mismatch"},
+        {lumoBlasError, 11, "CUBLAS error: mapping error"},
+        {lumoBlasError, 13, "CUBLAS error: execution failed"},
+        {lumoBlasError, 14, "CUBLAS error: internal error"},
+        {lumoBlasError, 2, "CUBLAS error: unknown"},
+        {lumoRuntimeError, 2, "CUDA Error: " + std::string(cudaGetErrorString(2)) + guide},
+        {lumoRuntimeError, -36, "CUDA Error: " + std::string(cudaGetErrorString(36)) + guide},
+        {lumoRuntimeError, INT_MIN,
+         "CUDA Error: " + std::string(cudaGetErrorString(INT_MIN)) + guide},
+        {lumoInsufficientMemory, 5, "Insufficient memory to complete this operation"},
+    };
+    for (const auto& c : cases) {
+        // The whole text, a cut one, and none at all; nothing behind the buffer is written.
+        for (std::size_t size :
+             {c.text.size() + 1, c.text.size(), std::size_t(4), std::size_t(1)}) {
+            std::vector<char> buffer(size + 1, '#');
+            lumo::setInfo(99);
+            EXPECT_EQ(lumoNoError,
+                      lumoGetErrorInfoString(c.status, c.info, buffer.data(), int(size)));
+            EXPECT_EQ(c.text.substr(0, size - 1), buffer.data());
+            EXPECT_EQ('#', buffer[size]);
+            EXPECT_EQ(0, lumoGetErrorInfo());
+        }
+    }
+}
+
+TEST_F(StatusTest, InfoTextArguments) {
+    lumoShutdown();  // needs no initialised library
+    char buffer[8] = "before";
+    const struct {
+        int status;
+        char* buffer;
+        int size, info;
+    } cases[] = {{12, nullptr, 0, -1}, {11, buffer, 8, -1},  {-1, buffer, 8, -1},
+                 {0, nullptr, 0, -3},  {0, nullptr, 10, -3}, {0, buffer, 0, -4},
+                 {0, buffer, -5, -4}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(lumoArgumentError,
+                  lumoGetErrorInfoString(lumoStatus(c.status), 0, c.buffer, c.size));
+        EXPECT_EQ(c.info, lumoGetErrorInfo());
+        EXPECT_EQ(lumoArgumentError, lumoGetLastStatus());
+    }
+    EXPECT_STREQ("before", buffer);
+    EXPECT_EQ(lumoNoError, lumoGetErrorInfoString(lumoNoError, 0, buffer, 4));
+    EXPECT_STREQ("No ", buffer);
+    EXPECT_EQ(lumoNoError, lumoGetLastStatus());
+}
+
+TEST_F(StatusTest, ExceptionsBecomeStatuses) {
+    using namespace lumo;
+    const struct {
+        std::function<void()> body;
+        lumoStatus status;
+        int info;
+    } cases[] = {
+        {[] {}, lumoNoError, 0},
+        {[] { throw cudalib::CudaMemoryException("full"); }, lumoInsufficientMemory, 0},
+        {[] { throw std::bad_alloc(); }, lumoInsufficientMemory, 0},
+        {[] { throw cudalib::CudaRuntimeException(4); }, lumoRuntimeError, 4},
+        {[] { throw cudalib::CublasException(13); }, lumoBlasError, 13},
+        {[] { throw InfoException(5, lumoInsufficientComputeCapability); },
+         lumoInsufficientComputeCapability, 5},
+        {[] { throwArgumentError(-5); }, lumoArgumentError, -5},
+        {[] { throwDataError(7); }, lumoDataError, 7},
+        {[] { throwLapackInfo(-2); }, lumoArgumentError, -2},
+        {[] { throwLapackInfo(0); }, lumoArgumentError, 0},
+        {[] { throwLapackInfo(1); }, lumoDataError, 1},
+        {[] { throwFeatureNotImplemented(); }, lumoFeatureNotImplemented, 0},
+        {[] { throw std::runtime_error("unknown"); }, lumoRuntimeError, -1},
+        {[] { throw 42; }, lumoRuntimeError, -1},
+        {[] { checkReturnedInfo(0); }, lumoNoError, 0},
+        {[] { checkReturnedInfo(3); }, lumoDataError, 3},
+        {[] { checkReturnedInfo(-3); }, lumoRuntimeError, -3},
+        {[] { cudalib::checkCudaError(0); }, lumoNoError, 0},
+        {[] { cudalib::checkCudaError(2); }, lumoInsufficientMemory, 0},
+        {[] { cudalib::checkCudaError(32); }, lumoInsufficientMemory, 0},
+        {[] { cudalib::checkCudaError(11); }, lumoRuntimeError, 11},
+        {[] { cudalib::checkCublasError(0); }, lumoNoError, 0},
+        {[] { cudalib::checkCublasError(3); }, lumoInsufficientMemory, 0},
+        {[] { cudalib::checkCublasError(14); }, lumoBlasError, 14},
+    };
+    for (const auto& c : cases) {
+        lumo::setInfo(0);
+        EXPECT_EQ(c.status, lumo::guarded(c.body)) << "case " << &c - cases;
+        EXPECT_EQ(c.info, lumoGetErrorInfo()) << "case " << &c - cases;
+    }
+    try {
+        cudalib::checkCudaError(2);
+    } catch (const std::bad_alloc& e) {
+        EXPECT_STREQ(cudaGetErrorString(2), e.what());
+    }
+    try {
+        cudalib::checkCublasError(3);
+    } catch (const std::bad_alloc& e) {
+        EXPECT_STREQ("CUBLAS Allocation Failure", e.what());
+    }
+}
+
+TEST_F(StatusTest, SynchronisationRaisesCublasBeforeCuda) {
+    auto fail = [] {
+        cudaSetDevice(99);
+        cublasSgemm('?', 'N', 1, 1, 1, 1, nullptr, 1, nullptr, 1, 0, nullptr, 1);
+    };
+    fail();
+    EXPECT_EQ(lumoBlasError, lumo::guarded(cudalib::synchronizeAndCheck));
+    EXPECT_EQ(CUBLAS_STATUS_INVALID_VALUE, lumoGetErrorInfo());
+    EXPECT_EQ(lumoNoError, lumo::guarded(cudalib::synchronizeAndCheck)) << "both were drained";
+    software::inject({1, "cudaThreadSynchronize", cudaErrorLaunchFailure});
+    EXPECT_EQ(lumoRuntimeError, lumo::guarded(cudalib::synchronizeAndCheck));
+    EXPECT_EQ(cudaErrorLaunchFailure, lumoGetErrorInfo());
+    fail();
+    EXPECT_EQ(lumoRuntimeError, lumo::guarded([] { throw 1; }));
+    EXPECT_EQ(CUBLAS_STATUS_SUCCESS, cublasGetError());
+    EXPECT_EQ(cudaSuccess, cudaGetLastError());
+}
+
+// --- The frame -----------------------------------------------------------------------------
+
+class FrameTest : public test::OnSoftwareDevice {
+  protected:
+    void SetUp() override {
+        OnSoftwareDevice::SetUp();
+        record(HookPoint::hostCallBegin, "host begin");
+        record(HookPoint::hostCallEnd, "host end");
+        record(HookPoint::deviceCallBegin, "device begin");
+        record(HookPoint::deviceCallEnd, "device end");
+    }
+    void record(HookPoint point, const char* name) {
+        lumo::setHook(point, [this, name] { events.push_back(name); });
+    }
+    // A call and what came of it: its status, info and hooks.
+    lumoStatus solve(int n, float a, int lda = 1) {
+        events.clear();
+        matrix = a;
+        return lumoSgesv(n, 1, &matrix, lda, &pivot, &solution, 1);
+    }
+
+    Strings events;
+    const Strings all{"host begin", "device begin", "device end", "host end"};
+    float matrix = 0, solution = 1;
+    int pivot = 0;
+};
+
+TEST_F(FrameTest, UninitialisedOrImpreciseCallsLeaveInfoAlone) {
+    int ran = 0;
+    auto body = [&] { ++ran; };
+    start(test::machine(12));
+    lumo::setInfo(77);
+    EXPECT_EQ(lumoInsufficientComputeCapability, lumo::computeFrame<double>(lumo::hostCall, body));
+    EXPECT_EQ(lumoInsufficientComputeCapability, lumoGetLastStatus());
+    EXPECT_EQ(lumoInsufficientComputeCapability,
+              lumo::computeFrame<lumo::Complex<double>>(lumo::deviceCall, body));
+    EXPECT_EQ(77, lumoGetErrorInfo());
+    EXPECT_EQ(0, ran);
+    EXPECT_EQ(lumoNoError, lumo::computeFrame<lumo::Complex<float>>(lumo::hostCall, body));
+    EXPECT_EQ(0, lumoGetErrorInfo());
+    EXPECT_EQ(1, ran);
+    start(test::machine(13));
+    EXPECT_EQ(lumoNoError, lumo::computeFrame<double>(lumo::hostCall, body));
+    lumoShutdown();
+    lumo::setInfo(77);
+    EXPECT_EQ(lumoNotInitialized, lumo::computeFrame<double>(lumo::hostCall, body));
+    EXPECT_EQ(lumoNotInitialized, solve(1, 2));
+    EXPECT_EQ(lumoNotInitialized, lumoGetLastStatus());
+    EXPECT_EQ(77, lumoGetErrorInfo());
+    EXPECT_EQ(2, ran);
+}
+
+TEST_F(FrameTest, HooksStandAroundTheCall) {
+    EXPECT_EQ(lumoNoError, solve(1, 2));
+    EXPECT_EQ(0.5f, solution);
+    EXPECT_EQ(all, events);
+    EXPECT_EQ(lumoDataError, solve(1, 0));
+    EXPECT_EQ(1, lumoGetErrorInfo());
+    EXPECT_EQ(all, events) << "after a failure, too";
+    EXPECT_EQ(lumoArgumentError, solve(1, 2, 0));
+    EXPECT_EQ(-4, lumoGetErrorInfo());
+    EXPECT_EQ((Strings{"host begin", "host end"}), events);
+}
+
+TEST_F(FrameTest, FailingHooks) {
+    auto fail = [] { throw cudalib::CudaRuntimeException(30); };
+    const Strings outer{"host end"}, inner{"host begin", "device end", "host end"};
+    lumo::setHook(HookPoint::hostCallBegin, fail);
+    EXPECT_EQ(lumoRuntimeError, solve(1, 2));
+    EXPECT_EQ(30, lumoGetErrorInfo());
+    EXPECT_EQ(outer, events);
+    EXPECT_EQ(2, matrix) << "the call itself did not run";
+
+    record(HookPoint::hostCallBegin, "host begin");
+    lumo::setHook(HookPoint::deviceCallBegin, fail);
+    EXPECT_EQ(lumoRuntimeError, solve(1, 2));
+    EXPECT_EQ(30, lumoGetErrorInfo());
+    EXPECT_EQ(inner, events);
+
+    record(HookPoint::deviceCallBegin, "device begin");
+    for (auto end : {HookPoint::deviceCallEnd, HookPoint::hostCallEnd}) {
+        lumo::setHook(end, fail);
+        EXPECT_EQ(lumoRuntimeError, solve(1, 2));
+        EXPECT_EQ(30, lumoGetErrorInfo());
+        EXPECT_EQ(lumoDataError, solve(1, 0)) << "the call's own failure counts";
+        EXPECT_EQ(1, lumoGetErrorInfo());
+        lumo::setHook(end, {});
+    }
+}
+
+TEST_F(FrameTest, HooksMayCallTheLibrary) {
+    auto call = [] {
+        int count = 0;
+        EXPECT_EQ(lumoArgumentError, lumoGetDeviceCount(nullptr));
+        EXPECT_EQ(lumoNoError, lumoGetDeviceCount(&count));
+        lumoFreeBuffers();
+    };
+    lumo::setHook(HookPoint::hostCallEnd, call);
+    lumo::setHook(HookPoint::deviceCallBegin, call);
+    EXPECT_EQ(lumoDataError, solve(1, 0));
+    EXPECT_EQ(1, lumoGetErrorInfo());
+    EXPECT_EQ(lumoDataError, lumoGetLastStatus());
+    lumo::setHook(HookPoint::hostCallEnd, [] { lumoGetDeviceCount(nullptr); });
+    EXPECT_EQ(lumoNoError, solve(1, 2));
+    EXPECT_EQ(0, lumoGetErrorInfo()) << "success has no info, whatever a hook did";
+}
+
+}  // namespace

@@ -1,0 +1,104 @@
+// Described machines, and the fixture that starts the library on one of them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "lumo.h"
+#include "platform/cuda3.h"
+#include "platform/software/control.h"
+#include "runtime/state.h"
+
+namespace test {
+
+using software::Schedule;
+
+inline software::DeviceDescription device(int capability, std::string name = "Test device",
+                                          std::size_t memory = std::size_t(1) << 30) {
+    software::DeviceDescription d;
+    d.name = std::move(name);
+    d.major = capability / 10;
+    d.minor = capability % 10;
+    d.memory = memory;
+    return d;
+}
+
+// A machine with one device.
+inline software::Machine machine(int capability = 20, std::size_t memory = std::size_t(1) << 30) {
+    return {{device(capability, "Test device", memory)}, 3020, 3020};
+}
+
+// The library as it was at load, on another machine.
+inline void startAfresh(const software::Machine& machine, Schedule schedule = Schedule::latest) {
+    lumoShutdown();
+    lumo::resetRuntime();
+    software::start(machine, schedule);
+}
+
+// Numerical tests run on whatever platform runs: LUMO_PLATFORM=cuda takes them to a GPU.
+inline bool onSoftwareDevice() {
+    return std::string(platform::choice().table->name) == "software";
+}
+
+// An initialised library: on the software device on a machine of one device, under a strict
+// schedule, else on the GPU at hand. On the software device every test ends with no memory in use
+// and without a stray access.
+class OnMachine : public ::testing::Test {
+  protected:
+    void start(const software::Machine& m, Schedule schedule = Schedule::latest) {
+        startAfresh(m, schedule);
+        ASSERT_EQ(lumoNoError, lumoInitialize());
+    }
+    void SetUp() override { start(machine()); }
+    void TearDown() override {
+        lumoShutdown();
+        if (!onSoftwareDevice()) return;
+        software::removeFault();
+        const software::Usage left = software::usage();
+        EXPECT_EQ(0u, left.deviceBytes) << "device memory leaked";
+        EXPECT_EQ(0u, left.pageLockedBytes) << "page-locked memory leaked";
+        EXPECT_EQ(0, left.streams) << "a stream leaked";
+        EXPECT_EQ(0, left.violations) << "an access outside device memory";
+    }
+};
+
+// For tests that describe machines, make calls fail or read the trace.
+class OnSoftwareDevice : public OnMachine {
+  protected:
+    void SetUp() override {
+        if (!onSoftwareDevice()) GTEST_SKIP() << "this test plays on the software device";
+        OnMachine::SetUp();
+    }
+};
+
+// The same under both strict schedules.
+class UnderBothSchedules : public OnSoftwareDevice, public ::testing::WithParamInterface<Schedule> {
+  protected:
+    void SetUp() override {
+        OnSoftwareDevice::SetUp();
+        if (!IsSkipped()) start(machine(), GetParam());
+    }
+};
+
+inline std::string scheduleName(const ::testing::TestParamInfo<Schedule>& info) {
+    return info.param == Schedule::earliest ? "earliest" : "latest";
+}
+#define LUMO_BOTH_SCHEDULES(Fixture)                                                              \
+    INSTANTIATE_TEST_SUITE_P(, Fixture,                                                           \
+                             ::testing::Values(test::Schedule::earliest, test::Schedule::latest), \
+                             test::scheduleName)
+
+// How often the trace holds a call of this name, or a launch of a kernel whose instance name
+// begins so ("KernelLASWP<").
+inline int count(const std::vector<software::Call>& trace, const std::string& name) {
+    int n = 0;
+    for (const software::Call& call : trace) {
+        const bool launch = call.name == "cudaLaunch" && !call.arguments.empty();
+        n += call.name == name || (launch && call.arguments[0].rfind(name, 0) == 0);
+    }
+    return n;
+}
+
+}  // namespace test

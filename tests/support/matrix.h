@@ -1,0 +1,111 @@
+// Host and device matrices for tests: random, padded, compared.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "cudalib/managed_memory.h"
+#include "runtime/complex.h"
+
+namespace test {
+
+template <class T>
+using RealOf = lumo::RealOf<T>;
+
+using ElementTypes = ::testing::Types<float, double, lumo::Complex<float>, lumo::Complex<double>>;
+
+// The wide type to compute expected values in.
+inline std::complex<double> wide(float x) {
+    return x;
+}
+inline std::complex<double> wide(double x) {
+    return x;
+}
+template <class R>
+std::complex<double> wide(lumo::Complex<R> z) {
+    return {z.re, z.im};
+}
+
+template <class T>
+T scalar(double re, double im = 0) {
+    if constexpr (lumo::isComplex<T>)
+        return T(RealOf<T>(re), RealOf<T>(im));
+    else
+        return T(re);
+}
+
+// Uniform in [-1, 1], real and imaginary parts alike.
+class Random {
+  public:
+    explicit Random(unsigned seed = 1) : engine_(seed) {}
+    template <class T>
+    T next() {
+        const double re = uniform_(engine_);
+        return scalar<T>(re, lumo::isComplex<T> ? uniform_(engine_) : 0.0);
+    }
+
+  private:
+    std::mt19937 engine_;
+    std::uniform_real_distribution<double> uniform_{-1, 1};
+};
+
+// A column-major matrix in host memory. Its padding, rows m ... ld - 1, holds a mark.
+template <class T>
+struct Matrix {
+    int m, n, ld;
+    std::vector<T> data;
+
+    Matrix(int m_, int n_, int ld_ = 0)
+        : m(m_), n(n_), ld(std::max({1, m_, ld_})), data(std::size_t(ld) * n_, mark()) {}
+    static Matrix random(int m, int n, int ld = 0, unsigned seed = 1) {
+        Matrix a(m, n, ld);
+        Random random(seed);
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i) a(i, j) = random.next<T>();
+        return a;
+    }
+    static T mark() { return scalar<T>(-77, 77); }
+
+    T& operator()(int i, int j) { return data[std::size_t(j) * ld + i]; }
+    const T& operator()(int i, int j) const { return data[std::size_t(j) * ld + i]; }
+
+    bool paddingUntouched() const {
+        for (int j = 0; j < n; ++j)
+            for (int i = m; i < ld; ++i)
+                if (!((*this)(i, j) == mark())) return false;
+        return true;
+    }
+};
+
+template <class T>
+bool operator==(const Matrix<T>& a, const Matrix<T>& b) {
+    return a.m == b.m && a.n == b.n && a.ld == b.ld && a.data == b.data;
+}
+
+// A copy of a host matrix in device memory, padding included.
+template <class T>
+class OnDevice {
+  public:
+    explicit OnDevice(const Matrix<T>& a) : shape_(a), memory_({unsigned(a.ld), unsigned(a.n)}) {
+        memory_.copyFromHost(a.data.data(), std::size_t(a.ld));
+    }
+    T* data() const { return memory_.data(); }
+    int ld() const { return shape_.ld; }
+    // What the device holds now. A blocking copy: it waits for all work issued before.
+    Matrix<T> download() const {
+        Matrix<T> a = shape_;
+        memory_.copyToHost(a.data.data(), std::size_t(a.ld));
+        return a;
+    }
+
+  private:
+    Matrix<T> shape_;
+    cudalib::ManagedMemory<T, cudalib::CudaAllocator> memory_;
+};
+
+}  // namespace test

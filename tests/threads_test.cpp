@@ -1,0 +1,96 @@
+// Several threads in the library at once.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <thread>
+
+#include "runtime/frame.h"
+#include "support/machine.h"
+#include "support/matrix.h"
+
+namespace {
+
+using test::Matrix;
+
+// max |b - A x| over max |A| max |x| n eps
+double residual(const Matrix<float>& a, const Matrix<float>& x, const Matrix<float>& b) {
+    double worst = 0, largestA = 0, largestX = 0;
+    for (int k = 0; k < x.n; ++k)
+        for (int i = 0; i < a.m; ++i) {
+            double r = b(i, k);
+            for (int j = 0; j < a.n; ++j) r -= double(a(i, j)) * x(j, k);
+            worst = std::max(worst, std::abs(r));
+            largestX = std::max(largestX, double(std::abs(x(i, k))));
+        }
+    for (float value : a.data) largestA = std::max(largestA, double(std::abs(value)));
+    return worst / (largestA * largestX * a.n * std::numeric_limits<float>::epsilon());
+}
+
+void solveSome(unsigned seed, int n, int systems) {
+    ASSERT_EQ(lumoNoError, lumoInitialize());
+    for (int k = 0; k < systems; ++k) {
+        const auto a = Matrix<float>::random(n, n, 0, seed + unsigned(k));
+        const auto b = Matrix<float>::random(n, 2, 0, seed + 100);
+        Matrix<float> factors = a, x = b;
+        std::vector<int> pivots(std::size_t(n), 0);
+        EXPECT_EQ(lumoNoError,
+                  lumoSgesv(n, 2, factors.data.data(), n, pivots.data(), x.data.data(), n));
+        EXPECT_GT(30, residual(a, x, b));
+        if (k == 1) lumoFreeBuffers();
+    }
+    lumoShutdown();
+}
+
+class ThreadsTest : public test::OnSoftwareDevice,
+                    public ::testing::WithParamInterface<software::Schedule> {
+  protected:
+    void SetUp() override { test::startAfresh(test::machine(), GetParam()); }
+};
+
+TEST_P(ThreadsTest, EachSolvesItsOwnSystems) {
+    // Large enough in production for kernels to run on several threads themselves.
+    const bool production = GetParam() == software::Schedule::production;
+    const int n = production ? 600 : 300, systems = production ? 2 : 4;
+    std::vector<std::thread> threads;
+    for (unsigned t = 0; t < 4; ++t) threads.emplace_back([=] { solveSome(1000 * t, n, systems); });
+    for (auto& thread : threads) thread.join();
+    EXPECT_FALSE(lumo::initialized()) << "the last one has shut it down";
+    EXPECT_EQ(0u, software::usage().deviceBytes);
+}
+
+// Threads come and go while others look around: state, hooks and tables are shared.
+TEST_P(ThreadsTest, SharedState) {
+    std::atomic<int> hookRuns{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&] {
+            for (int k = 0; k < 20; ++k) {
+                lumoInitialize();
+                lumo::setHook(lumo::HookPoint::hostCallBegin, [&] { ++hookRuns; });
+                int count = 0;
+                char text[40];
+                EXPECT_EQ(lumoNoError, lumoGetDeviceCount(&count));
+                lumoGetDeviceInfo(0, text, sizeof text);
+                lumoGetLastStatus();
+                lumoGetErrorInfo();
+                float a = 2, b = 1;
+                int pivot = 0;
+                EXPECT_EQ(lumoNoError, lumoSgesv(1, 1, &a, 1, &pivot, &b, 1));
+                EXPECT_EQ(0.5f, b);
+                lumoShutdown();
+            }
+        });
+    for (auto& thread : threads) thread.join();
+    EXPECT_FALSE(lumo::initialized());
+}
+
+INSTANTIATE_TEST_SUITE_P(, ThreadsTest,
+                         ::testing::Values(software::Schedule::production,
+                                           software::Schedule::latest),
+                         [](const auto& info) {
+                             return info.param == software::Schedule::latest ? "latest"
+                                                                             : "production";
+                         });
+
+}  // namespace

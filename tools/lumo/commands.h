@@ -1,0 +1,16 @@
+// The commands of `lumo`. Their command lines are declared in main.cpp, the only file that includes
+// the option parser: it takes longer to compile than all the rest. A command that fails throws.
+#pragma once
+
+#include <string>
+
+namespace lumo {
+
+void showInfo();
+
+struct SolveOptions {
+    std::string a, b, x;  // files: the matrix, the right-hand sides, the solution if wanted
+};
+void solve(const SolveOptions& options);
+
+}  // namespace lumo

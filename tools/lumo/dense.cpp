@@ -1,0 +1,44 @@
+#include "dense.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <limits>
+
+namespace lumo {
+namespace {
+
+std::string gigabytes(double bytes) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3g GB", bytes / (1 << 30));
+    return text;
+}
+
+}  // namespace
+
+Dense::Dense(std::int64_t rows, std::int64_t columns, bool isComplex) : complex_(isComplex) {
+    const std::string size = std::to_string(rows) + " x " + std::to_string(columns);
+    constexpr std::int64_t largest = std::numeric_limits<int>::max();
+    if (rows < 0 || columns < 0) throw FileError("a negative size: " + size);
+    if (rows > largest || columns > largest) throw FileError("too large: " + size);
+    // Twice: in single precision, the solver's copies on the host and the device take as much
+    // again.
+    const double bytes = 2.0 * double(rows) * double(columns) * (isComplex ? 16 : 8);
+    const double memory = double(sysconf(_SC_PHYS_PAGES)) * double(sysconf(_SC_PAGESIZE));
+    if (bytes > memory)
+        throw FileError("too large: " + size + " takes " + gigabytes(bytes) +
+                        " to solve, this machine has " + gigabytes(memory));
+    rows_ = int(rows);
+    columns_ = int(columns);
+    numbers_.resize(count() * (isComplex ? 2 : 1));
+}
+
+void Dense::makeComplex() {
+    if (complex_) return;
+    Dense wide(rows_, columns_, true);
+    wide.isVector = isVector;
+    for (std::size_t k = 0; k < count(); ++k) wide.numbers_[2 * k] = numbers_[k];
+    *this = std::move(wide);
+}
+
+}  // namespace lumo

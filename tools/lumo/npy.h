@@ -1,0 +1,22 @@
+// NumPy's array files, versions 1.0 to 3.0: numbers of 1 to 8 bytes, real, complex and integer,
+// in either byte and either storage order.
+#pragma once
+
+#include <iosfwd>
+
+#include "dense.h"
+
+namespace lumo {
+
+constexpr char npyMagic[] = "\x93NUMPY";
+
+// An array of one dimension is read as a column. `bytes` is the length of the file, negative if
+// it has none. Throws a FileError.
+Dense readNpy(std::istream& in, std::int64_t bytes);
+
+// T: float or std::complex<float>; x is column-major, m x n, and written as an array of one
+// dimension if it `isVector`.
+template <class T>
+void writeNpy(std::ostream& out, int m, int n, const T* x, bool isVector);
+
+}  // namespace lumo
