@@ -25,6 +25,7 @@ add_library(lumo_objects OBJECT
     platform/profile.cpp
     platform/registry.cpp
     platform/software/blas.cpp
+    platform/software/blas_vectors.cpp
     platform/software/copy.cpp
     platform/software/heap.cpp
     platform/software/instruments.cpp

@@ -54,6 +54,25 @@ BlasOperands<sizeof...(Operand)> operands(bool options, const Operand&... each) 
     return {{each...}, options && (each.valid() && ...)};
 }
 
+inline BlasOperands<1> vectorOperands(int n, const void* x, int incx) {
+    return operands(true, vectorOperand(x, n, incx));
+}
+inline BlasOperands<2> vectorOperands(int n, const void* x, int incx, const void* y, int incy) {
+    return operands(true, vectorOperand(x, n, incx), vectorOperand(y, n, incy));
+}
+
+inline BlasOperands<3> symvOperands(char uplo, int n, const void* a, int lda, const void* x,
+                                    int incx, const void* y, int incy) {
+    return operands(oneOf(uplo, "UL"), BlasOperand{a, n, n, lda}, vectorOperand(x, n, incx),
+                    vectorOperand(y, n, incy));
+}
+
+inline BlasOperands<2> trmvOperands(char uplo, char trans, char diag, int n, const void* a, int lda,
+                                    const void* x, int incx) {
+    return operands(oneOf(uplo, "UL") && oneOf(trans, "NTC") && oneOf(diag, "UN"),
+                    BlasOperand{a, n, n, lda}, vectorOperand(x, n, incx));
+}
+
 inline BlasOperands<3> gemvOperands(char trans, int m, int n, const void* a, int lda, const void* x,
                                     int incx, const void* y, int incy) {
     const bool plain = oneOf(trans, "N");

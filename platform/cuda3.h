@@ -110,6 +110,45 @@ cublasStatus cublasInit();
 cublasStatus cublasShutdown();
 cublasStatus cublasGetError();
 
+void cublasScopy(int n, const float* x, int incx, float* y, int incy);
+void cublasDcopy(int n, const double* x, int incx, double* y, int incy);
+void cublasCcopy(int n, const cuComplex* x, int incx, cuComplex* y, int incy);
+void cublasZcopy(int n, const cuDoubleComplex* x, int incx, cuDoubleComplex* y, int incy);
+void cublasSswap(int n, float* x, int incx, float* y, int incy);
+void cublasDswap(int n, double* x, int incx, double* y, int incy);
+void cublasCswap(int n, cuComplex* x, int incx, cuComplex* y, int incy);
+void cublasZswap(int n, cuDoubleComplex* x, int incx, cuDoubleComplex* y, int incy);
+void cublasSscal(int n, float alpha, float* x, int incx);
+void cublasDscal(int n, double alpha, double* x, int incx);
+void cublasCscal(int n, cuComplex alpha, cuComplex* x, int incx);
+void cublasZscal(int n, cuDoubleComplex alpha, cuDoubleComplex* x, int incx);
+void cublasSaxpy(int n, float alpha, const float* x, int incx, float* y, int incy);
+void cublasDaxpy(int n, double alpha, const double* x, int incx, double* y, int incy);
+void cublasCaxpy(int n, cuComplex alpha, const cuComplex* x, int incx, cuComplex* y, int incy);
+void cublasZaxpy(int n, cuDoubleComplex alpha, const cuDoubleComplex* x, int incx,
+                 cuDoubleComplex* y, int incy);
+void cublasSrot(int n, float* x, int incx, float* y, int incy, float c, float s);
+void cublasDrot(int n, double* x, int incx, double* y, int incy, double c, double s);
+void cublasCsrot(int n, cuComplex* x, int incx, cuComplex* y, int incy, float c, float s);
+void cublasZdrot(int n, cuDoubleComplex* x, int incx, cuDoubleComplex* y, int incy, double c,
+                 double s);
+void cublasSsymv(char uplo, int n, float alpha, const float* a, int lda, const float* x, int incx,
+                 float beta, float* y, int incy);
+void cublasDsymv(char uplo, int n, double alpha, const double* a, int lda, const double* x,
+                 int incx, double beta, double* y, int incy);
+void cublasCsymv(char uplo, int n, cuComplex alpha, const cuComplex* a, int lda, const cuComplex* x,
+                 int incx, cuComplex beta, cuComplex* y, int incy);
+void cublasZsymv(char uplo, int n, cuDoubleComplex alpha, const cuDoubleComplex* a, int lda,
+                 const cuDoubleComplex* x, int incx, cuDoubleComplex beta, cuDoubleComplex* y,
+                 int incy);
+void cublasStrmv(char uplo, char trans, char diag, int n, const float* a, int lda, float* x,
+                 int incx);
+void cublasDtrmv(char uplo, char trans, char diag, int n, const double* a, int lda, double* x,
+                 int incx);
+void cublasCtrmv(char uplo, char trans, char diag, int n, const cuComplex* a, int lda, cuComplex* x,
+                 int incx);
+void cublasZtrmv(char uplo, char trans, char diag, int n, const cuDoubleComplex* a, int lda,
+                 cuDoubleComplex* x, int incx);
 void cublasSgemv(char trans, int m, int n, float alpha, const float* a, int lda, const float* x,
                  int incx, float beta, float* y, int incy);
 void cublasDgemv(char trans, int m, int n, double alpha, const double* a, int lda, const double* x,

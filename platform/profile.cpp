@@ -80,8 +80,9 @@ const Table& profiled(const Table& table) {
          &Table::memset>(wrapped);
     wrap<waiting, &Table::streamSynchronize, &Table::threadSynchronize>(wrapped);
     wrap<kernels, &Table::launch>(wrapped);
-    wrap<cublas, &Table::gemm, &Table::gemv, &Table::symm, &Table::syrk, &Table::herk,
-         &Table::syr2k, &Table::trmm, &Table::trsm>(wrapped);
+    wrap<cublas, &Table::gemm, &Table::gemv, &Table::copyVector, &Table::swapVectors, &Table::scal,
+         &Table::axpy, &Table::rot, &Table::symv, &Table::trmv, &Table::symm, &Table::syrk,
+         &Table::herk, &Table::syr2k, &Table::trmm, &Table::trsm>(wrapped);
     started = Clock::now();
     std::atexit(report);
     return wrapped;

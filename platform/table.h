@@ -9,7 +9,7 @@
 
 namespace platform {
 
-constexpr unsigned tableVersion = 1;
+constexpr unsigned tableVersion = 2;
 
 struct Dim3 {
     unsigned x, y, z;
@@ -112,6 +112,18 @@ struct Table {
 
     // BLAS, one entry for the four element types: `type` is 'S', 'D', 'C' or 'Z', and a scalar
     // points to one element, where nothing else is said.
+    void (*copyVector)(char type, int n, const void* x, int incx, void* y, int incy);
+    void (*swapVectors)(char type, int n, void* x, int incx, void* y, int incy);
+    void (*scal)(char type, int n, const void* alpha, void* x, int incx);
+    void (*axpy)(char type, int n, const void* alpha, const void* x, int incx, void* y, int incy);
+    // x := c x + s y, y := c y - s x, with a real cosine and sine.
+    void (*rot)(char type, int n, void* x, int incx, void* y, int incy, const void* c,
+                const void* s);
+    // A is symmetric for every type.
+    void (*symv)(char type, char uplo, int n, const void* alpha, const void* a, int lda,
+                 const void* x, int incx, const void* beta, void* y, int incy);
+    void (*trmv)(char type, char uplo, char trans, char diag, int n, const void* a, int lda,
+                 void* x, int incx);
     void (*gemv)(char type, char trans, int m, int n, const void* alpha, const void* a, int lda,
                  const void* x, int incx, const void* beta, void* y, int incy);
     void (*gemm)(char type, char transa, char transb, int m, int n, int k, const void* alpha,

@@ -61,6 +61,13 @@ Table makeTable() {
     t.cublasInit = [] { return int(CUBLAS_STATUS_NOT_INITIALIZED); };
     t.cublasShutdown = [] { return int(CUBLAS_STATUS_SUCCESS); };
     t.cublasGetError = [] { return int(CUBLAS_STATUS_SUCCESS); };
+    t.copyVector = ignore;
+    t.swapVectors = ignore;
+    t.scal = ignore;
+    t.axpy = ignore;
+    t.rot = ignore;
+    t.symv = ignore;
+    t.trmv = ignore;
     t.gemv = ignore;
     t.gemm = ignore;
     t.symm = ignore;

@@ -1,18 +1,11 @@
 // Legacy CUBLAS over the current interface: a handle and an error word for each thread.
-#include "platform/blas_arguments.h"
+#include "platform/cuda/blas_call.h"
 
 #include <mutex>
 #include <vector>
 
-#include "platform/cuda/device.h"
-#include "platform/cuda/errors.h"
-
 namespace gpu {
 namespace {
-
-using platform::oneOf;
-
-constexpr int legacySuccess = 0, legacyNotInitialized = 1, legacyInvalidValue = 7;
 
 // All handles since the last start, and those that no thread uses. A thread returns its own when
 // it ends, without calling CUBLAS, which may be gone by then.
@@ -41,10 +34,6 @@ struct Lease {
 thread_local Lease lease;
 thread_local int errorWord = legacySuccess;
 
-void note(int status) {
-    if (errorWord == legacySuccess) errorWord = status;
-}
-
 // A new handle needs tens of megabytes on the device, and CUBLAS says "not initialized" where it
 // does not get them.
 cublasStatus_t create(cublasHandle_t& handle) {
@@ -58,9 +47,13 @@ cublasStatus_t create(cublasHandle_t& handle) {
     return status;
 }
 
-// The calling thread's handle, on the default stream and in true single precision (no TF32),
-// which is CUBLAS's default math mode.
-cublasStatus_t acquire(cublasHandle_t& handle) {
+}  // namespace
+
+void noteBlas(int status) {
+    if (errorWord == legacySuccess) errorWord = status;
+}
+
+cublasStatus_t blasHandle(cublasHandle_t& handle) {
     Handles& h = handles();
     std::lock_guard<std::mutex> lock(h.mutex);
     if (!h.ready) return CUBLAS_STATUS_NOT_INITIALIZED;
@@ -81,79 +74,6 @@ cublasStatus_t acquire(cublasHandle_t& handle) {
     return CUBLAS_STATUS_SUCCESS;
 }
 
-template <class Call>
-void blasCall(bool valid, Call call) {
-    if (!valid) return note(legacyInvalidValue);
-    OnDevice here;
-    cublasHandle_t handle = nullptr;
-    cublasStatus_t status = acquire(handle);
-    if (status == CUBLAS_STATUS_SUCCESS) status = call(handle);
-    if (status == CUBLAS_STATUS_SUCCESS) return;
-    // A kernel that failed before takes the context with it: that is the error to tell, not the
-    // one that CUBLAS has of it.
-    const cudaError_t before = cudaStreamQuery(nullptr);
-    if (before == cudaErrorLaunchFailure || before == cudaErrorIllegalAddress ||
-        before == cudaErrorMisalignedAddress)
-        reported(before);
-    else
-        note(legacyStatus(status));
-}
-
-cublasOperation_t operation(char trans) {
-    return oneOf(trans, "N") ? CUBLAS_OP_N : oneOf(trans, "T") ? CUBLAS_OP_T : CUBLAS_OP_C;
-}
-cublasSideMode_t sideMode(char side) {
-    return oneOf(side, "L") ? CUBLAS_SIDE_LEFT : CUBLAS_SIDE_RIGHT;
-}
-cublasFillMode_t fillMode(char uplo) {
-    return oneOf(uplo, "L") ? CUBLAS_FILL_MODE_LOWER : CUBLAS_FILL_MODE_UPPER;
-}
-cublasDiagType_t diagType(char diag) {
-    return oneOf(diag, "U") ? CUBLAS_DIAG_UNIT : CUBLAS_DIAG_NON_UNIT;
-}
-
-template <class T>
-struct Element {
-    using Type = T;
-    using Real = T;
-};
-template <>
-struct Element<cuComplex> {
-    using Type = cuComplex;
-    using Real = float;
-};
-template <>
-struct Element<cuDoubleComplex> {
-    using Type = cuDoubleComplex;
-    using Real = double;
-};
-
-// Calls the routine of the type, with a tag of its element type.
-template <class S, class D, class C, class Z, class F>
-cublasStatus_t withRoutine(char type, S s, D d, C c, Z z, F f) {
-    switch (type) {
-        case 'S':
-            return f(s, Element<float>{});
-        case 'D':
-            return f(d, Element<double>{});
-        case 'C':
-            return f(c, Element<cuComplex>{});
-        default:
-            return f(z, Element<cuDoubleComplex>{});
-    }
-}
-
-template <class T>
-const T* as(const void* p) {
-    return static_cast<const T*>(p);
-}
-template <class T>
-T* as(void* p) {
-    return static_cast<T*>(p);
-}
-
-}  // namespace
-
 // After a failure the next call that needs a handle tries again.
 int blasInit() {
     bindContext();
@@ -163,7 +83,7 @@ int blasInit() {
         handles().ready = true;
     }
     cublasHandle_t handle = nullptr;
-    return legacyStatus(acquire(handle));
+    return legacyStatus(blasHandle(handle));
 }
 
 int blasShutdown() {
@@ -187,20 +107,6 @@ int blasGetError() {
     const int status = errorWord;
     errorWord = legacySuccess;
     return status;
-}
-
-void gemv(char type, char trans, int m, int n, const void* alpha, const void* a, int lda,
-          const void* x, int incx, const void* beta, void* y, int incy) {
-    blasCall(platform::gemvOperands(trans, m, n, a, lda, x, incx, y, incy).valid,
-             [&](cublasHandle_t handle) {
-                 return withRoutine(type, cublasSgemv, cublasDgemv, cublasCgemv, cublasZgemv,
-                                    [&](auto routine, auto element) {
-                                        using T = typename decltype(element)::Type;
-                                        return routine(handle, operation(trans), m, n, as<T>(alpha),
-                                                       as<T>(a), lda, as<T>(x), incx, as<T>(beta),
-                                                       as<T>(y), incy);
-                                    });
-             });
 }
 
 void gemm(char type, char transa, char transb, int m, int n, int k, const void* alpha,

@@ -1,148 +1,20 @@
-// Legacy CUBLAS over the CPU BLAS. Arguments are checked here: a reference XERBLA would end the
-// process, where CUBLAS sets a word that cublasGetError reads and clears.
-#include "platform/software/fortran_blas.h"
-
-#include <array>
-#include <atomic>
-#include <cstring>
-#include <string>
-
-#include "platform/blas_arguments.h"
-#include "platform/software/device.h"
-#include "platform/software/instruments.h"
-#include "platform/software/streams.h"
+// Legacy CUBLAS over the CPU BLAS: its state, and the routines on matrices.
+#include "platform/software/blas_call.h"
 
 namespace software {
-namespace {
-
-std::atomic<bool> ready{false};
-
-// A scalar of any element type, by value.
-struct Scalar {
-    alignas(16) unsigned char bytes[16];
-    Scalar(const void* value, std::size_t size) { std::memcpy(bytes, value, size); }
-};
-
-std::size_t realSize(char type) {
-    return platform::isDouble(type) ? 8 : 4;
-}
-std::size_t elementSize(char type) {
-    return realSize(type) * (platform::isComplex(type) ? 2 : 1);
-}
-
-// The beta of gemv and the rank updates. If it is not a number neither is the result, but a CPU
-// BLAS may scale by it as if by zero. So it goes into the result ahead of the call, and beta
-// becomes 1.
-class Beta {
-  public:
-    Beta(const void* value, char type, std::size_t size)
-        : value_(value, size), elementSize_(elementSize(type)) {
-        const double oneDouble = 1;
-        const float oneFloat = 1;
-        for (std::size_t at = 0; at < size; at += realSize(type))
-            nan_ = nan_ || (platform::isDouble(type) ? isNan<double>(at) : isNan<float>(at));
-        if (!nan_) return;
-        std::memset(value_.bytes, 0, sizeof value_.bytes);
-        if (platform::isDouble(type))
-            std::memcpy(value_.bytes, &oneDouble, sizeof oneDouble);
-        else
-            std::memcpy(value_.bytes, &oneFloat, sizeof oneFloat);
-    }
-
-    // What to hand to the routine that is about to write this triangle (or all, uplo "A") of c.
-    const void* over(char uplo, int m, int n, void* c, std::size_t ld) const {
-        for (int j = 0; nan_ && j < n; ++j) {
-            const std::size_t begin = platform::oneOf(uplo, "L") ? j : 0;
-            const std::size_t end = platform::oneOf(uplo, "U") ? j + 1 : m;
-            constexpr int nan = 0xFF;  // in every byte
-            std::memset(static_cast<char*>(c) + (j * ld + begin) * elementSize_, nan,
-                        (end - begin) * elementSize_);
-        }
-        return value_.bytes;
-    }
-
-  private:
-    template <class Real>
-    bool isNan(std::size_t at) const {
-        Real part;
-        std::memcpy(&part, value_.bytes + at, sizeof part);
-        return part != part;
-    }
-
-    Scalar value_;
-    std::size_t elementSize_;
-    bool nan_ = false;
-};
-
-// The bytes behind an operand, null if they are not all memory of the device.
-void* bytesOf(const platform::BlasOperand& o, std::size_t elementSize) {
-    if (o.empty()) return const_cast<void*>(o.pointer);
-    const std::size_t elements = std::size_t(o.columns - 1) * std::size_t(o.ld) + o.rows;
-    return deviceHeap().address(o.pointer, elements * elementSize);
-}
-
-// Calls f with the Fortran routines of a type.
-template <class F>
-void withRoutines(char type, F f) {
-    switch (type) {
-        case 'S':
-            return f(blas::Routines<float>{});
-        case 'D':
-            return f(blas::Routines<double>{});
-        case 'C':
-            return f(blas::Routines<blas::FloatComplex>{});
-        default:
-            return f(blas::Routines<blas::DoubleComplex>{});
-    }
-}
-
-// The state of CUBLAS and the device's capability, then run(routines, bytes behind the operands)
-// on the default stream. Without elements in the result there is nothing to do.
-template <std::size_t n, class Run>
-void submitRoutine(char type, const platform::BlasOperands<n>& operands, Run run) {
-    if (!ready) return setCublasError(CUBLAS_STATUS_NOT_INITIALIZED);
-    const DeviceDescription& device = machine().devices[currentDevice()];
-    if (platform::isDouble(type) && device.major * 10 + device.minor < 13)
-        return setCublasError(CUBLAS_STATUS_ARCH_MISMATCH);
-    if (!operands.valid) return setCublasError(CUBLAS_STATUS_INVALID_VALUE);
-    if (operands.each.back().empty()) return;
-    submit(nullptr, [type, run, each = operands.each] {
-        std::array<void*, n> bytes;
-        for (std::size_t i = 0; i < n; ++i) {
-            bytes[i] = bytesOf(each[i], elementSize(type));
-            if (bytes[i] || each[i].empty()) continue;
-            noteViolation("a CUBLAS operand is not all in device memory");
-            return failAsynchronously(cudaErrorLaunchFailure);
-        }
-        withRoutines(type, [&](auto routines) { run(routines, bytes); });
-    });
-}
-
-// A call of a CUBLAS routine: traced, failed on request, or submitted.
-template <std::size_t n, class Run, class... Arguments>
-void blasCall(char type, const char* name, const platform::BlasOperands<n>& operands, Run run,
-              const Arguments&... arguments) {
-    const Injected fault = observe((std::string("cublas") + type + name).c_str(), arguments...);
-    if (fault.hit)
-        setCublasError(fault.cublasError);
-    else
-        submitRoutine(type, operands, run);
-}
-
-}  // namespace
 
 int blasInit() {
     const Injected fault = observe("cublasInit");
     if (fault.hit) return fault.cublasError;
     if (bindContext() != cudaSuccess) return CUBLAS_STATUS_NOT_INITIALIZED;
-    ready = true;
+    blasReady = true;
     return CUBLAS_STATUS_SUCCESS;
 }
 
 int blasShutdown() {
     observe("cublasShutdown");
     drainAll();
-    ready = false;
+    blasReady = false;
     // The library is done for now: what was kept for reuse goes back to the system.
     deviceHeap().trim();
     pageLockedHeap().trim();
@@ -150,28 +22,13 @@ int blasShutdown() {
 }
 
 void resetBlas() {
-    ready = false;
+    blasReady = false;
 }
 
 int blasGetError() {
     const Injected fault = observe("cublasGetError");
     const int status = takeCublasError();
     return fault.hit ? fault.cublasError : status;
-}
-
-void gemv(char type, char trans, int m, int n, const void* alpha, const void* a, int lda,
-          const void* x, int incx, const void* beta, void* y, int incy) {
-    const Scalar by(alpha, elementSize(type));
-    const Beta to(beta, type, elementSize(type));
-    const int lengthY = platform::oneOf(trans, "N") ? m : n;
-    blasCall(
-        type, "gemv", platform::gemvOperands(trans, m, n, a, lda, x, incx, y, incy),
-        [=](auto routines, auto at) {
-            if (m == 0 || n == 0) return;
-            routines.gemv(trans, m, n, by.bytes, at[0], lda, at[1], incx,
-                          to.over('A', 1, lengthY, at[2], std::labs(incy)), at[2], incy);
-        },
-        trans, m, n, a, lda, x, incx, y, incy);
 }
 
 void gemm(char type, char transa, char transb, int m, int n, int k, const void* alpha,

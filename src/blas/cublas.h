@@ -47,6 +47,50 @@ auto routine(S s, D d, C c, Z z) {
     };
 }
 
+// y := x.
+template <class T>
+void copy(int n, const T* x, int incx, T* y, int incy) {
+    routine<T>(cublasScopy, cublasDcopy, cublasCcopy, cublasZcopy)(n, x, incx, y, incy);
+}
+
+template <class T>
+void swap(int n, T* x, int incx, T* y, int incy) {
+    routine<T>(cublasSswap, cublasDswap, cublasCswap, cublasZswap)(n, x, incx, y, incy);
+}
+
+// x := alpha x.
+template <class T>
+void scal(int n, T alpha, T* x, int incx) {
+    routine<T>(cublasSscal, cublasDscal, cublasCscal, cublasZscal)(n, alpha, x, incx);
+}
+
+// y := alpha x + y.
+template <class T>
+void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {
+    routine<T>(cublasSaxpy, cublasDaxpy, cublasCaxpy, cublasZaxpy)(n, alpha, x, incx, y, incy);
+}
+
+// x := c x + s y, y := c y - s x.
+template <class T>
+void rot(int n, T* x, int incx, T* y, int incy, RealOf<T> c, RealOf<T> s) {
+    routine<T>(cublasSrot, cublasDrot, cublasCsrot, cublasZdrot)(n, x, incx, y, incy, c, s);
+}
+
+// y := alpha A x + beta y, A symmetric, also where it is complex, of order n.
+template <class T>
+void symv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+          int incy) {
+    routine<T>(cublasSsymv, cublasDsymv, cublasCsymv, cublasZsymv)(uplo, n, alpha, a, lda, x, incx,
+                                                                   beta, y, incy);
+}
+
+// x := op(A) x, A triangular of order n.
+template <class T>
+void trmv(char uplo, char trans, char diag, int n, const T* a, int lda, T* x, int incx) {
+    routine<T>(cublasStrmv, cublasDtrmv, cublasCtrmv, cublasZtrmv)(uplo, trans, diag, n, a, lda, x,
+                                                                   incx);
+}
+
 // y := alpha op(A) x + beta y, A m x n.
 template <class T>
 void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta,
