@@ -48,9 +48,17 @@ add_library(lumo_objects OBJECT
     src/cudalib/memory_exports.cpp
     src/cudalib/transfer.cpp
     src/cudalib/workspace_pool.cpp
+    src/lapack/apply_q.cpp
+    src/lapack/block_reflector.cpp
+    src/lapack/gels.cpp
+    src/lapack/generate_q.cpp
+    src/lapack/geqrf.cpp
     src/lapack/gesv.cpp
     src/lapack/getrf.cpp
     src/lapack/getrs.cpp
+    src/lapack/gglse.cpp
+    src/lapack/orthogonal_factorization.cpp
+    src/lapack/trtrs.cpp
     src/runtime/device_exports.cpp
     src/runtime/devices.cpp
     src/runtime/exceptions.cpp

@@ -380,6 +380,74 @@ LUMO_API lumoStatus lumoDeviceSgesv(int n, int nrhs, float* a, int lda, int* ipi
 LUMO_API lumoStatus lumoDeviceCgesv(int n, int nrhs, lumoFloatComplex* a, int lda, int* ipiv,
                                     lumoFloatComplex* b, int ldb);
 
+/* ---- QR factorisation (LAPACK xGEQRF) ---------------------------------------------------- */
+
+/* A = Q R. a: m x n, overwritten by R in its upper triangle (trapezoid) and below it by the
+ * vectors of the Householder reflectors H(i) = I - tau(i) v v^H, the leading 1 of v not stored;
+ * Q = H(1) ... H(k), k = min(m, n). tau: k factors.
+ *
+ * Status 7, info -1: m < 0; -2: n < 0; -4: lda < max(1, m); -3, -5: null a, tau unless the matrix
+ * is empty or 1 x 1.
+ * Device memory beside the operands: none for k <= nb (96 columns for S, 64 for C), else
+ * 2 nb^2 + nb (m + n) elements. */
+LUMO_API lumoStatus lumoSgeqrf(int m, int n, float* a, int lda, float* tau);
+LUMO_API lumoStatus lumoCgeqrf(int m, int n, lumoFloatComplex* a, int lda, lumoFloatComplex* tau);
+LUMO_API lumoStatus lumoDeviceSgeqrf(int m, int n, float* a, int lda, float* tau);
+LUMO_API lumoStatus lumoDeviceCgeqrf(int m, int n, lumoFloatComplex* a, int lda,
+                                     lumoFloatComplex* tau);
+
+/* ---- Least squares (LAPACK xGELS) -------------------------------------------------------- */
+
+/* For op(A) = A (trans "N") or its conjugate transpose, for real elements its transpose (trans "T"
+ * or "C"), a matrix of full rank: the X that minimises || B - op(A) X || if op(A) has at least as
+ * many rows as columns, else the shortest X of those with op(A) X = B. Unlike LAPACK's routine it
+ * does not scale: elements whose squares overflow or underflow are the caller's to scale.
+ *
+ * a: m x n, overwritten by its QR (m >= n) or LQ factors (m < n). b: ldb x nrhs, B in its first m
+ * (trans "N") or n rows, overwritten by X in its first n or m; below a least-squares X the squares
+ * of the remaining rows of a column sum up to the square of its residual norm. If m, n or nrhs is
+ * 0, max(m, n) rows of b become zero.
+ *
+ * Status 7, info -1: trans; -2: m < 0; -3: n < 0; -4: nrhs < 0; -6: lda < max(1, m);
+ * -8: ldb < max(1, m, n); -5, -7: null a, b while m, n, nrhs > 0.
+ * Status 8, info i > 0: A has not full rank, the i-th diagonal element of its triangular factor is
+ * exactly zero; b is partly transformed.
+ * Device memory beside the operands: at most min(m, n) + 2 nb^2 + nb (m + n + nrhs) elements, with
+ * nb as for geqrf or min(m, n) if that is less. */
+LUMO_API lumoStatus lumoSgels(char trans, int m, int n, int nrhs, float* a, int lda, float* b,
+                              int ldb);
+LUMO_API lumoStatus lumoCgels(char trans, int m, int n, int nrhs, lumoFloatComplex* a, int lda,
+                              lumoFloatComplex* b, int ldb);
+LUMO_API lumoStatus lumoDeviceSgels(char trans, int m, int n, int nrhs, float* a, int lda, float* b,
+                                    int ldb);
+LUMO_API lumoStatus lumoDeviceCgels(char trans, int m, int n, int nrhs, lumoFloatComplex* a,
+                                    int lda, lumoFloatComplex* b, int ldb);
+
+/* ---- Least squares with linear constraints (LAPACK xGGLSE) -------------------------------- */
+
+/* The x that minimises || c - A x || among those with B x = d; p <= n <= m + p, B and (A; B) of
+ * full rank. a: m x n; b: p x n; c: m elements; d: p; x: n, output only. a, b and d are
+ * overwritten; the squares of the last m - n + p elements of c sum up to the square of the
+ * residual norm.
+ *
+ * Status 7, info -1: m < 0; -3: n or p out of bounds; -5: lda < max(1, m); -7: ldb < max(1, p);
+ * and for n > 0 -4: null a; -6: null b while p > 0; -8: null c; -9: null d while p > 0;
+ * -10: null x.
+ * Status 8, info 1: B has not full rank; info 2: (A; B) has not. x then holds what was found, the
+ * host functions' x zeros elsewhere.
+ * Device memory beside the operands: at most p + min(m, n) + 2 nb^2 + nb (m + n + p) elements, with
+ * nb as for geqrf or n if that is less. */
+LUMO_API lumoStatus lumoSgglse(int m, int n, int p, float* a, int lda, float* b, int ldb, float* c,
+                               float* d, float* x);
+LUMO_API lumoStatus lumoCgglse(int m, int n, int p, lumoFloatComplex* a, int lda,
+                               lumoFloatComplex* b, int ldb, lumoFloatComplex* c,
+                               lumoFloatComplex* d, lumoFloatComplex* x);
+LUMO_API lumoStatus lumoDeviceSgglse(int m, int n, int p, float* a, int lda, float* b, int ldb,
+                                     float* c, float* d, float* x);
+LUMO_API lumoStatus lumoDeviceCgglse(int m, int n, int p, lumoFloatComplex* a, int lda,
+                                     lumoFloatComplex* b, int ldb, lumoFloatComplex* c,
+                                     lumoFloatComplex* d, lumoFloatComplex* x);
+
 #ifdef __cplusplus
 }
 #endif

@@ -16,6 +16,7 @@ struct DeviceDescription {
     std::size_t memory = std::size_t(1) << 30;  // bytes
     int multiprocessors = 1;
     int clockRate = 1000000;  // kilohertz
+    bool deviceOverlap = true;
     std::array<int, 3> maxGrid{65535, 65535, 65535};
 };
 

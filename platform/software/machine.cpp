@@ -147,7 +147,7 @@ platform::DeviceProperties propertiesOf(int device) {
     p.major = d.major;
     p.minor = d.minor;
     p.textureAlignment = 256;
-    p.deviceOverlap = 1;
+    p.deviceOverlap = d.deviceOverlap;
     p.multiProcessorCount = d.multiprocessors;
     p.canMapHostMemory = 1;
     return p;

@@ -7,17 +7,19 @@
 
 namespace lumo {
 
-// One column-major panel of up to `elements` elements. Transfers are asynchronous: wait() before
-// the CPU touches the panel and before the device uses what was uploaded.
+// One column-major panel of up to rows x columns elements. Transfers are asynchronous: wait()
+// before the CPU touches the panel and before the device uses what was uploaded. Without `overlap`
+// there is no stream, and they are plain copies.
 template <class T>
 class PanelTransfer {
   public:
-    PanelTransfer(unsigned rows, unsigned columns) : panel_({rows, columns}) {
-        cudalib::checkCudaError(cudaStreamCreate(&stream_));
+    PanelTransfer(unsigned rows, unsigned columns, bool overlap = true) : panel_({rows, columns}) {
+        if (overlap) cudalib::checkCudaError(cudaStreamCreate(&stream_));
     }
     // Waits before it gives the panel back: a transfer under way would use freed memory. What
     // fails here shows at the caller's next check.
     ~PanelTransfer() {
+        if (!stream_) return;
         cudaStreamSynchronize(stream_);
         cudaStreamDestroy(stream_);
     }
@@ -30,16 +32,19 @@ class PanelTransfer {
     void startDownload(const T* device, int ld, int rows, int columns) {
         cudalib::checkCudaError(cudalib::copy2D(host(), bytes(rows), device, bytes(ld), bytes(rows),
                                                 std::size_t(columns), cudaMemcpyDeviceToHost,
-                                                cudalib::CopyMode::asynchronous, stream_));
+                                                mode(), stream_));
     }
     void startUpload(T* device, int ld, int rows, int columns) {
         cudalib::checkCudaError(cudalib::copy2D(device, bytes(ld), host(), bytes(rows), bytes(rows),
                                                 std::size_t(columns), cudaMemcpyHostToDevice,
-                                                cudalib::CopyMode::asynchronous, stream_));
+                                                mode(), stream_));
     }
     void wait() { cudalib::checkCudaError(cudaStreamSynchronize(stream_)); }
 
   private:
+    cudalib::CopyMode mode() const {
+        return stream_ ? cudalib::CopyMode::asynchronous : cudalib::CopyMode::synchronous;
+    }
     static std::size_t bytes(int elements) { return std::size_t(elements) * sizeof(T); }
 
     cudalib::ManagedMemory<T, cudalib::PageLockedAllocator> panel_;

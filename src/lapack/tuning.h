@@ -2,6 +2,7 @@
 // reach blocked paths with small matrices.
 #pragma once
 
+#include "runtime/complex.h"
 #include "runtime/state.h"
 
 namespace lumo {
@@ -24,5 +25,15 @@ struct GetrfTuning {
 
 template <class T>
 inline GetrfTuning getrfTuning{{32, 96}, 513};
+
+// The columns (QR) or rows (LQ, RQ) of a panel.
+template <class T>
+inline BlockSize geqrfTuning{32, 96};
+template <>
+inline BlockSize geqrfTuning<double>{48, 64};
+template <>
+inline BlockSize geqrfTuning<Complex<float>>{32, 64};
+template <>
+inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 
 }  // namespace lumo

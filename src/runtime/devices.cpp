@@ -64,6 +64,12 @@ int deviceCapability(int device) {
     return deviceTable().at(std::size_t(device)).capability;
 }
 
+bool copiesOverlap() {
+    int device = 0;
+    cudalib::checkCudaError(cudaGetDevice(&device));
+    return deviceTable().at(std::size_t(device)).properties.deviceOverlap != 0;
+}
+
 int bestDevice(double performanceWeight, double memoryWeight) {
     int best = deviceTable().empty() ? -1 : 0;
     double bestScore = 0;

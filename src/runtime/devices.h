@@ -24,6 +24,8 @@ int usableDeviceCount();
 // One record per usable device, read once per process.
 const std::vector<Device>& deviceTable();
 int deviceCapability(int device);
+// Whether the executing device copies while it computes.
+bool copiesOverlap();
 
 // The device with the highest score, performanceWeight * multiprocessors * 8 * clock (kHz) +
 // memoryWeight * memory (bytes), a Tesla before any other; -1 if there is none.

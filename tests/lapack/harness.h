@@ -51,6 +51,9 @@ struct Routine {
     bool doublePrecision;         // refused on devices without it
     // Makes blocked paths reachable by small matrices while it lives.
     std::function<std::shared_ptr<void>()> shrinkBlocks;
+    // Goes through phases that allocate, so that memory may run out when operands have been
+    // overwritten, or be found by giving back what an earlier phase used.
+    bool phases = false;
 };
 
 // Adds a routine; returns something to initialise a variable with.

@@ -7,20 +7,12 @@
 #include "lapack/getrf.h"
 #include "lapack/getrs.h"
 #include "lapack/harness.h"
+#include "lapack/operands_call.h"
 #include "lapack/tuning.h"
 #include "residuals.h"
 #include "support/matrix.h"
 
 namespace test {
-
-enum class Interface { host, device };
-
-inline lumoFloatComplex* exported(lumo::Complex<float>* p) {
-    return reinterpret_cast<lumoFloatComplex*>(p);
-}
-inline float* exported(float* p) {
-    return p;
-}
 
 template <class T>
 struct LuExports;

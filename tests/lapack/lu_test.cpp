@@ -6,15 +6,6 @@ namespace {
 
 using lumo::Complex;
 
-// The interfaces a type is reached by; in double precision the algorithms are internal.
-template <class T>
-std::vector<Interface> interfaces() {
-    if constexpr (std::is_same_v<RealOf<T>, double>)
-        return {Interface::device};
-    else
-        return {Interface::host, Interface::device};
-}
-
 std::string label(const char* name, int m, int n, Interface interface) {
     return std::string(name) + " " + std::to_string(m) + " x " + std::to_string(n) +
            (interface == Interface::host ? ", host" : ", device");

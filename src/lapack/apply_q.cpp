@@ -1,0 +1,75 @@
+#include "lapack/apply_q.h"
+
+#include <algorithm>
+
+#include "lapack/block_reflector.h"
+#include "lapack/host_tau.h"
+#include "lapack/tuning.h"
+
+namespace lumo {
+namespace {
+
+template <class T>
+void apply(Reflectors kind, char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T* c,
+           int ldc) {
+    if (m <= 0 || n <= 0 || k <= 0) return;
+    const bool left = side == 'L', plain = trans == 'N';
+    const int order = left ? m : n, across = left ? n : m;
+    const int nb = std::min(geqrfTuning<T>.current(), k);
+    BlockReflector<T> reflector(kind, nb);
+    cudalib::Workspace<T> work(std::size_t(nb) * std::size_t(across));
+    HostTau<T> factors(tau, k, HostTau<T>::reads);
+
+    // Q is H_1 H_2 ... (QR), its adjoint ... H_2 H_1 (LQ) or H_1 H_2 ... (RQ) of blocks H: the one
+    // next to C goes first.
+    const bool forward = kind == Reflectors::ofLq ? left == plain : left != plain;
+    const char op = (kind == Reflectors::ofQr) == plain ? 'N' : 'C';
+    const int blocks = (k - 1) / nb + 1;
+    for (int step = 0; step < blocks; ++step) {
+        const int i = nb * (forward ? step : blocks - 1 - step), count = std::min(nb, k - i);
+        const bool backward = kind == Reflectors::ofRq;
+        // The rows (side "L") or columns of C that the block reaches.
+        const int first = backward ? 0 : i, reach = backward ? order - k + i + count : order - i;
+        reflector.expose(a + i + std::size_t(first) * std::size_t(lda), lda, reach, count);
+        reflector.form(factors.data() + i);
+        T* const part = c + std::size_t(first) * (left ? 1 : std::size_t(ldc));
+        reflector.apply(side, op, across, part, ldc, work.data());
+        reflector.restore();
+    }
+}
+
+}  // namespace
+
+template <class T>
+void ormqr(char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T* c, int ldc) {
+    apply(Reflectors::ofQr, side, trans, m, n, k, a, lda, tau, c, ldc);
+}
+template <class T>
+void ormlq(char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T* c, int ldc) {
+    apply(Reflectors::ofLq, side, trans, m, n, k, a, lda, tau, c, ldc);
+}
+template <class T>
+void ormrq(char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T* c, int ldc) {
+    apply(Reflectors::ofRq, side, trans, m, n, k, a, lda, tau, c, ldc);
+}
+
+template void ormqr(char, char, int, int, int, float*, int, float*, float*, int);
+template void ormqr(char, char, int, int, int, double*, int, double*, double*, int);
+template void ormqr(char, char, int, int, int, Complex<float>*, int, Complex<float>*,
+                    Complex<float>*, int);
+template void ormqr(char, char, int, int, int, Complex<double>*, int, Complex<double>*,
+                    Complex<double>*, int);
+template void ormlq(char, char, int, int, int, float*, int, float*, float*, int);
+template void ormlq(char, char, int, int, int, double*, int, double*, double*, int);
+template void ormlq(char, char, int, int, int, Complex<float>*, int, Complex<float>*,
+                    Complex<float>*, int);
+template void ormlq(char, char, int, int, int, Complex<double>*, int, Complex<double>*,
+                    Complex<double>*, int);
+template void ormrq(char, char, int, int, int, float*, int, float*, float*, int);
+template void ormrq(char, char, int, int, int, double*, int, double*, double*, int);
+template void ormrq(char, char, int, int, int, Complex<float>*, int, Complex<float>*,
+                    Complex<float>*, int);
+template void ormrq(char, char, int, int, int, Complex<double>*, int, Complex<double>*,
+                    Complex<double>*, int);
+
+}  // namespace lumo

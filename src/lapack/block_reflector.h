@@ -1,0 +1,52 @@
+// Blocks of Householder reflectors on the device: H = I - V T V^H, as LAPACK's xLARFT and xLARFB
+// form and apply them.
+#pragma once
+
+#include "cudalib/workspace_pool.h"
+#include "runtime/complex.h"
+
+namespace lumo {
+
+// How a factorisation leaves its reflectors. H is the product of a block's reflectors in the order
+// in which xLARFT multiplies them.
+enum class Reflectors {
+    ofQr,  // columns of V below a unit lower triangle; T upper triangular; Q = H
+    ofLq,  // rows of V^H right of a unit upper triangle; T upper triangular; Q = H^H
+    ofRq,  // rows of V^H left of a unit lower triangle; T lower triangular; Q = H^H
+};
+
+// Workspace for one block at a time, of up to `width` reflectors: 2 width^2 elements on the
+// device.
+template <class T>
+class BlockReflector {
+  public:
+    BlockReflector(Reflectors kind, int width);
+
+    // Takes `count` reflectors of order `order` in V: order x count for ofQr, else count x order.
+    // Where their unit triangle meets the matrix's own triangle, the matrix's elements are saved
+    // and the unit triangle is written out, so that V is a plain matrix, until restore().
+    void expose(T* v, int ldv, int order, int count);
+    void restore();
+
+    // Forms T from the exposed V and the scalar factors, in host memory. Waits for the device.
+    void form(const T* tau);
+
+    // C := op(H) C for an order x n matrix, or C op(H) for an n x order one: side "L" or "R", trans
+    // "N" or, for H^H, "C". `work`: count x n elements.
+    void apply(char side, char trans, int n, T* c, int ldc, T* work) const;
+
+    // The workspace of T, width x width, for what forms it elsewhere.
+    T* t() const { return t_.data(); }
+    int width() const { return width_; }
+
+  private:
+    T* triangle() const;
+
+    const Reflectors kind_;
+    const int width_;
+    cudalib::Workspace<T> t_, saved_;
+    T* v_ = nullptr;
+    int ldv_ = 0, order_ = 0, count_ = 0;
+};
+
+}  // namespace lumo

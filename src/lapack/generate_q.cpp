@@ -1,0 +1,98 @@
+#include "lapack/generate_q.h"
+
+#include <algorithm>
+
+#include "basic/Copy/Copy.h"
+#include "basic/LASET/LASET.h"
+#include "lapack/block_reflector.h"
+#include "lapack/host_tau.h"
+#include "lapack/tuning.h"
+
+namespace lumo {
+namespace {
+
+// A line is a column of Q (QR) or a row (LQ); `lines` of them have `length` elements each.
+template <class T>
+class Generation {
+  public:
+    Generation(Reflectors kind, int lines, int length, int k, T* a, int lda)
+        : columns_(kind == Reflectors::ofQr),
+          lines_(lines),
+          length_(length),
+          k_(k),
+          nb_(std::min(geqrfTuning<T>.current(), k)),
+          a_(a),
+          lda_(lda),
+          reflector_(kind, nb_),
+          v_(std::size_t(nb_) * std::size_t(length)),
+          work_(std::size_t(nb_) * std::size_t(lines)) {}
+
+    // Q's lines are those of the unit matrix, to which the blocks are applied, last block first.
+    // The lines that a block's reflectors are stored in have not been needed until then.
+    void run(const T* tau) {
+        setUnit(k_, lines_ - k_);
+        for (int i = (k_ - 1) / nb_ * nb_; i >= 0; i -= nb_) {
+            const int count = std::min(nb_, k_ - i), order = length_ - i;
+            const int rows = columns_ ? order : count, columns = columns_ ? count : order;
+            copyMatrix(rows, columns, at(i, i), lda_, v_.data(), rows);
+            setUnit(i, count);
+            reflector_.expose(v_.data(), rows, order, count);
+            reflector_.form(tau + i);
+            reflector_.apply(columns_ ? 'L' : 'R', columns_ ? 'N' : 'C', lines_ - i, at(i, i), lda_,
+                             work_.data());
+        }
+    }
+
+  private:
+    T* at(int i, int j) const { return a_ + std::size_t(j) * std::size_t(lda_) + i; }
+
+    void setUnit(int first, int count) {
+        if (count <= 0) return;
+        if (columns_)
+            LASET('A', first, count, T(0), T(0), at(0, first), lda_);
+        else
+            LASET('A', count, first, T(0), T(0), at(first, 0), lda_);
+        const int order = length_ - first;
+        LASET('A', columns_ ? order : count, columns_ ? count : order, T(0), T(1), at(first, first),
+              lda_);
+    }
+
+    const bool columns_;
+    const int lines_, length_, k_, nb_;
+    T* const a_;
+    const int lda_;
+    BlockReflector<T> reflector_;
+    cudalib::Workspace<T> v_, work_;
+};
+
+template <class T>
+void generate(Reflectors kind, int lines, int length, int k, T* a, int lda, T* tau) {
+    if (lines <= 0) return;
+    const bool columns = kind == Reflectors::ofQr;
+    if (k <= 0)
+        return LASET('A', columns ? length : lines, columns ? lines : length, T(0), T(1), a, lda);
+    HostTau<T> factors(tau, k, HostTau<T>::reads);
+    Generation<T>(kind, lines, length, k, a, lda).run(factors.data());
+}
+
+}  // namespace
+
+template <class T>
+void orgqr(int m, int n, int k, T* a, int lda, T* tau) {
+    generate(Reflectors::ofQr, n, m, k, a, lda, tau);
+}
+template <class T>
+void orglq(int m, int n, int k, T* a, int lda, T* tau) {
+    generate(Reflectors::ofLq, m, n, k, a, lda, tau);
+}
+
+template void orgqr(int, int, int, float*, int, float*);
+template void orgqr(int, int, int, double*, int, double*);
+template void orgqr(int, int, int, Complex<float>*, int, Complex<float>*);
+template void orgqr(int, int, int, Complex<double>*, int, Complex<double>*);
+template void orglq(int, int, int, float*, int, float*);
+template void orglq(int, int, int, double*, int, double*);
+template void orglq(int, int, int, Complex<float>*, int, Complex<float>*);
+template void orglq(int, int, int, Complex<double>*, int, Complex<double>*);
+
+}  // namespace lumo

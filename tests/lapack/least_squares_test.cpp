@@ -1,0 +1,363 @@
+// gels and gglse through the harness.
+#include "lapack/frame.h"
+#include "lapack/gels.h"
+#include "lapack/gglse.h"
+#include "lapack/operands_call.h"
+#include "lapack/orthogonal.h"
+
+namespace test {
+namespace {
+
+using lumo::Complex;
+
+template <class T>
+struct Exports;
+template <>
+struct Exports<float> {
+    static constexpr auto gels = lumoSgels, deviceGels = lumoDeviceSgels;
+    static constexpr auto gglse = lumoSgglse, deviceGglse = lumoDeviceSgglse;
+};
+template <>
+struct Exports<Complex<float>> {
+    static constexpr auto gels = lumoCgels, deviceGels = lumoDeviceCgels;
+    static constexpr auto gglse = lumoCgglse, deviceGglse = lumoDeviceCgglse;
+};
+
+WideMatrix rows(const WideMatrix& a, int first, int count) {
+    WideMatrix part(count, a.n);
+    for (int j = 0; j < a.n; ++j)
+        for (int i = 0; i < count; ++i) part(i, j) = a(first + i, j);
+    return part;
+}
+
+// --- gels -------------------------------------------------------------------------------------
+
+struct Problem {
+    char trans;
+    int m, n, nrhs;
+    std::string name() const {
+        return std::string(1, trans) + " " + std::to_string(m) + " x " + std::to_string(n) + ", " +
+               std::to_string(nrhs);
+    }
+};
+
+// A least-squares solution leaves a residual orthogonal to A's range (xQRT17), whose norm the rest
+// of B tells; a minimum-norm solution solves the system (xQRT16) and lies in the range of op(A)^H
+// (xQRT14).
+template <class T>
+void checkSolution(const Problem& p, const Matrix<T>& a0, const Matrix<T>& b0,
+                   const Matrix<T>& x0) {
+    const WideMatrix a = op(p.trans == 'N' ? 'N' : 'C', WideMatrix(a0));
+    const WideMatrix b = rows(WideMatrix(b0), 0, a.m), x = rows(WideMatrix(x0), 0, a.n);
+    const WideMatrix residual = b - a * x;
+    const double size = std::max({p.m, p.n, p.nrhs}) * epsilon<T>;
+    if (a.m >= a.n) {
+        EXPECT_LT(norm1(op('C', a) * residual) / (norm1(a) * norm1(b) * size), leastSquaresBound);
+        for (int j = 0; j < b.n && a.m > a.n; ++j) {
+            double told = 0, actual = 0;
+            for (int i = a.n; i < a.m; ++i) told += std::norm(wide(x0(i, j)));
+            for (int i = 0; i < a.m; ++i) actual += std::norm(residual(i, j));
+            EXPECT_NEAR(std::sqrt(told), std::sqrt(actual), 1e-4 * norm1(b));
+        }
+    } else {
+        EXPECT_LT(norm1(residual) / (norm1(a) * norm1(x) * size), leastSquaresBound);
+        EXPECT_LT(distanceFromRange(op('C', a), x) / (norm1(x) * size), leastSquaresBound);
+    }
+}
+
+template <class T>
+std::unique_ptr<OperandsCall<T>> gelsCall(Problem p, Matrix<T> a, Interface interface,
+                                          bool shrunk) {
+    auto b = Matrix<T>::random(std::max(p.m, p.n), p.nrhs, std::max(p.m, p.n) + 2, 3);
+    const int lda = a.ld, ldb = b.ld;
+    auto run = [=](Interface where, const std::vector<T*>& at) {
+        const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
+        if constexpr (std::is_same_v<RealOf<T>, double>)
+            return lumo::computeFrame<T>(lumo::deviceCall, [&] {
+                lumo::gels(p.trans, p.m, p.n, p.nrhs, at[0], lda, at[1], ldb);
+            });
+        else
+            return (where == Interface::host ? Exports<T>::gels : Exports<T>::deviceGels)(
+                p.trans, p.m, p.n, p.nrhs, exported(at[0]), lda, exported(at[1]), ldb);
+    };
+    auto check = [p](const auto& before, const auto& after) {
+        if (std::min({p.m, p.n, p.nrhs}) > 0)
+            checkSolution(p, before[0], before[1], after[1]);
+        else
+            EXPECT_EQ(0, norm1(WideMatrix(after[1])));
+    };
+    return std::make_unique<OperandsCall<T>>(std::vector<Matrix<T>>{std::move(a), std::move(b)},
+                                             interface, run, check);
+}
+
+template <class T>
+std::vector<GoodCase> gelsCases(std::initializer_list<std::pair<int, int>> shapes,
+                                std::initializer_list<int> nrhs, bool shrunk) {
+    std::vector<GoodCase> cases;
+    const char adjoint = lumo::isComplex<T> ? 'c' : 't';
+    for (Interface interface : interfaces<T>())
+        for (auto [m, n] : shapes)
+            for (int right : nrhs)
+                for (char trans : {'N', adjoint}) {
+                    const Problem p{trans, m, n, right};
+                    cases.push_back(
+                        {p.name() + (interface == Interface::host ? ", host" : ", device"), [=] {
+                             return gelsCall<T>(p, Matrix<T>::random(p.m, p.n, p.m + 1), interface,
+                                                shrunk);
+                         }});
+                }
+    return cases;
+}
+
+template <class T>
+std::vector<ArgumentCase> gelsArguments() {
+    std::vector<ArgumentCase> cases;
+    static T a[16];
+    for (auto f : {Exports<T>::gels, Exports<T>::deviceGels}) {
+        auto call = [=](char trans, int m, int n, int nrhs, int lda, int ldb, bool hasA = false) {
+            return [=] {
+                return f(trans, m, n, nrhs, exported(hasA ? a : nullptr), lda,
+                         exported(static_cast<T*>(nullptr)), ldb);
+            };
+        };
+        cases.insert(cases.end(), {{"trans", call('X', -1, -1, -1, 0, 0), -1},
+                                   {"m", call('N', -1, -1, -1, 0, 0), -2},
+                                   {"n", call('t', 2, -1, -1, 0, 0), -3},
+                                   {"nrhs", call('c', 2, 2, -1, 0, 0), -4},
+                                   {"lda", call('N', 2, 2, 1, 1, 0), -6},
+                                   {"ldb below m", call('N', 2, 1, 1, 2, 1), -8},
+                                   {"ldb below n", call('N', 2, 3, 1, 2, 2), -8},
+                                   {"a", call('N', 2, 2, 1, 2, 2), -5},
+                                   {"b", call('N', 2, 2, 1, 2, 2, true), -7},
+                                   {"no right-hand sides", call('N', 2, 3, 0, 2, 3), 0}});
+    }
+    return cases;
+}
+
+// A of which one column (or row, where it is wide) is zero: the triangle has a zero there, in the
+// first block or a later one.
+template <class T>
+std::vector<FailingCase> gelsFailing() {
+    std::vector<FailingCase> cases;
+    for (auto [m, n, zero] : {std::tuple{9, 3, 1}, {12, 9, 0}, {12, 9, 6}, {7, 12, 5}})
+        for (char trans : {'N', 'C'})
+            cases.push_back(
+                {Problem{trans, m, n, zero}.name(), [=, m = m, n = n, zero = zero] {
+                     auto a = Matrix<T>::random(m, n);
+                     for (int i = 0; i < std::max(m, n); ++i)
+                         (m >= n ? a(i, zero) : a(zero, i)) = T(0);
+                     auto call = gelsCall<T>({trans, m, n, 2}, a, interfaces<T>()[0], true);
+                     EXPECT_EQ(lumoDataError, call->run());
+                     EXPECT_EQ(zero + 1, lumoGetErrorInfo());
+                 }});
+    cases.push_back({"not a number in, not a number out", [] {
+                         auto a = Matrix<T>::random(9, 6);
+                         a(4, 3) = scalar<T>(std::nan(""));
+                         auto call = gelsCall<T>({'N', 9, 6, 1}, a, interfaces<T>()[0], true);
+                         EXPECT_EQ(lumoNoError, call->run());
+                         EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->results()[1]))));
+                     }});
+    return cases;
+}
+
+// --- gglse ------------------------------------------------------------------------------------
+
+struct Constrained {
+    int m, n, p;
+    std::string name() const {
+        return std::to_string(m) + " x " + std::to_string(n) + ", " + std::to_string(p);
+    }
+};
+
+// The constraints hold (xGET02 on B, x, d), and the residual's gradient A^H (c - A x) lies in the
+// range of B^H: no step along the constraints is shorter. The end of c tells the residual norm.
+template <class T>
+void checkConstrained(const Constrained& s, const std::vector<Matrix<T>>& before,
+                      const std::vector<Matrix<T>>& after) {
+    const WideMatrix a(before[0]), b(before[1]), c(before[2]), d(before[3]), x(after[4]);
+    if (s.p > 0) {
+        EXPECT_LT(norm1(b * x - d) / (norm1(b) * norm1(x) * epsilon<T>), lseBound);
+    }
+    if (s.m == 0) return;
+    const WideMatrix r = c - a * x, gradient = op('C', a) * r;
+    const double scale = norm1(a) * (norm1(c) + norm1(a) * norm1(x));
+    EXPECT_LT(distanceFromRange(op('C', b), gradient) / (scale * epsilon<T>), lseBound);
+    double told = 0, actual = 0;
+    for (int i = s.n - s.p; i < s.m; ++i) told += std::norm(wide(after[2](i, 0)));
+    for (int i = 0; i < s.m; ++i) actual += std::norm(r(i, 0));
+    EXPECT_NEAR(std::sqrt(told), std::sqrt(actual), 1e-4 * (norm1(c) + norm1(a) * norm1(x)));
+}
+
+template <class T>
+std::unique_ptr<OperandsCall<T>> gglseCall(Constrained s, Matrix<T> a, Matrix<T> b,
+                                           Interface interface, bool shrunk) {
+    const int lda = a.ld, ldb = b.ld;
+    auto run = [=](Interface where, const std::vector<T*>& at) {
+        const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
+        if constexpr (std::is_same_v<RealOf<T>, double>)
+            return lumo::computeFrame<T>(lumo::deviceCall, [&] {
+                lumo::gglse(s.m, s.n, s.p, at[0], lda, at[1], ldb, at[2], at[3], at[4]);
+            });
+        else
+            return (where == Interface::host ? Exports<T>::gglse : Exports<T>::deviceGglse)(
+                s.m, s.n, s.p, exported(at[0]), lda, exported(at[1]), ldb, exported(at[2]),
+                exported(at[3]), exported(at[4]));
+    };
+    auto check = [s](const auto& before, const auto& after) { checkConstrained(s, before, after); };
+    return std::make_unique<OperandsCall<T>>(
+        std::vector<Matrix<T>>{std::move(a), std::move(b), Matrix<T>::random(s.m, 1, 0, 5),
+                               Matrix<T>::random(s.p, 1, 0, 6), blank<T>(s.n)},
+        interface, run, check);
+}
+
+template <class T>
+std::vector<GoodCase> gglseCases(std::initializer_list<Constrained> shapes, bool shrunk) {
+    std::vector<GoodCase> cases;
+    for (Interface interface : interfaces<T>())
+        for (Constrained s : shapes)
+            cases.push_back(
+                {s.name() + (interface == Interface::host ? ", host" : ", device"), [=] {
+                     return gglseCall<T>(s, Matrix<T>::random(s.m, s.n, s.m + 1),
+                                         Matrix<T>::random(s.p, s.n, s.p + 2, 2), interface,
+                                         shrunk);
+                 }});
+    return cases;
+}
+
+template <class T>
+std::vector<ArgumentCase> gglseArguments() {
+    std::vector<ArgumentCase> cases;
+    static T memory[16];
+    for (auto f : {Exports<T>::gglse, Exports<T>::deviceGglse}) {
+        // Letters name the operands that are not null.
+        auto call = [=](int m, int n, int p, int lda, int ldb, std::string has) {
+            auto at = [=](char which) {
+                return exported(has.find(which) == has.npos ? nullptr : memory);
+            };
+            return
+                [=] { return f(m, n, p, at('a'), lda, at('b'), ldb, at('c'), at('d'), at('x')); };
+        };
+        cases.insert(cases.end(), {{"m", call(-1, -1, -1, 0, 0, ""), -1},
+                                   {"n below 0", call(2, -1, 0, 0, 0, ""), -3},
+                                   {"p above n", call(2, 2, 3, 0, 0, ""), -3},
+                                   {"p below 0", call(2, 2, -1, 0, 0, ""), -3},
+                                   {"n above m + p", call(2, 4, 1, 0, 0, ""), -3},
+                                   {"lda", call(2, 3, 1, 1, 0, ""), -5},
+                                   {"ldb", call(2, 3, 2, 2, 1, ""), -7},
+                                   {"a", call(2, 3, 1, 2, 1, ""), -4},
+                                   {"b", call(2, 3, 1, 2, 1, "a"), -6},
+                                   {"c", call(2, 3, 1, 2, 1, "ab"), -8},
+                                   {"d", call(2, 3, 1, 2, 1, "abc"), -9},
+                                   {"x", call(2, 3, 1, 2, 1, "abcd"), -10},
+                                   {"x without constraints", call(2, 2, 0, 2, 1, "ac"), -10},
+                                   {"no unknowns", call(2, 0, 0, 2, 1, ""), 0}});
+    }
+    return cases;
+}
+
+// A zero row of B makes T12 singular, a zero column of (A; B) R11.
+template <class T>
+std::vector<FailingCase> gglseFailing() {
+    std::vector<FailingCase> cases;
+    for (int info : {1, 2})
+        cases.push_back({"rank, info " + std::to_string(info), [=] {
+                             auto a = Matrix<T>::random(12, 9), b = Matrix<T>::random(6, 9, 0, 2);
+                             for (int j = 0; j < 9; ++j)
+                                 if (info == 1) b(3, j) = T(0);
+                             for (int i = 0; i < 12 && info == 2; ++i) {
+                                 a(i, 0) = T(0);
+                                 if (i < 6) b(i, 0) = T(0);
+                             }
+                             auto call = gglseCall<T>({12, 9, 6}, a, b, interfaces<T>()[0], true);
+                             EXPECT_EQ(lumoDataError, call->run());
+                             EXPECT_EQ(info, lumoGetErrorInfo());
+                         }});
+    return cases;
+}
+
+template <class T>
+bool registerLeastSquares(const std::string& letter) {
+    constexpr bool isDouble = std::is_same_v<RealOf<T>, double>;
+    std::vector<ArgumentCase> gelsErrors, gglseErrors;
+    if constexpr (!isDouble) {
+        gelsErrors = gelsArguments<T>();
+        gglseErrors = gglseArguments<T>();
+    }
+    auto gels = gelsCases<T>({{1, 1},
+                              {6, 1},
+                              {1, 6},
+                              {4, 4},
+                              {9, 9},
+                              {30, 5},
+                              {5, 30},
+                              {17, 13},
+                              {13, 17},
+                              {0, 3},
+                              {3, 0}},
+                             {1, 3}, true);
+    for (auto& c : gelsCases<T>({{220, 110}, {110, 220}}, {2}, false)) gels.push_back(std::move(c));
+    registerRoutine({letter + "gels", std::move(gels), gelsErrors, gelsFailing<T>(),
+                     gelsCases<T>({{9, 6}, {6, 9}}, {2}, true), isDouble, shrinkPanels<T>});
+
+    // No constraints, nothing but constraints, both, fewer equations than unknowns, the fewest
+    // that there may be.
+    auto gglse = gglseCases<T>({{1, 1, 0},
+                                {9, 6, 0},
+                                {6, 6, 6},
+                                {0, 5, 5},
+                                {9, 9, 9},
+                                {20, 12, 5},
+                                {12, 9, 6},
+                                {9, 12, 5},
+                                {7, 12, 5},
+                                {30, 4, 2},
+                                {10, 20, 15}},
+                               true);
+    for (auto& c : gglseCases<T>({{250, 210, 100}, {130, 220, 140}}, false))
+        gglse.push_back(std::move(c));
+    return registerRoutine({letter + "gglse", std::move(gglse), gglseErrors, gglseFailing<T>(),
+                            gglseCases<T>({{9, 6, 5}, {5, 8, 4}}, true), isDouble, shrinkPanels<T>,
+                            true});
+}
+
+const bool registered =
+    registerLeastSquares<float>("S") && registerLeastSquares<Complex<float>>("C") &&
+    registerLeastSquares<double>("D") && registerLeastSquares<Complex<double>>("Z");
+
+// --- Memory ---------------------------------------------------------------------------------
+
+// The most device memory that a device routine takes beside its operands is what lumo.h says, up
+// to the rounding of each of its workspaces to pages and to the pool's reuse of larger ones.
+class PeakMemory : public OnSoftwareDevice {
+  protected:
+    template <class Run>
+    void expectElements(std::size_t elements, Run run) {
+        lumoFreeBuffers();
+        software::resetPeak();
+        const std::size_t before = software::usage().deviceBytes;
+        ASSERT_EQ(lumoNoError, run());
+        const std::size_t most = software::usage().devicePeak - before;
+        EXPECT_LE(most, elements * sizeof(float) + 8 * 4096);
+        EXPECT_GE(most, elements * sizeof(float) / 2) << "the contract promises too little";
+    }
+};
+
+TEST_F(PeakMemory, IsAsTold) {
+    const std::size_t nb = 96, m = 1000, n = 500, p = 200;
+    OnDevice<float> a(Matrix<float>::random(m, n)), b(Matrix<float>::random(m, 3)),
+        tau(blank<float>(n));
+    expectElements(2 * nb * nb + nb * (m + n),
+                   [&] { return lumoDeviceSgeqrf(m, n, a.data(), m, tau.data()); });
+    expectElements(0, [&] { return lumoDeviceSgeqrf(m, nb, a.data(), m, tau.data()); });
+    expectElements(n + 2 * nb * nb + nb * (m + n + 3),
+                   [&] { return lumoDeviceSgels('N', m, n, 3, a.data(), m, b.data(), m); });
+    OnDevice<float> constraints(Matrix<float>::random(p, n, 0, 2)), c(Matrix<float>::random(m, 1)),
+        d(Matrix<float>::random(p, 1)), x(blank<float>(n));
+    expectElements(p + n + 2 * nb * nb + nb * (m + n + p), [&] {
+        return lumoDeviceSgglse(m, n, p, a.data(), m, constraints.data(), p, c.data(), d.data(),
+                                x.data());
+    });
+}
+
+}  // namespace
+}  // namespace test

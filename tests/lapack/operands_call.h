@@ -1,0 +1,92 @@
+// A call of a routine whose operands are all matrices of one element type, by any interface.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "lapack/harness.h"
+#include "lumo.h"
+#include "residuals.h"
+#include "support/matrix.h"
+
+namespace test {
+
+enum class Interface { host, device };
+
+// The interfaces a LAPACK routine of a type is reached by; in double precision it is internal.
+template <class T>
+std::vector<Interface> interfaces() {
+    if constexpr (std::is_same_v<RealOf<T>, double>)
+        return {Interface::device};
+    else
+        return {Interface::host, Interface::device};
+}
+
+inline float* exported(float* p) {
+    return p;
+}
+inline lumoFloatComplex* exported(lumo::Complex<float>* p) {
+    return reinterpret_cast<lumoFloatComplex*>(p);
+}
+
+// A vector of `count` elements that nothing has been written to.
+template <class T>
+Matrix<T> blank(int m, int n = 1, int ld = 0) {
+    Matrix<T> a(m, n, ld);
+    std::fill(a.data.begin(), a.data.end(), Matrix<T>::mark());
+    return a;
+}
+
+template <class T>
+class OperandsCall : public Call {
+  public:
+    using Operands = std::vector<Matrix<T>>;
+    using Run = std::function<lumoStatus(Interface, const std::vector<T*>&)>;
+    // Looks at the operands before and after.
+    using Check = std::function<void(const Operands&, const Operands&)>;
+
+    OperandsCall(Operands operands, Interface interface, Run run, Check check)
+        : before_(std::move(operands)),
+          after_(before_),
+          interface_(interface),
+          run_(std::move(run)),
+          check_(std::move(check)) {
+        for (Matrix<T>& a : after_) {
+            if (interface == Interface::device)
+                onDevice_.push_back(std::make_unique<OnDevice<T>>(a));
+            pointers_.push_back(interface == Interface::device ? onDevice_.back()->data()
+                                                               : a.data.data());
+        }
+    }
+
+    lumoStatus run() override { return run_(interface_, pointers_); }
+    void checkResult() override {
+        fetch();
+        check_(before_, after_);
+        for (const Matrix<T>& a : after_) EXPECT_TRUE(a.paddingUntouched());
+    }
+    bool untouched() override {
+        fetch();
+        return after_ == before_;
+    }
+    const Operands& results() {
+        fetch();
+        return after_;
+    }
+
+  private:
+    void fetch() {
+        for (std::size_t i = 0; i < onDevice_.size(); ++i) after_[i] = onDevice_[i]->download();
+    }
+
+    const Operands before_;
+    Operands after_;
+    Interface interface_;
+    Run run_;
+    Check check_;
+    std::vector<std::unique_ptr<OnDevice<T>>> onDevice_;
+    std::vector<T*> pointers_;
+};
+
+}  // namespace test

@@ -1,0 +1,290 @@
+// QR, LQ and RQ factorisations, and what is made of their reflectors.
+#include <cstring>
+
+#include "lapack/apply_q.h"
+#include "lapack/frame.h"
+#include "lapack/generate_q.h"
+#include "lapack/geqrf.h"
+#include "lapack/operands_call.h"
+#include "lapack/orthogonal.h"
+#include "lapack/orthogonal_factorization.h"
+
+extern "C" void zgeqrf_(const int*, const int*, void*, const int*, void*, void*, const int*, int*);
+
+namespace test {
+namespace {
+
+using lumo::Complex;
+using lumo::Reflectors;
+
+template <class T>
+struct QrExports;
+template <>
+struct QrExports<float> {
+    static constexpr auto host = lumoSgeqrf, device = lumoDeviceSgeqrf;
+};
+template <>
+struct QrExports<Complex<float>> {
+    static constexpr auto host = lumoCgeqrf, device = lumoDeviceCgeqrf;
+};
+
+// Each diagonal element of R has the sign that LAPACK gives it.
+template <class T>
+void expectSignsOfLapack(const Matrix<T>& a, const Matrix<T>& factors) {
+    WideMatrix reference(a);
+    std::vector<Wide> tau(std::min(a.m, a.n)), work(64 * a.n);
+    int info = 0, size = int(work.size());
+    zgeqrf_(&a.m, &a.n, reference.data.data(), &a.m, tau.data(), work.data(), &size, &info);
+    // The last of a square matrix has no reflector that leaves its sign alone.
+    for (int i = 0; i < int(tau.size()) && i < a.m - 1; ++i)
+        EXPECT_GT((reference(i, i) * wide(factors(i, i))).real(), 0) << "diagonal element " << i;
+}
+
+template <class T>
+std::unique_ptr<Call> geqrfCall(Matrix<T> a, Interface interface, bool shrunk) {
+    const int m = a.m, n = a.n, lda = a.ld;
+    auto run = [=](Interface where, const std::vector<T*>& at) {
+        const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
+        if constexpr (std::is_same_v<RealOf<T>, double>)
+            return lumo::computeFrame<T>(lumo::deviceCall,
+                                         [&] { lumo::geqrf(m, n, at[0], lda, at[1]); });
+        else
+            return (where == Interface::host ? QrExports<T>::host : QrExports<T>::device)(
+                m, n, exported(at[0]), lda, exported(at[1]));
+    };
+    auto check = [](const auto& before, const auto& after) {
+        EXPECT_LT(factorizationResidual(Reflectors::ofQr, before[0], after[0], after[1]), qrBound);
+        expectSignsOfLapack(before[0], after[0]);
+    };
+    const int k = std::min(m, n);
+    return std::make_unique<OperandsCall<T>>(std::vector<Matrix<T>>{std::move(a), blank<T>(k)},
+                                             interface, run, check);
+}
+
+template <class T>
+std::vector<GoodCase> goodCases(std::initializer_list<std::pair<int, int>> shapes, bool shrunk) {
+    std::vector<GoodCase> cases;
+    for (Interface interface : interfaces<T>())
+        for (auto [m, n] : shapes)
+            cases.push_back({std::to_string(m) + " x " + std::to_string(n) +
+                                 (interface == Interface::host ? ", host" : ", device"),
+                             [=, m = m, n = n] {
+                                 return geqrfCall<T>(Matrix<T>::random(m, n, m + 3), interface,
+                                                     shrunk);
+                             }});
+    return cases;
+}
+
+template <class T>
+std::vector<ArgumentCase> argumentCases() {
+    std::vector<ArgumentCase> cases;
+    if constexpr (std::is_same_v<RealOf<T>, float>) {
+        static T a[4], tau[2];
+        for (auto f : {QrExports<T>::host, QrExports<T>::device}) {
+            auto call = [=](int m, int n, bool hasA, int lda, bool hasTau) {
+                return [=] {
+                    return f(m, n, exported(hasA ? a : nullptr), lda,
+                             exported(hasTau ? tau : nullptr));
+                };
+            };
+            cases.insert(cases.end(), {{"m", call(-1, -1, false, 0, false), -1},
+                                       {"n", call(2, -1, false, 0, false), -2},
+                                       {"lda", call(2, 2, false, 1, false), -4},
+                                       {"lda of no rows", call(0, 2, false, 0, false), -4},
+                                       {"a", call(2, 2, false, 2, false), -3},
+                                       {"tau", call(2, 2, true, 2, false), -5},
+                                       {"tau of a row", call(1, 2, true, 1, false), -5},
+                                       {"no rows", call(0, 2, false, 1, false), 0},
+                                       {"no columns", call(2, 0, false, 2, false), 0}});
+        }
+    }
+    return cases;
+}
+
+template <class T>
+std::vector<FailingCase> failingCases() {
+    return {{"not a number in, not a number out", [] {
+                 auto a = Matrix<T>::random(13, 11);
+                 a(6, 2) = scalar<T>(std::nan(""));
+                 OperandsCall<T> call(
+                     {a, blank<T>(11)}, Interface::device,
+                     [](Interface, const std::vector<T*>& at) {
+                         return lumo::computeFrame<T>(
+                             lumo::deviceCall, [&] { lumo::geqrf(13, 11, at[0], 13, at[1]); });
+                     },
+                     nullptr);
+                 EXPECT_EQ(lumoNoError, call.run());
+                 EXPECT_TRUE(std::isnan(wide(call.results()[0](10, 10)).real()));
+             }}};
+}
+
+template <class T>
+bool registerQr(const std::string& letter) {
+    // Both sides of every switch with panels of 4, then the panels that users get.
+    auto good = goodCases<T>({{1, 1},
+                              {1, 5},
+                              {5, 1},
+                              {4, 4},
+                              {5, 5},
+                              {7, 7},
+                              {8, 8},
+                              {9, 9},
+                              {30, 4},
+                              {30, 5},
+                              {4, 30},
+                              {5, 30},
+                              {33, 21},
+                              {21, 33}},
+                             true);
+    for (auto& c : goodCases<T>({{96, 96}, {97, 97}, {130, 191}, {300, 193}}, false))
+        good.push_back(std::move(c));
+    return registerRoutine({letter + "geqrf", std::move(good), argumentCases<T>(),
+                            failingCases<T>(),
+                            goodCases<T>({{4, 4}, {9, 9}, {13, 6}, {6, 13}}, true),
+                            std::is_same_v<RealOf<T>, double>, shrinkPanels<T>});
+}
+
+const bool registered = registerQr<float>("S") && registerQr<Complex<float>>("C") &&
+                        registerQr<double>("D") && registerQr<Complex<double>>("Z");
+
+// A 1 x 1 matrix may have null operands as far as the check goes.
+TEST(Qr, NullOperandsOfOneElement) {
+    ASSERT_EQ(lumoNoError, lumoInitialize());
+    float one = 1;
+    for (auto f : {lumoSgeqrf, lumoDeviceSgeqrf}) {
+        EXPECT_EQ(lumoRuntimeError, f(1, 1, nullptr, 1, &one));
+        EXPECT_EQ(cudaErrorInvalidValue, lumoGetErrorInfo());
+    }
+    EXPECT_EQ(lumoRuntimeError, lumoSgeqrf(1, 1, &one, 1, nullptr));
+    lumoShutdown();
+}
+
+// --- Reflectors of all three factorisations ---------------------------------------------------
+
+constexpr Reflectors kinds[] = {Reflectors::ofQr, Reflectors::ofLq, Reflectors::ofRq};
+
+template <class T>
+class ReflectorTest : public OnMachine {
+  protected:
+    struct Factors {
+        Matrix<T> a, f, tau;
+        WideMatrix q;
+    };
+
+    Factors factorize(Reflectors kind, int m, int n) {
+        const auto a = Matrix<T>::random(m, n, m + 2, 7);
+        OnDevice<T> f(a), tau(blank<T>(std::min(m, n)));
+        auto routine = kind == Reflectors::ofQr   ? lumo::factorizeQr<T>
+                       : kind == Reflectors::ofLq ? lumo::factorizeLq<T>
+                                                  : lumo::factorizeRq<T>;
+        routine(m, n, f.data(), f.ld(), tau.data());
+        Factors result{a, f.download(), tau.download(), {0, 0}};
+        result.q = qOf(kind, result.f, result.tau);
+        EXPECT_TRUE(result.f.paddingUntouched());
+        return result;
+    }
+
+    const std::shared_ptr<void> blocks_ = shrinkPanels<T>();
+};
+TYPED_TEST_SUITE(ReflectorTest, ElementTypes);
+
+TYPED_TEST(ReflectorTest, Factorizations) {
+    for (Reflectors kind : kinds)
+        for (auto [m, n] : {std::pair{3, 9}, {4, 9}, {5, 9}, {8, 20}, {9, 9}, {13, 22}, {11, 6}}) {
+            const auto r = this->factorize(kind, m, n);
+            EXPECT_LT(factorizationResidual(kind, r.a, r.f, r.tau), qrBound)
+                << int(kind) << ": " << m << " x " << n;
+        }
+}
+
+TYPED_TEST(ReflectorTest, ProductsWithQ) {
+    using T = TypeParam;
+    for (Reflectors kind : kinds)
+        for (int k : {1, 4, 5, 11}) {
+            const int order = 14;
+            const auto r = this->factorize(kind, kind == Reflectors::ofQr ? order : k,
+                                           kind == Reflectors::ofQr ? k : order);
+            OnDevice<T> f(r.f), tau(r.tau);
+            auto apply = kind == Reflectors::ofQr   ? lumo::ormqr<T>
+                         : kind == Reflectors::ofLq ? lumo::ormlq<T>
+                                                    : lumo::ormrq<T>;
+            for (char side : {'L', 'R'})
+                for (char trans : {'N', 'C'}) {
+                    const bool left = side == 'L';
+                    const auto c = Matrix<T>::random(left ? order : 3, left ? 3 : order, 17, 5);
+                    OnDevice<T> result(c);
+                    apply(side, trans, c.m, c.n, k, f.data(), f.ld(), tau.data(), result.data(),
+                          c.ld);
+                    const WideMatrix q = op(trans, r.q), wideC(c);
+                    EXPECT_LT(difference(WideMatrix(result.download()),
+                                         left ? q * wideC : wideC * q, norm1(wideC), epsilon<T>),
+                              qrBound)
+                        << int(kind) << side << trans << k;
+                    EXPECT_TRUE(result.download().paddingUntouched());
+                }
+            EXPECT_TRUE(f.download() == r.f) << "the reflectors are as they were";
+        }
+}
+
+TYPED_TEST(ReflectorTest, GeneratedQ) {
+    using T = TypeParam;
+    for (Reflectors kind : {Reflectors::ofQr, Reflectors::ofLq})
+        for (auto [lines, k] :
+             {std::pair{0, 0}, {3, 0}, {1, 1}, {4, 4}, {9, 9}, {12, 5}, {14, 8}}) {
+            const bool columns = kind == Reflectors::ofQr;
+            const int length = 14, m = columns ? length : lines, n = columns ? lines : length;
+            const auto r = this->factorize(kind, columns ? length : k, columns ? k : length);
+            auto a = blank<T>(m, n, m + 1);  // reflectors in its first lines, anything beside
+            for (int j = 0; j < (columns ? k : n); ++j)
+                for (int i = 0; i < (columns ? m : k); ++i) a(i, j) = r.f(i, j);
+            OnDevice<T> q(a), tau(r.tau);
+            (columns ? lumo::orgqr<T> : lumo::orglq<T>)(m, n, k, q.data(), a.ld, tau.data());
+            const auto result = q.download();
+            EXPECT_TRUE(result.paddingUntouched());
+            WideMatrix expected(m, n);
+            for (int j = 0; j < n; ++j)
+                for (int i = 0; i < m; ++i) expected(i, j) = r.q(i, j);
+            EXPECT_LT(difference(WideMatrix(result), expected, 1, epsilon<T>), qrBound)
+                << int(kind) << " " << lines << " " << k;
+        }
+}
+
+// --- What the trace tells ---------------------------------------------------------------------
+
+class QrPaths : public OnSoftwareDevice {
+  protected:
+    const std::shared_ptr<void> blocks_ = shrinkPanels<float>();
+};
+
+// One panel a step goes down and up, the next one while the rest is updated, and the last block in
+// one piece; nothing else leaves the device but the scalar factors.
+TEST_F(QrPaths, PanelsOnTheCpuProductsOnTheDevice) {
+    OnDevice<float> a(Matrix<float>::random(30, 20, 33)), tau(blank<float>(20));
+    software::startTrace();
+    ASSERT_EQ(lumoNoError, lumoDeviceSgeqrf(30, 20, a.data(), 33, tau.data()));
+    const auto trace = software::stopTrace();
+    EXPECT_EQ(4, count(trace, "cudaMemcpy2DAsync"));  // panels down
+    EXPECT_EQ(3 * 5 + 3, count(trace, "cublasSgemm"));
+    EXPECT_EQ(1, count(trace, "cudaStreamCreate"));
+    std::size_t down = 0;
+    for (const auto& call : trace)
+        if (call.name.rfind("cudaMemcpy2D", 0) == 0 && call.name != "cudaMemcpy2DAsync" &&
+            call.arguments.back() == "2")
+            down += std::stoul(call.arguments[4]) * std::stoul(call.arguments[5]);
+    EXPECT_EQ(14u * 4 * sizeof(float), down) << "the tail alone";
+}
+
+TEST_F(QrPaths, WithoutOverlapThereIsNoStream) {
+    auto plain = machine();
+    plain.devices[0].deviceOverlap = false;
+    start(plain);
+    OnDevice<float> a(Matrix<float>::random(30, 20, 33)), tau(blank<float>(20));
+    software::startTrace();
+    ASSERT_EQ(lumoNoError, lumoDeviceSgeqrf(30, 20, a.data(), 33, tau.data()));
+    const auto trace = software::stopTrace();
+    EXPECT_EQ(0, count(trace, "cudaStreamCreate"));
+    EXPECT_EQ(0, count(trace, "cudaMemcpy2DAsync"));
+}
+
+}  // namespace
+}  // namespace test
