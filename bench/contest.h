@@ -9,6 +9,7 @@
 #include <complex>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <random>
 #include <string>
 #include <utility>
@@ -52,8 +53,12 @@ struct Contest {
 };
 
 template <class Data>
-void run(benchmark::State& state, const Contest<Data>& contest) {
-    Data data(int(state.range(0)));
+using MakeData = std::function<std::unique_ptr<Data>()>;
+
+template <class Data>
+void run(benchmark::State& state, const Contest<Data>& contest, const MakeData<Data>& make) {
+    const std::unique_ptr<Data> owner = make();
+    Data& data = *owner;
     auto seconds = [&](const std::function<int(Data&)>& call) {
         data.restore();
         const auto start = std::chrono::steady_clock::now();
@@ -80,15 +85,23 @@ void run(benchmark::State& state, const Contest<Data>& contest) {
 // Orders and how often each is run.
 using Rounds = std::vector<std::pair<int, int>>;
 
+// One case, on data that are made when it runs.
+template <class Data>
+void add(const Contest<Data>& contest, const std::string& shape, int repetitions,
+         const MakeData<Data>& make) {
+    benchmark::RegisterBenchmark((contest.name + "/" + shape).c_str(),
+                                 [=](benchmark::State& state) { run(state, contest, make); })
+        ->Iterations(repetitions)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+// A case for each order.
 template <class Data>
 void add(const Contest<Data>& contest, const Rounds& rounds) {
     for (auto [n, repetitions] : rounds)
-        benchmark::RegisterBenchmark(contest.name.c_str(),
-                                     [contest](benchmark::State& state) { run(state, contest); })
-            ->Arg(n)
-            ->Iterations(repetitions)
-            ->UseManualTime()
-            ->Unit(benchmark::kMillisecond);
+        add<Data>(contest, std::to_string(n), repetitions,
+                  [n = n] { return std::make_unique<Data>(n); });
 }
 
 inline int runAll(int argc, char** argv) {

@@ -2,7 +2,8 @@
 # packages. It holds the library and its plugin, the command, the examples, the numerical tests,
 # the benchmarks, and the run-time libraries that they need.
 set(programs lumo-command example_plate example_cylinder)
-foreach(program test_kernels test_lapack test_blas bench_lapack bench_blas)
+foreach(program test_kernels test_lapack test_blas bench_lapack
+        bench_least_squares bench_blas)
     if(TARGET ${program})
         list(APPEND programs ${program})
     endif()

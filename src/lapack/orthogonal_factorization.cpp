@@ -25,37 +25,43 @@ class Factorization {
         : kind_(kind), m_(m), n_(n), a_(a), lda_(lda), k_(std::min(m, n)), deviceTau_(tau) {}
 
     void run() {
-        nb_ = geqrfTuning<T>.current();
-        if (k_ <= nb_) {
+        const int nb = geqrfTuning<T>.current();
+        nb_ = std::min(nb, k_);
+        const int inPanels = columns() ? k_ - nb : k_;
+        if (inPanels < 1) {
             tau_.emplace(deviceTau_, k_, HostTau<T>::writesBack);
             return unblocked(0);
         }
-        std::vector<T> hostT(std::size_t(nb_) * std::size_t(nb_), T(0));
-        PanelTransfer<T> panel(unsigned(columns() ? m_ : nb_),
-                               unsigned(columns() ? nb_ : n_ + cpu::spareColumns), copiesOverlap());
-        BlockReflector<T> reflector(kind_, nb_);
-        const std::size_t across = std::size_t(columns() ? m_ : n_);
-        const std::size_t along = std::size_t(columns() ? n_ : m_);
-        cudalib::Workspace<T> w(std::size_t(nb_) * across), y(std::size_t(nb_) * along);
+        const std::size_t length = std::size_t(columns() ? m_ : n_);
+        const int lines = columns() ? n_ : m_;
+        // One panel of all lines leaves nothing to update.
+        const int updated = lines > nb_ ? lines : 0, width = updated ? nb_ : 0;
+        hostT_.resize(std::size_t(nb_) * std::size_t(nb_));
+        PanelTransfer<T> panel(unsigned(columns() ? m_ : nb_), unsigned(columns() ? nb_ : n_),
+                               copiesOverlap());
+        BlockReflector<T> reflector(kind_, width);
+        cudalib::Workspace<T> w(std::size_t(width) * length),
+            y(std::size_t(width) * std::size_t(updated));
         tau_.emplace(deviceTau_, k_, HostTau<T>::writesBack);
 
         int done = 0;
-        download(panel, 0);
-        for (; done < k_ - nb_; done += nb_) {
+        download(panel, done);
+        for (; done < inPanels; done += nb_) {
             const Panel p = at(done);
             panel.wait();
-            factorizePanel(panel.host(), p, hostT.data());
+            factorizePanel(panel.host(), p);
             sendPanel(panel.host(), p);
-            sendFactor(hostT.data(), reflector);
-            reflector.expose(p.start, lda_, p.order, nb_);
-            const int next = std::min(p.left, nb_);
+            if (p.left <= 0) continue;
+            sendFactor(reflector, p.count);
+            reflector.expose(p.start, lda_, p.order, p.count);
             formW(p, reflector, w.data());
+            const int next = std::min(p.left, nb_);
             update(p, 0, next, w.data(), y.data());
-            if (done + nb_ < k_ - nb_) download(panel, done + nb_);
+            if (done + nb_ < inPanels) download(panel, done + nb_);
             update(p, next, p.left - next, w.data(), y.data());
             reflector.restore();
         }
-        unblocked(done);
+        if (done < k_) unblocked(done);
     }
 
   private:
@@ -63,63 +69,32 @@ class Factorization {
 
     // The panel that follows `done` reflectors.
     struct Panel {
-        T* start;  // its first element
-        int rows, columns;
+        T* start;   // its first element
+        int count;  // its lines and reflectors
         int order;  // of its reflectors
         int left;   // lines after it
         int firstTau;
+        int rows, columns;  // its shape in A
     };
 
     bool columns() const { return kind_ == Reflectors::ofQr; }
+    bool backward() const { return kind_ == Reflectors::ofRq; }
     T* element(int i, int j) const { return a_ + std::size_t(j) * std::size_t(lda_) + i; }
     static std::size_t bytes(int elements) { return std::size_t(elements) * sizeof(T); }
 
     Panel at(int done) const {
-        switch (kind_) {
-            case Reflectors::ofQr:
-                return {element(done, done), m_ - done, nb_, m_ - done, n_ - done - nb_, done};
-            case Reflectors::ofLq:
-                return {element(done, done), nb_, n_ - done, n_ - done, m_ - done - nb_, done};
-            default:
-                return {element(m_ - done - nb_, 0),
-                        nb_,
-                        n_ - done,
-                        n_ - done,
-                        m_ - done - nb_,
-                        k_ - done - nb_};
-        }
+        const int count = std::min(nb_, k_ - done), below = m_ - done, beside = n_ - done;
+        if (columns())
+            return {element(done, done), count, below, beside - count, done, below, count};
+        const int left = below - count;
+        if (backward())
+            return {element(left, 0), count, beside, left, k_ - done - count, count, beside};
+        return {element(done, done), count, beside, left, done, count, beside};
     }
 
     void download(PanelTransfer<T>& panel, int done) {
         const Panel p = at(done);
         panel.startDownload(p.start, lda_, p.rows, p.columns);
-    }
-
-    // The panel's factorisation and its T. QR applies H^H to the left of A: what the device gets is
-    // T^H, transposed here and conjugated there.
-    void factorizePanel(T* panel, const Panel& p, T* t) {
-        T* const tau = tau_->data() + p.firstTau;
-        factorize(p.rows, p.columns, panel, p.rows, tau);
-        const bool backward = kind_ == Reflectors::ofRq;
-        cpu::larft(backward ? 'B' : 'F', columns() ? 'C' : 'R', p.order, nb_, panel, p.rows, tau, t,
-                   nb_);
-        if (!columns()) return;
-        for (int c = 1; c < nb_; ++c)
-            for (int r = 0; r < c; ++r) {
-                t[r * nb_ + c] = t[c * nb_ + r];
-                t[c * nb_ + r] = zero;
-            }
-    }
-
-    void factorize(int rows, int cols, T* a, int lda, T* tau) {
-        switch (kind_) {
-            case Reflectors::ofQr:
-                return cpu::geqrf(rows, cols, a, lda, tau);
-            case Reflectors::ofLq:
-                return cpu::gelqf(rows, cols, a, lda, tau);
-            default:
-                return cpu::gerqf(rows, cols, a, lda, tau);
-        }
     }
 
     void sendPanel(const T* host, const Panel& p) {
@@ -128,48 +103,96 @@ class Factorization {
                                                 cudaMemcpyHostToDevice));
     }
 
-    void sendFactor(const T* t, BlockReflector<T>& reflector) {
-        cudalib::checkCudaError(
-            cudaMemcpy(reflector.t(), t, bytes(nb_) * std::size_t(nb_), cudaMemcpyHostToDevice));
-        if constexpr (isComplex<T>)
-            if (columns()) conjugateMatrix(nb_, nb_, reflector.t(), nb_);
-    }
-
-    // QR: W = T^H V^H, nb x order. LQ and RQ, which apply H to the right: W = V T, order x nb.
-    void formW(const Panel& p, const BlockReflector<T>& reflector, T* w) {
-        if (columns())
-            gemm('N', isComplex<T> ? 'C' : 'T', nb_, p.order, nb_, one, reflector.t(), nb_, p.start,
-                 lda_, zero, w, nb_);
-        else
-            gemm(isComplex<T> ? 'C' : 'T', 'N', p.order, nb_, nb_, one, p.start, lda_,
-                 reflector.t(), nb_, zero, w, p.order);
-    }
-
-    // `count` of the lines after the panel, from the `first` on.
-    void update(const Panel& p, int first, int count, const T* w, T* y) {
-        if (count <= 0) return;
+    // The panel's factors, tau and T. The LQ factors of a matrix are the adjoints of the QR factors
+    // of its adjoint, with the same tau and T; if its lines and their elements are reversed, those
+    // are the RQ factors, with reversed tau and T.
+    void factorizePanel(T* panel, const Panel& p) {
+        T* const tau = tau_->data() + p.firstTau;
+        T* const t = hostT_.data();
+        const int count = p.count;
+        std::fill(hostT_.begin(), hostT_.end(), zero);
         if (columns()) {
-            T* const c = p.start + std::size_t(nb_ + first) * std::size_t(lda_);
-            gemm('N', 'N', nb_, count, p.order, one, w, nb_, c, lda_, zero, y, nb_);
-            gemm('N', 'N', p.order, count, nb_, minusOne, p.start, lda_, y, nb_, one, c, lda_);
+            cpu::geqrt3(p.order, count, panel, p.order, t, count);
         } else {
-            T* const c =
-                kind_ == Reflectors::ofLq ? p.start + nb_ + first : p.start - (first + count);
-            gemm('N', 'N', count, nb_, p.order, one, c, lda_, w, p.order, zero, y, count);
-            gemm('N', 'N', count, p.order, nb_, minusOne, y, count, p.start, lda_, one, c, lda_);
+            adjoint_.resize(std::size_t(p.order) * std::size_t(count));
+            exchangeAdjoint(panel, p, false);
+            cpu::geqrt3(p.order, count, adjoint_.data(), p.order, t, count);
+            exchangeAdjoint(panel, p, true);
+            if (backward()) std::reverse(t, t + count * count);
+        }
+        for (int i = 0; i < count; ++i) tau[i] = t[i * count + i];
+        // QR applies H^H to the left of A: what the device gets is T^H, transposed here and
+        // conjugated there.
+        if (!columns()) return;
+        for (int c = 1; c < count; ++c)
+            for (int r = 0; r < c; ++r) {
+                t[r * count + c] = t[c * count + r];
+                t[c * count + r] = zero;
+            }
+    }
+
+    // Between a panel of rows and its adjoint, by tiles that the cache holds.
+    void exchangeAdjoint(T* panel, const Panel& p, bool back) {
+        constexpr int tile = 16;
+        for (int j0 = 0; j0 < p.order; j0 += tile)
+            for (int i = 0; i < p.count; ++i)
+                for (int j = j0; j < std::min(p.order, j0 + tile); ++j) {
+                    const int line = backward() ? p.count - 1 - i : i;
+                    const int position = backward() ? p.order - 1 - j : j;
+                    T& there = adjoint_[std::size_t(line) * std::size_t(p.order) + position];
+                    T& here = panel[std::size_t(j) * std::size_t(p.count) + i];
+                    if (back)
+                        here = conjugate(there);
+                    else
+                        there = conjugate(here);
+                }
+    }
+
+    void sendFactor(BlockReflector<T>& reflector, int count) {
+        cudalib::checkCudaError(cudaMemcpy(reflector.t(), hostT_.data(),
+                                           bytes(count) * std::size_t(count),
+                                           cudaMemcpyHostToDevice));
+        if constexpr (isComplex<T>)
+            if (columns()) conjugateMatrix(count, count, reflector.t(), count);
+    }
+
+    // QR: W = T^H V^H, count x order. LQ and RQ, which apply H to the right: W = V T, order x
+    // count.
+    void formW(const Panel& p, const BlockReflector<T>& reflector, T* w) {
+        constexpr char adjoint = isComplex<T> ? 'C' : 'T';
+        if (columns())
+            gemm('N', adjoint, p.count, p.order, p.count, one, reflector.t(), p.count, p.start,
+                 lda_, zero, w, p.count);
+        else
+            gemm(adjoint, 'N', p.order, p.count, p.count, one, p.start, lda_, reflector.t(),
+                 p.count, zero, w, p.order);
+    }
+
+    // `lines` of the lines after the panel, from the `first` on.
+    void update(const Panel& p, int first, int lines, const T* w, T* y) {
+        if (lines <= 0) return;
+        if (columns()) {
+            T* const c = p.start + std::size_t(p.count + first) * std::size_t(lda_);
+            gemm('N', 'N', p.count, lines, p.order, one, w, p.count, c, lda_, zero, y, p.count);
+            gemm('N', 'N', p.order, lines, p.count, minusOne, p.start, lda_, y, p.count, one, c,
+                 lda_);
+        } else {
+            T* const c = backward() ? p.start - (first + lines) : p.start + p.count + first;
+            gemm('N', 'N', lines, p.count, p.order, one, c, lda_, w, p.order, zero, y, lines);
+            gemm('N', 'N', lines, p.order, p.count, minusOne, y, lines, p.start, lda_, one, c,
+                 lda_);
         }
     }
 
-    // What is left after `done` reflectors: the end of A (QR, LQ) or its beginning (RQ).
+    // QR of what is left after `done` columns.
     void unblocked(int done) {
         const int rows = m_ - done, cols = n_ - done;
-        const bool backward = kind_ == Reflectors::ofRq;
-        T* const rest = backward ? a_ : element(done, done);
-        std::vector<T> host(std::size_t(rows) * std::size_t(cols + cpu::spareColumns), zero);
+        T* const rest = element(done, done);
+        std::vector<T> host(std::size_t(rows) * std::size_t(cols), zero);
         cudalib::checkCudaError(cudalib::copy2D(host.data(), bytes(rows), rest, bytes(lda_),
                                                 bytes(rows), std::size_t(cols),
                                                 cudaMemcpyDeviceToHost));
-        factorize(rows, cols, host.data(), rows, tau_->data() + (backward ? 0 : done));
+        cpu::geqrf(rows, cols, host.data(), rows, tau_->data() + done);
         cudalib::checkCudaError(cudalib::copy2D(rest, bytes(lda_), host.data(), bytes(rows),
                                                 bytes(rows), std::size_t(cols),
                                                 cudaMemcpyHostToDevice));
@@ -182,6 +205,7 @@ class Factorization {
     T* const deviceTau_;
     std::optional<HostTau<T>> tau_;
     int nb_ = 0;
+    std::vector<T> hostT_, adjoint_;
 };
 
 }  // namespace

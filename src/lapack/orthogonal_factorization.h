@@ -8,9 +8,9 @@ namespace lumo {
 // a failure of memory, device or CPU LAPACK. Arguments are the caller's to check.
 //
 // The CPU LAPACK factorises a panel of nb columns (QR) or rows in page-locked memory and forms its
-// triangular factor, while the device updates what lies beyond the next panel; what is left when
-// no more than nb reflectors remain is factorised on the CPU in one piece. Device memory: none up
-// to nb reflectors, else 2 nb^2 + nb (m + n) elements.
+// triangular factor, while the device updates what lies beyond the next panel. QR leaves what
+// remains beside the last nb columns or less to the CPU in one piece. Device memory: none if one
+// panel is all, else 2 nb^2 + nb (m + n) elements.
 template <class T>
 void factorizeQr(int m, int n, T* a, int lda, T* tau);
 template <class T>
