@@ -78,7 +78,7 @@ OnDevice::OnDevice() : ours_(context().device) {
         cudaGetLastError();
         applications_ = ours_;
     }
-    if (applications_ != ours_) cudaSetDevice(ours_);
+    if (applications_ != ours_) reported(cudaSetDevice(ours_));
 }
 
 OnDevice::~OnDevice() {

@@ -6,7 +6,8 @@
 //
 // nvcc makes a device function of it that runs the body on its block. g++ makes its host stub,
 // which is also the handle under which the kernel is registered; its mangled name, equal under
-// both compilers, is the kernel's name.
+// both compilers, is the kernel's name. A table that is indexed at run time is passed as
+// LUMO_GRID_CONSTANT: else a GPU copies it to every thread's local memory.
 #pragma once
 
 #include <array>
@@ -20,9 +21,11 @@
 
 #ifdef __CUDACC__
 #define LUMO_KERNEL __global__
+#define LUMO_GRID_CONSTANT __grid_constant__ const
 #define LUMO_STUB(...) nullptr
 #else
 #define LUMO_KERNEL
+#define LUMO_GRID_CONSTANT const
 #define LUMO_STUB(...) reinterpret_cast<const void*>(&__VA_ARGS__)
 #endif
 
@@ -48,7 +51,7 @@ const char* mangledName() {
 #ifdef __CUDACC__
 
 template <class Body, class... Arguments>
-LUMO_DEVICE void kernel(const void* /*stub*/, Arguments... arguments) {
+LUMO_DEVICE void kernel(const void* /*stub*/, const Arguments&... arguments) {
     Body::run(Body::Block::current(), arguments...);
 }
 

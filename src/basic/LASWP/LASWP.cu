@@ -11,7 +11,7 @@ template <class T>
 struct RowsBody : cudalib::KernelBody<cudalib::Elements, lumo::interchangesPerLaunch> {
     template <class Interchanges>
     LUMO_DEVICE static void run(cudalib::Elements columns, int n, T* a, int lda, int start,
-                                int count, Interchanges piv) {
+                                int count, const Interchanges& piv) {
         constexpr int columnsAhead = 4;  // half to twice as many do as well
         const std::size_t ahead = std::size_t(columnsAhead) * lda;
         columns.each(n, [&](std::size_t j) {
@@ -33,7 +33,7 @@ template <class T>
 struct ColumnsBody : cudalib::KernelBody<cudalib::Elements, lumo::interchangesPerLaunch> {
     template <class Interchanges>
     LUMO_DEVICE static void run(cudalib::Elements rows, int n, T* a, int lda, int start, int count,
-                                Interchanges piv) {
+                                const Interchanges& piv) {
         for (int r = 0; r < count; ++r) {
             if (int(piv.row[r]) == start + r) continue;
             T* one = a + std::size_t(start + r) * lda;
@@ -48,20 +48,24 @@ struct ColumnsBody : cudalib::KernelBody<cudalib::Elements, lumo::interchangesPe
 };
 
 template <class Map, class T>
-LUMO_KERNEL void KernelLASWP(int n, T* a, int lda, int start, int count, swstruct piv) {
+LUMO_KERNEL void KernelLASWP(int n, T* a, int lda, int start, int count,
+                             LUMO_GRID_CONSTANT swstruct piv) {
     cudalib::kernel<RowsBody<T>>(LUMO_STUB(KernelLASWP<Map, T>), n, a, lda, start, count, piv);
 }
 template <class Map, class T>
-LUMO_KERNEL void KernelLASWPWide(int n, T* a, int lda, int start, int count, swstructWide piv) {
+LUMO_KERNEL void KernelLASWPWide(int n, T* a, int lda, int start, int count,
+                                 LUMO_GRID_CONSTANT swstructWide piv) {
     cudalib::kernel<RowsBody<T>>(LUMO_STUB(KernelLASWPWide<Map, T>), n, a, lda, start, count, piv);
 }
 template <class Map, class T>
-LUMO_KERNEL void KernelLASWPCOL(int n, T* a, int lda, int start, int count, swstruct piv) {
+LUMO_KERNEL void KernelLASWPCOL(int n, T* a, int lda, int start, int count,
+                                LUMO_GRID_CONSTANT swstruct piv) {
     cudalib::kernel<ColumnsBody<T>>(LUMO_STUB(KernelLASWPCOL<Map, T>), n, a, lda, start, count,
                                     piv);
 }
 template <class Map, class T>
-LUMO_KERNEL void KernelLASWPCOLWide(int n, T* a, int lda, int start, int count, swstructWide piv) {
+LUMO_KERNEL void KernelLASWPCOLWide(int n, T* a, int lda, int start, int count,
+                                    LUMO_GRID_CONSTANT swstructWide piv) {
     cudalib::kernel<ColumnsBody<T>>(LUMO_STUB(KernelLASWPCOLWide<Map, T>), n, a, lda, start, count,
                                     piv);
 }
