@@ -15,6 +15,13 @@ set(LUMO_KERNEL_UNITS
     src/basic/Set/Set
     src/basic/Subtract/Subtract
     src/basic/Transpose/Transpose
+    src/basic/lar2v/lar2v
+    src/basic/larfg/larfg
+    src/basic/largv/largv
+    src/basic/lartv/lartv
+    src/blas/gemv/gemvt
+    src/blas/symv/symv
+    src/brd/brd/brd
     src/cudalib/Algorithm/Memset)
 list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cpp OUTPUT_VARIABLE LUMO_LAUNCHERS)
 list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cu OUTPUT_VARIABLE LUMO_KERNELS)
@@ -48,9 +55,11 @@ add_library(lumo_objects OBJECT
     src/cudalib/memory_exports.cpp
     src/cudalib/transfer.cpp
     src/cudalib/workspace_pool.cpp
+    src/lapack/gebrd.cpp
     src/lapack/gesv.cpp
     src/lapack/getrf.cpp
     src/lapack/getrs.cpp
+    src/lapack/labrd.cpp
     src/runtime/device_exports.cpp
     src/runtime/devices.cpp
     src/runtime/exceptions.cpp

@@ -25,4 +25,8 @@ struct GetrfTuning {
 template <class T>
 inline GetrfTuning getrfTuning{{32, 96}, 513};
 
+// Columns of a panel of gebrd; the last one is the CPU's.
+template <class T>
+inline BlockSize gebrdBlock{32, 96};
+
 }  // namespace lumo
