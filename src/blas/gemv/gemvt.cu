@@ -3,94 +3,121 @@
 
 using lumo::Complex;
 
-// A block computes 32 dot products with columns of A; a row of lanes has two of the columns, one
-// after the other. x goes through shared memory in chunks of an element a lane, so that its stride
-// counts once a block. Over the first wholeRows rows, a multiple of the chunk, a lane adds
-// `unrolled` products at a time and tests no bounds.
+// So many lanes share a dot product, and so many rows of lanes work on the columns of a block: a
+// warp each on a GPU; on a CPU two vectors, and columns enough to a row that x is read once for
+// several.
+#ifdef __CUDACC__
+constexpr int dotWidth = 32, dotRows = 16;
+#else
+constexpr int dotWidth = 16, dotRows = 8;
+#endif
+
+// A block computes 32 dot products with columns of A. x goes through shared memory in chunks of an
+// element a thread, so that its stride counts once a block. Over the first wholeRows rows, a
+// multiple of the chunk, no bounds are tested.
 template <class T, int teamRows, int unrolled, bool conjugated>
 struct DotProductsBody : cudalib::KernelBody<cudalib::Team<32, teamRows>, 64> {
     using Team = cudalib::Team<32, teamRows>;
-    static constexpr int width = Team::X, columns = 32, columnsPerRow = columns / teamRows;
-    static constexpr int chunk = width * teamRows;
+    static constexpr int width = dotWidth, columns = 32, perRow = columns / dotRows;
+    // Compilers vectorise several sums of complex products badly.
+    static constexpr int together = lumo::isComplex<T> ? 1 : perRow;
+    static constexpr int chunk = Team::X * teamRows;
+
+    // What a row of lanes works on: adjacent columns of A and each lane's sum for each of them.
+    struct Sums {
+        cudalib::LaneValues<Team, T> of[perRow];
+    };
+    using Columns = const T* [perRow];
 
     LUMO_DEVICE static T product(T a, T x) { return (conjugated ? lumo::conjugate(a) : a) * x; }
+
+    // Adds `steps` products to a lane's sums for the columns from k on that are taken together.
+    template <int steps>
+    LUMO_DEVICE static void add(int y, int lane, const Columns& a, int k, int i, const T* x,
+                                Sums& sums) {
+        T sum[together];
+        for (int c = 0; c < together; ++c) sum[c] = product(a[k + c][i + lane], x[i + lane]);
+        for (int step = 1; step < steps; ++step) {
+            const int at = i + step * width + lane;
+            for (int c = 0; c < together; ++c) sum[c] = sum[c] + product(a[k + c][at], x[at]);
+        }
+        for (int c = 0; c < together; ++c) {
+            T& total = sums.of[k + c].at(y, lane);
+            total = total + sum[c];
+        }
+    }
+
+    LUMO_DEVICE static void addChunk(Team team, int y, int count, const Columns& a, const T* x,
+                                     Sums& sums) {
+        for (int k = 0; k < perRow; k += together) {
+            int i = 0;
+            for (; i + width * unrolled <= count; i += width * unrolled)
+                team.lanes(width, [&](int lane) { add<unrolled>(y, lane, a, k, i, x, sums); });
+            for (; i + width <= count; i += width)
+                team.lanes(width, [&](int lane) { add<1>(y, lane, a, k, i, x, sums); });
+            team.lanes(count - i, [&](int lane) { add<1>(y, lane, a, k, i, x, sums); });
+        }
+    }
 
     LUMO_DEVICE static void run(Team team, int m, int n, int wholeRows, T alpha, const T* a,
                                 int lda, T beta, const T* x, int incx, T* y, int incy) {
         LUMO_SHARED T part[chunk];
         LUMO_SHARED T partial[columns][width + 1];
         const long first = team.x() * columns, here = n - first < columns ? n - first : columns;
-        const T* const own = a + std::size_t(first) * std::size_t(lda);
-        cudalib::LaneValues<Team, T> sums[columnsPerRow];
-        // f(y, k, column) for the block's columns: the k-th of lane row y.
-        auto eachColumn = [&](auto f) {
-            team.rows(teamRows, [&](int y) {
-                for (int k = 0; k < columnsPerRow; ++k)
-                    if (y + k * teamRows < here) f(y, k, y + k * teamRows);
+        const int rowsHere = int(here - 1) / perRow + 1;
+        Sums sums;
+        team.rows(rowsHere, [&](int row) {
+            team.lanes(width, [&](int lane) {
+                for (int k = 0; k < perRow; ++k) sums.of[k].at(row, lane) = T(0);
             });
-        };
-        auto load = [&](int from, int count) {
+        });
+        auto addRows = [&](int from, int count) {
             team.barrier();
-            team.rows(teamRows, [&](int y) {
-                team.lanes(count - y * width, [&](int lane) {
-                    const int i = y * width + lane;
+            team.rows(teamRows, [&](int row) {
+                team.lanes(count - row * Team::X, [&](int lane) {
+                    const int i = row * Team::X + lane;
                     part[i] = x[std::size_t(from + i) * std::size_t(incx)];
                 });
             });
             team.barrier();
+            team.rows(rowsHere, [&](int row) {
+                // The last row may have columns to spare: they are the last one once more.
+                Columns own;
+                for (int k = 0; k < perRow; ++k) {
+                    const long column = row * perRow + k;
+                    own[k] = a + from + (first + (column < here ? column : here - 1)) * lda;
+                }
+                addChunk(team, row, count, own, part, sums);
+            });
         };
-
-        eachColumn([&](int y, int k, int) {
-            team.lanes(width, [&](int lane) { sums[k].at(y, lane) = T(0); });
-        });
         if (!(alpha == T(0))) {
-            for (int from = 0; from < wholeRows; from += chunk) {
-                load(from, chunk);
-                eachColumn([&](int y, int k, int column) {
-                    const T* const above = own + std::size_t(column) * std::size_t(lda) + from;
-                    for (int i = 0; i < chunk; i += width * unrolled)
-                        team.lanes(width, [&](int lane) {
-                            T sum = product(above[i + lane], part[i + lane]);
-                            for (int u = 1; u < unrolled; ++u) {
-                                const int at = i + u * width + lane;
-                                sum = sum + product(above[at], part[at]);
-                            }
-                            sums[k].at(y, lane) = sums[k].at(y, lane) + sum;
-                        });
-                });
-            }
-            if (const int rest = m - wholeRows) {
-                load(wholeRows, rest);
-                eachColumn([&](int y, int k, int column) {
-                    const T* const above = own + std::size_t(column) * std::size_t(lda) + wholeRows;
-                    for (int i = 0; i < rest; i += width)
-                        team.lanes(rest - i, [&](int lane) {
-                            T& sum = sums[k].at(y, lane);
-                            sum = sum + product(above[i + lane], part[i + lane]);
-                        });
-                });
-            }
+            for (int from = 0; from < wholeRows; from += chunk) addRows(from, chunk);
+            if (wholeRows < m) addRows(wholeRows, m - wholeRows);
         }
 
-        // From 32 lanes to 4, then the lanes of one row take a column each.
-        constexpr int quarter = width / 8;
-        eachColumn([&](int y, int k, int column) {
-            team.lanes(width, [&](int lane) { partial[column][lane] = sums[k].at(y, lane); });
+        // To four lanes first, then a lane takes a column.
+        constexpr int few = 4;
+        team.rows(rowsHere, [&](int row) {
+            for (int k = 0; k < perRow; ++k)
+                team.lanes(width, [&](int lane) {
+                    partial[row * perRow + k][lane] = sums.of[k].at(row, lane);
+                });
         });
         team.barrier();
-        eachColumn([&](int, int, int column) {
-            team.lanes(quarter, [&](int lane) {
-                T sum = partial[column][lane];
-                for (int i = quarter; i < width; i += quarter)
-                    sum = sum + partial[column][lane + i];
-                partial[column][lane] = sum;
-            });
+        team.rows(rowsHere, [&](int row) {
+            for (int k = 0; k < perRow; ++k)
+                team.lanes(few, [&](int lane) {
+                    T* const from = partial[row * perRow + k];
+                    T sum = from[lane];
+                    for (int i = few; i < width; i += few) sum = sum + from[lane + i];
+                    from[lane] = sum;
+                });
         });
         team.barrier();
         team.rows(1, [&](int) {
             team.lanes(here, [&](int lane) {
                 T sum = partial[lane][0];
-                for (int i = 1; i < quarter; ++i) sum = sum + partial[lane][i];
+                for (int i = 1; i < few; ++i) sum = sum + partial[lane][i];
                 T& result = y[std::size_t(first + lane) * std::size_t(incy)];
                 result = beta == T(0) ? alpha * sum : alpha * sum + beta * result;
             });
