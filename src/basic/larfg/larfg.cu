@@ -34,17 +34,18 @@ template <class T>
 struct ReflectorBody : cudalib::KernelBody<ReflectorTeam, 64> {
     using R = RealOf<T>;
     using Limits = std::numeric_limits<R>;
+    static constexpr R largest = Limits::max();
+    static constexpr R tiny = Limits::min() / Limits::epsilon() * 2;  // LAPACK's safe minimum
+    static constexpr R huge = 1 / tiny;
+    static constexpr R leastSum = tiny / Limits::epsilon();  // lost squares do not change it
 
     LUMO_DEVICE static void run(ReflectorTeam team, int n, T* alphaAt, T* x, int incx, T* tau) {
-        constexpr R tiny = Limits::min() / Limits::epsilon() * 2;  // LAPACK's safe minimum
-        constexpr R huge = 1 / tiny;
-        constexpr R leastSum = tiny / Limits::epsilon();  // what lost squares cannot change
         const std::size_t stride = std::size_t(incx);
 
         T alpha = *alphaAt;
         R sum = sumOfSquares(n - 1, x, stride, R(1));
         R unit = 1, perUnit = 1;  // sum is in units^2
-        if (sum < leastSum || sum > Limits::max()) {
+        if (sum < leastSum || sum > largest) {
             const bool small = sum < leastSum;
             unit = small ? tiny : huge;
             perUnit = small ? huge : tiny;

@@ -36,6 +36,15 @@ constexpr R powerOfTwo(int exponent) {
 }
 
 template <class R>
+struct Scales {
+    using Limits = std::numeric_limits<R>;
+    static constexpr R safeMinimum = Limits::min();
+    // The square root of the safe minimum over the unit roundoff, exponent rounded to zero.
+    static constexpr R tiny = powerOfTwo<R>((Limits::min_exponent - 1 + Limits::digits) / 2);
+    static constexpr R huge = 1 / tiny;
+};
+
+template <class R>
 LUMO_DEVICE R largerPart(Complex<R> z) {
     const R re = magnitude(z.re), im = magnitude(z.im);
     return re > im ? re : im;
@@ -52,12 +61,8 @@ LUMO_DEVICE Complex<R> direction(Complex<R> z) {
 // back.
 template <class R>
 LUMO_DEVICE Rotation<Complex<R>> rotation(Complex<R> f, Complex<R> g) {
-    using Limits = std::numeric_limits<R>;
     using C = Complex<R>;
-    constexpr R safeMinimum = Limits::min();
-    // The square root of the safe minimum over the unit roundoff, exponent rounded to zero.
-    constexpr R tiny = powerOfTwo<R>((Limits::min_exponent - 1 + Limits::digits) / 2);
-    constexpr R huge = 1 / tiny;
+    constexpr R tiny = Scales<R>::tiny, huge = Scales<R>::huge;
     constexpr int mostSteps = 20;
     const C zero(R(0));
 
@@ -80,7 +85,7 @@ LUMO_DEVICE Rotation<Complex<R>> rotation(Complex<R> f, Complex<R> g) {
         }
     }
     const R f2 = lumo::square(fs), g2 = lumo::square(gs);
-    if (f2 <= (g2 > 1 ? g2 : R(1)) * safeMinimum) {  // f is very small beside g
+    if (f2 <= (g2 > 1 ? g2 : R(1)) * Scales<R>::safeMinimum) {  // f is very small beside g
         if (f == zero) return {R(0), conjugate(direction(gs)), C(lumo::length(g.re, g.im))};
         const R c = lumo::length(fs.re, fs.im) / std::sqrt(g2);
         const C ff = largerPart(f) > 1 ? direction(f) : direction(huge * f);
