@@ -1,6 +1,7 @@
 // Auxiliary kernels on the software device against loops written for the CPU, on one thread:
 // 4096 x 4096 float matrices, whole launches, medians. `ratio` is the kernel's time over the
-// loop's.
+// loop's. The transposed matrix-vector product is compared with the CPU BLAS, on n x n and, as
+// panel reductions have it, on narrow operands.
 #include <benchmark/benchmark.h>
 #include <sys/mman.h>
 
@@ -16,7 +17,11 @@
 #include "basic/LASET/LASET.h"
 #include "basic/LASWP/LASWP.h"
 #include "basic/Transpose/Transpose.h"
+#include "blas/gemv/gemvt.h"
 #include "platform/cuda3.h"
+
+extern "C" void sgemv_(const char*, const int*, const int*, const float*, const float*, const int*,
+                       const float*, const int*, const float*, float*, const int*);
 
 // The loops are compiled for the same instruction sets as the kernels.
 #if defined(__x86_64__) && !defined(__clang__)
@@ -164,11 +169,33 @@ void LASWP(benchmark::State& state) {
         [&] { interchangeLoop(x.get(), count, p.data()); });
 }
 
+void TransposedProduct(benchmark::State& state) {
+    const int m = int(state.range(0)), n = int(state.range(1)), inc = 1;
+    const float one = 1, zero = 0;
+    const DeviceMatrix a = deviceMatrix(), vectors = deviceMatrix();
+    const HostMatrix x = hostMatrix(), y = hostMatrix();
+    compare(
+        state,
+        [&] {
+            lumo::gemv('T', m, n, one, a.get(), order, vectors.get(), 1, zero,
+                       vectors.get() + order, 1);
+        },
+        [&] {
+            sgemv_("T", &m, &n, &one, x.get(), &order, y.get(), &inc, &zero, y.get() + order, &inc);
+        });
+}
+
 #define LUMO_COMPARISON(name) \
     BENCHMARK(name)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(1)
 LUMO_COMPARISON(LACPY);
 LUMO_COMPARISON(LASET);
 LUMO_COMPARISON(Transpose);
+LUMO_COMPARISON(TransposedProduct)
+    ->Args({500, 500})
+    ->Args({1000, 1000})
+    ->Args({4000, 4000})
+    ->Args({1000, 48})
+    ->Args({48, 1000});
 LUMO_COMPARISON(LASWP)->Arg(16)->Arg(64)->Arg(192);
 
 }  // namespace

@@ -15,6 +15,13 @@ set(LUMO_KERNEL_UNITS
     src/basic/Set/Set
     src/basic/Subtract/Subtract
     src/basic/Transpose/Transpose
+    src/basic/lar2v/lar2v
+    src/basic/larfg/larfg
+    src/basic/largv/largv
+    src/basic/lartv/lartv
+    src/blas/gemv/gemvt
+    src/blas/symv/symv
+    src/brd/brd/brd
     src/cudalib/Algorithm/Memset)
 list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cpp OUTPUT_VARIABLE LUMO_LAUNCHERS)
 list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cu OUTPUT_VARIABLE LUMO_KERNELS)
@@ -50,6 +57,7 @@ add_library(lumo_objects OBJECT
     src/cudalib/workspace_pool.cpp
     src/lapack/apply_q.cpp
     src/lapack/block_reflector.cpp
+    src/lapack/gebrd.cpp
     src/lapack/gels.cpp
     src/lapack/generate_q.cpp
     src/lapack/geqrf.cpp
@@ -57,6 +65,7 @@ add_library(lumo_objects OBJECT
     src/lapack/getrf.cpp
     src/lapack/getrs.cpp
     src/lapack/gglse.cpp
+    src/lapack/labrd.cpp
     src/lapack/orthogonal_factorization.cpp
     src/lapack/trtrs.cpp
     src/runtime/device_exports.cpp

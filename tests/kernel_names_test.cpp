@@ -45,6 +45,12 @@ TEST(KernelNames, AreTheDemangledFunctions) {
              "void lumo::ConjugateMatrixLower_k<cudalib::Map2D, lumo::Complex<float> >(int, int, "
              "lumo::Complex<float>*, int)",
              "void Scale_k<cudalib::Map1D, double, true>(int, double*, double*, int)",
+             "void LARFG_k<cudalib::StaticOneBlockMap1D<32u>, float>(int, float*, float*, int, "
+             "float*)",
+             "void gemvt_k<double, 16, 8, true>(int, int, int, double, double const*, int, double, "
+             "double const*, int, double*, int)",
+             "void symv_k<float, (uploType)1, (boundsType)0, 64>(int, float, float const*, int, "
+             "float const*, int, float, float*, int)",
          })
         EXPECT_EQ(1u, names.count(name)) << name;
     // One whose parameters are nobody's business but its launcher's.

@@ -60,9 +60,11 @@ std::string demangled(const platform::Kernel* kernel) {
     std::unique_ptr<char, decltype(&std::free)> text(
         abi::__cxa_demangle(kernel->name, nullptr, nullptr, &status), &std::free);
     std::string name = status == 0 ? text.get() : kernel->name;
-    // "void KernelLASWP<cudalib::Map1D, float>(int, ...)": the instance alone tells it.
+    // "void KernelLASWP<cudalib::Map1D, float>(int, ...)": the instance alone tells it. Template
+    // arguments may have parentheses too: "symv_k<float, (uploType)0, ...>(int, ...)".
     if (name.compare(0, 5, "void ") == 0) name.erase(0, 5);
-    return name.substr(0, name.find('('));
+    const std::size_t close = name.find(">(");
+    return name.substr(0, close == std::string::npos ? name.find('(') : close + 1);
 }
 
 }  // namespace

@@ -20,6 +20,8 @@ namespace cudalib {  // to a device, a map is a name
 class Map1D;
 class Map2D;
 class TriangularMap2D;
+template <unsigned N>
+struct StaticOneBlockMap1D;
 }  // namespace cudalib
 #define LUMO_DEVICE __device__ __forceinline__
 #define LUMO_SHARED __shared__

@@ -174,11 +174,13 @@ struct CpuRun {
   private:
     LUMO_DEVICE static void text(const void* context, std::size_t k) {
         const auto& run = *static_cast<const CpuRun*>(context);
-        std::apply(
-            [&](auto... arguments) __attribute__((always_inline)) {
-                Body::run(Block::item(run.launch, k), arguments...);
-            },
-            run.arguments);
+        call(run, k, std::index_sequence_for<Parameters...>());
+    }
+    // Not std::apply: its own functions would stay out of line, and baseline, around a body with a
+    // large stack frame.
+    template <std::size_t... i>
+    LUMO_DEVICE static void call(const CpuRun& run, std::size_t k, std::index_sequence<i...>) {
+        Body::run(Block::item(run.launch, k), std::get<i>(run.arguments)...);
     }
 };
 

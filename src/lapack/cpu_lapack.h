@@ -16,6 +16,9 @@ decltype(sgeqrf_) dgeqrf_, cgeqrf_, zgeqrf_;
 void sgeqrt3_(const int* m, const int* n, void* a, const int* lda, void* t, const int* ldt,
               int* info);
 decltype(sgeqrt3_) dgeqrt3_, cgeqrt3_, zgeqrt3_;
+void sgebrd_(const int* m, const int* n, void* a, const int* lda, void* d, void* e, void* tauq,
+             void* taup, void* work, const int* lwork, int* info);
+decltype(sgebrd_) dgebrd_, cgebrd_, zgebrd_;
 }
 
 namespace lumo::cpu {
@@ -38,22 +41,30 @@ int getrf(int m, int n, T* a, int lda, int* ipiv) {
     return info;
 }
 
-// xGEQRF, with the workspace it asks for, but at least n elements.
-template <class T>
-void geqrf(int m, int n, T* a, int lda, T* tau) {
-    const auto routine = select<T>(sgeqrf_, dgeqrf_, cgeqrf_, zgeqrf_);
+// Runs a routine twice: to ask for its workspace, and with it, of at least `least` elements.
+// routine(work, &size, &info).
+template <class T, class Routine>
+void withWorkspace(int least, Routine routine) {
     int info = 0, size = -1;
     T best(0);
-    routine(&m, &n, a, &lda, tau, &best, &size, &info);
+    routine(&best, &size, &info);
     checkReturnedInfo(info);
     if constexpr (isComplex<T>)
         size = int(best.re);
     else
         size = int(best);
-    size = std::max({1, size, n});
+    size = std::max({1, size, least});
     std::vector<T> work(std::size_t(size), T(0));
-    routine(&m, &n, a, &lda, tau, work.data(), &size, &info);
+    routine(work.data(), &size, &info);
     checkReturnedInfo(info);
+}
+
+// xGEQRF.
+template <class T>
+void geqrf(int m, int n, T* a, int lda, T* tau) {
+    withWorkspace<T>(n, [&](T* work, const int* size, int* info) {
+        select<T>(sgeqrf_, dgeqrf_, cgeqrf_, zgeqrf_)(&m, &n, a, &lda, tau, work, size, info);
+    });
 }
 
 // xGEQRT3: the same for m >= n with the triangular factor T of all n reflectors, whose diagonal
@@ -64,6 +75,19 @@ void geqrt3(int m, int n, T* a, int lda, T* t, int ldt) {
     int info = 0;
     select<T>(sgeqrt3_, dgeqrt3_, cgeqrt3_, zgeqrt3_)(&m, &n, a, &lda, t, &ldt, &info);
     checkReturnedInfo(info);
+}
+
+// Columns that an array needs beyond the matrix that gebrd works on: gemv of a CPU BLAS may read,
+// and not use, what lies behind the last element of a row.
+constexpr int spareColumns = 1;
+
+// xGEBRD.
+template <class T>
+void gebrd(int m, int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tauq, T* taup) {
+    withWorkspace<T>(std::max(m, n), [&](T* work, const int* size, int* info) {
+        select<T>(sgebrd_, dgebrd_, cgebrd_, zgebrd_)(&m, &n, a, &lda, d, e, tauq, taup, work, size,
+                                                      info);
+    });
 }
 
 }  // namespace lumo::cpu

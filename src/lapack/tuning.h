@@ -36,4 +36,8 @@ inline BlockSize geqrfTuning<Complex<float>>{32, 64};
 template <>
 inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 
+// Columns of a panel of gebrd; the last one is the CPU's.
+template <class T>
+inline BlockSize gebrdBlock{32, 96};
+
 }  // namespace lumo

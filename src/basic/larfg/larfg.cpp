@@ -1,0 +1,36 @@
+#include "basic/larfg/larfg.h"
+
+#include "cudalib/launch.h"
+#include "runtime/frame.h"
+
+template <class Map, class T>
+void LARFG_k(int n, T* alpha, T* x, int incx, T* tau);
+
+namespace lumo {
+
+template <class T>
+void larfg(int n, T* alpha, T* x, int incx, T* tau) {
+    if (n < 0) throwArgumentError(-1);
+    if (!tau) throwArgumentError(-5);
+    if (n == 0) return;
+    if (!alpha) throwArgumentError(-2);
+    if (!x) throwArgumentError(-3);
+    if (incx < 0) throwArgumentError(-4);
+    using Map = cudalib::StaticOneBlockMap1D<32>;
+    cudalib::launch(Map(), &LARFG_k<Map, T>, n, alpha, x, incx, tau);
+}
+
+template <class T>
+lumoStatus deviceLarfg(int n, T* alpha, T* x, int incx, T* tau) {
+    return computeFrame<T>(deviceCall, [&] { larfg(n, alpha, x, incx, tau); });
+}
+
+#define LUMO_LARFG(T)                          \
+    template void larfg(int, T*, T*, int, T*); \
+    template lumoStatus deviceLarfg(int, T*, T*, int, T*);
+LUMO_LARFG(float)
+LUMO_LARFG(double)
+LUMO_LARFG(Complex<float>)
+LUMO_LARFG(Complex<double>)
+
+}  // namespace lumo

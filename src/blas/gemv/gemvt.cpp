@@ -1,0 +1,51 @@
+#include "blas/gemv/gemvt.h"
+
+#include <algorithm>
+
+#include "blas/cublas.h"
+#include "cudalib/launch.h"
+#include "runtime/exceptions.h"
+#include "runtime/letters.h"
+
+template <class T, int rows, int unrolled, bool conjugated>
+void gemvt_k(int m, int n, int wholeRows, T alpha, const T* a, int lda, T beta, const T* x,
+             int incx, T* y, int incy);
+
+namespace lumo {
+namespace {
+
+// 32 x 16 threads for 32 elements of y.
+struct DotProductMap {
+    int n;
+    dim3 blockShape() const { return {32, 16, 1}; }
+    dim3 gridShape() const { return {unsigned(cudalib::ceilDiv(n, 32)), 1, 1}; }
+};
+
+}  // namespace
+
+template <class T>
+void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta,
+          T* y, int incy) {
+    trans = upper(trans);
+    if (!isOneOf(trans, "NTC")) throwArgumentError(-1);
+    if (m < 0) throwArgumentError(-2);
+    if (n < 0) throwArgumentError(-3);
+    if (lda < std::max(1, m)) throwArgumentError(-6);
+    if (incx == 0) throwArgumentError(-8);
+    if (incy == 0) throwArgumentError(-11);
+    if (m == 0 || n == 0 || (alpha == T(0) && beta == T(1))) return;
+    if (trans == 'N' || incx < 0 || incy < 0)
+        return cublas::gemv(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);
+    auto kernel = trans == 'C' ? &gemvt_k<T, 16, 8, true> : &gemvt_k<T, 16, 8, false>;
+    cudalib::launch(DotProductMap{n}, kernel, m, n, m / 512 * 512, alpha, a, lda, beta, x, incx, y,
+                    incy);
+}
+
+#define LUMO_GEMV(T) \
+    template void gemv(char, int, int, T, const T*, int, const T*, int, T, T*, int);
+LUMO_GEMV(float)
+LUMO_GEMV(double)
+LUMO_GEMV(Complex<float>)
+LUMO_GEMV(Complex<double>)
+
+}  // namespace lumo

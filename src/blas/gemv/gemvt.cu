@@ -1,0 +1,148 @@
+#include "cudalib/lane_values.h"
+#include "cudalib/launch.h"
+
+using lumo::Complex;
+
+// So many lanes share a dot product, and so many rows of lanes work on the columns of a block: a
+// warp each on a GPU; on a CPU two vectors, and columns enough to a row that x is read once for
+// several.
+#ifdef __CUDACC__
+constexpr int dotWidth = 32, dotRows = 16;
+#else
+constexpr int dotWidth = 16, dotRows = 8;
+#endif
+
+// A block computes 32 dot products with columns of A. x goes through shared memory in chunks of an
+// element a thread, so that its stride counts once a block. Over the first wholeRows rows, a
+// multiple of the chunk, no bounds are tested.
+template <class T, int teamRows, int unrolled, bool conjugated>
+struct DotProductsBody : cudalib::KernelBody<cudalib::Team<32, teamRows>, 64> {
+    using Team = cudalib::Team<32, teamRows>;
+    static constexpr int width = dotWidth, columns = 32, perRow = columns / dotRows;
+    // Compilers vectorise several sums of complex products badly.
+    static constexpr int together = lumo::isComplex<T> ? 1 : perRow;
+    static constexpr int chunk = Team::X * teamRows;
+
+    // What a row of lanes works on: adjacent columns of A and each lane's sum for each of them.
+    struct Sums {
+        cudalib::LaneValues<Team, T> of[perRow];
+    };
+    using Columns = const T* [perRow];
+
+    LUMO_DEVICE static T product(T a, T x) { return (conjugated ? lumo::conjugate(a) : a) * x; }
+
+    // Adds `steps` products to a lane's sums for the columns from k on that are taken together.
+    template <int steps>
+    LUMO_DEVICE static void add(int y, int lane, const Columns& a, int k, int i, const T* x,
+                                Sums& sums) {
+        T sum[together];
+        for (int c = 0; c < together; ++c) sum[c] = product(a[k + c][i + lane], x[i + lane]);
+        for (int step = 1; step < steps; ++step) {
+            const int at = i + step * width + lane;
+            for (int c = 0; c < together; ++c) sum[c] = sum[c] + product(a[k + c][at], x[at]);
+        }
+        for (int c = 0; c < together; ++c) {
+            T& total = sums.of[k + c].at(y, lane);
+            total = total + sum[c];
+        }
+    }
+
+    LUMO_DEVICE static void addChunk(Team team, int y, int count, const Columns& a, const T* x,
+                                     Sums& sums) {
+        for (int k = 0; k < perRow; k += together) {
+            int i = 0;
+            for (; i + width * unrolled <= count; i += width * unrolled)
+                team.lanes(width, [&](int lane) { add<unrolled>(y, lane, a, k, i, x, sums); });
+            for (; i + width <= count; i += width)
+                team.lanes(width, [&](int lane) { add<1>(y, lane, a, k, i, x, sums); });
+            team.lanes(count - i, [&](int lane) { add<1>(y, lane, a, k, i, x, sums); });
+        }
+    }
+
+    LUMO_DEVICE static void run(Team team, int m, int n, int wholeRows, T alpha, const T* a,
+                                int lda, T beta, const T* x, int incx, T* y, int incy) {
+        LUMO_SHARED T part[chunk];
+        LUMO_SHARED T partial[columns][width + 1];
+        const long first = team.x() * columns, here = n - first < columns ? n - first : columns;
+        const int rowsHere = int(here - 1) / perRow + 1;
+        Sums sums;
+        team.rows(rowsHere, [&](int row) {
+            team.lanes(width, [&](int lane) {
+                for (int k = 0; k < perRow; ++k) sums.of[k].at(row, lane) = T(0);
+            });
+        });
+        auto addRows = [&](int from, int count) {
+            team.barrier();
+            team.rows(teamRows, [&](int row) {
+                team.lanes(count - row * Team::X, [&](int lane) {
+                    const int i = row * Team::X + lane;
+                    part[i] = x[std::size_t(from + i) * std::size_t(incx)];
+                });
+            });
+            team.barrier();
+            team.rows(rowsHere, [&](int row) {
+                // The last row may have columns to spare: they are the last one once more.
+                Columns own;
+                for (int k = 0; k < perRow; ++k) {
+                    const long column = row * perRow + k;
+                    own[k] = a + from + (first + (column < here ? column : here - 1)) * lda;
+                }
+                addChunk(team, row, count, own, part, sums);
+            });
+        };
+        if (!(alpha == T(0))) {
+            for (int from = 0; from < wholeRows; from += chunk) addRows(from, chunk);
+            if (wholeRows < m) addRows(wholeRows, m - wholeRows);
+        }
+
+        // To four lanes first, then a lane takes a column.
+        constexpr int few = 4;
+        team.rows(rowsHere, [&](int row) {
+            for (int k = 0; k < perRow; ++k)
+                team.lanes(width, [&](int lane) {
+                    partial[row * perRow + k][lane] = sums.of[k].at(row, lane);
+                });
+        });
+        team.barrier();
+        team.rows(rowsHere, [&](int row) {
+            for (int k = 0; k < perRow; ++k)
+                team.lanes(few, [&](int lane) {
+                    T* const from = partial[row * perRow + k];
+                    T sum = from[lane];
+                    for (int i = few; i < width; i += few) sum = sum + from[lane + i];
+                    from[lane] = sum;
+                });
+        });
+        team.barrier();
+        team.rows(1, [&](int) {
+            team.lanes(here, [&](int lane) {
+                T sum = partial[lane][0];
+                for (int i = 1; i < few; ++i) sum = sum + partial[lane][i];
+                T& result = y[std::size_t(first + lane) * std::size_t(incy)];
+                result = beta == T(0) ? alpha * sum : alpha * sum + beta * result;
+            });
+        });
+    }
+};
+
+template <class T, int rows, int unrolled, bool conjugated>
+LUMO_KERNEL void gemvt_k(int m, int n, int wholeRows, T alpha, const T* a, int lda, T beta,
+                         const T* x, int incx, T* y, int incy) {
+    cudalib::kernel<DotProductsBody<T, rows, unrolled, conjugated>>(
+        LUMO_STUB(gemvt_k<T, rows, unrolled, conjugated>), m, n, wholeRows, alpha, a, lda, beta, x,
+        incx, y, incy);
+}
+
+namespace {
+
+template <class T>
+std::array<cudalib::Instance, 2> instances() {
+    return {cudalib::instance<&gemvt_k<T, 16, 8, false>, DotProductsBody<T, 16, 8, false>>(),
+            cudalib::instance<&gemvt_k<T, 16, 8, true>, DotProductsBody<T, 16, 8, true>>()};
+}
+
+const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
+                                             instances<Complex<float>>(),
+                                             instances<Complex<double>>())};
+
+}  // namespace

@@ -1,0 +1,69 @@
+#include "blas/symv/symv.h"
+
+#include <algorithm>
+
+#include "blas/cublas.h"
+#include "blas/symv/kinds.h"
+#include "cudalib/launch.h"
+#include "runtime/exceptions.h"
+#include "runtime/letters.h"
+#include "runtime/state.h"
+
+template <class T>
+void symv_init_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy);
+template <class T, uploType uplo, boundsType bounds, int order>
+void symv_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy);
+
+namespace lumo {
+namespace {
+
+constexpr int leastOrder = 1024, tile = 64;
+
+// A block for every tile on the diagonal.
+struct TilesMap {
+    int n;
+    unsigned threads;
+    dim3 blockShape() const { return {threads, 1, 1}; }
+    dim3 gridShape() const { return {unsigned(cudalib::ceilDiv(n, tile)), 1, 1}; }
+};
+
+template <class T>
+auto product(char uplo, int n) {
+    if (uplo == 'L')
+        return n % tile ? &symv_k<T, uploLower, boundsTested, tile>
+                        : &symv_k<T, uploLower, boundsIgnored, tile>;
+    return n % tile ? &symv_k<T, uploUpper, boundsTested, tile>
+                    : &symv_k<T, uploUpper, boundsIgnored, tile>;
+}
+
+// Where BLAS has the first element of a vector; with a negative increment it lies last in memory.
+template <class T>
+T* firstElement(T* x, int n, int incx) {
+    return incx < 0 ? x - std::ptrdiff_t(n - 1) * incx : x;
+}
+
+}  // namespace
+
+template <class T>
+void symv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+          int incy) {
+    if (computeCapability() < 20 || n < leastOrder)
+        return cublas::symv(uplo, n, alpha, a, lda, x, incx, beta, y, incy);
+    uplo = upper(uplo);
+    if (!isOneOf(uplo, "UL")) throwArgumentError(-1);
+    if (lda < std::max(1, n)) throwArgumentError(-5);
+    if (incx == 0) throwArgumentError(-7);
+    if (incy == 0) throwArgumentError(-10);
+    x = firstElement(x, n, incx);
+    y = firstElement(y, n, incy);
+    cudalib::launch(TilesMap{n, 256}, &symv_init_k<T>, n, alpha, a, lda, x, incx, beta, y, incy);
+    cudalib::launch(TilesMap{n, 64}, product<T>(uplo, n), n, alpha, a, lda, x, incx, beta, y, incy);
+}
+
+#define LUMO_SYMV(T) template void symv(char, int, T, const T*, int, const T*, int, T, T*, int);
+LUMO_SYMV(float)
+LUMO_SYMV(double)
+LUMO_SYMV(Complex<float>)
+LUMO_SYMV(Complex<double>)
+
+}  // namespace lumo

@@ -1,0 +1,126 @@
+#include "blas/symv/kinds.h"
+#include "cudalib/lane_values.h"
+#include "cudalib/launch.h"
+
+using lumo::Complex;
+
+// An element of a vector whose increment may be negative.
+template <class T>
+LUMO_DEVICE T& element(T* x, int incx, long i) {
+    return x[i * incx];
+}
+
+template <class T>
+struct SymvInitBody : cudalib::KernelBody<cudalib::Elements> {
+    LUMO_DEVICE static void run(cudalib::Elements elements, int n, T, const T*, int, const T*, int,
+                                T beta, T* y, int incy) {
+        elements.each(n, [&](std::size_t i) {
+            T& yi = element(y, incy, long(i));
+            yi = beta == T(0) ? T(0) : beta * yi;
+        });
+    }
+};
+
+// A block adds one tile of y. The rows of A that belong to it are stored as such on one side of the
+// diagonal, where a lane owns a row, and as columns on the other, where the lanes share a column.
+template <class T, uploType uplo, boundsType bounds, int order>
+struct SymvBody : cudalib::KernelBody<cudalib::Team<order, 1>, 1024> {
+    using Team = cudalib::Team<order, 1>;
+    using Values = cudalib::LaneValues<Team, T>;
+    static constexpr int group = 16;  // columns whose lanes' sums fit into shared memory
+
+    LUMO_DEVICE static void run(Team team, int n, T alpha, const T* a, int lda, const T* x,
+                                int incx, T /*beta*/, T* y, int incy) {
+        if (alpha == T(0)) return;
+        const long first = team.x() * order, past = first + order;
+        const long here = bounds == boundsTested && n - first < order ? n - first : order;
+        Values sum;
+        team.lanes(order, [&](int lane) { sum.at(0, lane) = T(0); });
+
+        const long rowsFrom = uplo == uploLower ? 0 : past, rowsTo = uplo == uploLower ? first : n;
+        for (long j = rowsFrom; j < rowsTo; ++j) {
+            const T xj = element(x, incx, j);
+            const T* const column = a + j * lda + first;
+            team.lanes(here,
+                       [&](int lane) { sum.at(0, lane) = sum.at(0, lane) + column[lane] * xj; });
+        }
+        for (int j = 0; j < here; ++j) {
+            const T xj = element(x, incx, first + j);
+            const T* const column = a + (first + j) * lda + first;
+            team.lanes(here, [&](int lane) {
+                const bool stored = uplo == uploLower ? lane >= j : lane <= j;
+                const T value = stored ? column[lane] : a[(first + lane) * lda + first + j];
+                sum.at(0, lane) = sum.at(0, lane) + value * xj;
+            });
+        }
+        const long from = uplo == uploLower ? past : 0, to = uplo == uploLower ? n : first;
+        if (from < to)
+            for (int begin = 0; begin < here; begin += group)
+                addColumns(team, begin, here, from, to, a + first * lda, lda, x, incx, sum);
+
+        team.lanes(here, [&](int lane) {
+            T& yi = element(y, incy, first + lane);
+            yi = yi + alpha * sum.at(0, lane);
+        });
+    }
+
+    // For lanes begin, ... of a group: the dot product of x with the lane's column of A, both from
+    // `from` to `to`.
+    LUMO_DEVICE static void addColumns(Team team, int begin, long here, long from, long to,
+                                       const T* a, int lda, const T* x, int incx, Values& sum) {
+        LUMO_SHARED T partial[group][order + 1];
+        const int columns = int(here - begin < group ? here - begin : group);
+        team.barrier();  // the group before may still be read
+        for (int k = 0; k < columns; ++k) {
+            const T* const column = a + long(begin + k) * lda;
+            Values dot;
+            team.lanes(order, [&](int lane) { dot.at(0, lane) = T(0); });
+            for (long i = from; i < to; i += order)
+                team.lanes(bounds == boundsTested ? to - i : order, [&](int lane) {
+                    dot.at(0, lane) =
+                        dot.at(0, lane) + column[i + lane] * element(x, incx, i + lane);
+                });
+            team.lanes(order, [&](int lane) { partial[k][lane] = dot.at(0, lane); });
+        }
+        team.barrier();
+        team.lanes(begin + columns, [&](int lane) {
+            if (lane < begin) return;
+            T total = sum.at(0, lane);
+            for (int i = 0; i < order; ++i) total = total + partial[lane - begin][i];
+            sum.at(0, lane) = total;
+        });
+    }
+};
+
+template <class T>
+LUMO_KERNEL void symv_init_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T beta,
+                             T* y, int incy) {
+    cudalib::kernel<SymvInitBody<T>>(LUMO_STUB(symv_init_k<T>), n, alpha, a, lda, x, incx, beta, y,
+                                     incy);
+}
+template <class T, uploType uplo, boundsType bounds, int order>
+LUMO_KERNEL void symv_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+                        int incy) {
+    cudalib::kernel<SymvBody<T, uplo, bounds, order>>(LUMO_STUB(symv_k<T, uplo, bounds, order>), n,
+                                                      alpha, a, lda, x, incx, beta, y, incy);
+}
+
+namespace {
+
+template <class T, uploType uplo, boundsType bounds>
+cudalib::Instance product() {
+    return cudalib::instance<&symv_k<T, uplo, bounds, 64>, SymvBody<T, uplo, bounds, 64>>();
+}
+
+template <class T>
+std::array<cudalib::Instance, 5> instances() {
+    return {cudalib::instance<&symv_init_k<T>, SymvInitBody<T>>(),
+            product<T, uploLower, boundsIgnored>(), product<T, uploLower, boundsTested>(),
+            product<T, uploUpper, boundsIgnored>(), product<T, uploUpper, boundsTested>()};
+}
+
+const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
+                                             instances<Complex<float>>(),
+                                             instances<Complex<double>>())};
+
+}  // namespace

@@ -1,0 +1,229 @@
+// The bidiagonal reduction, which is internal: through the harness, in the frame of a device call.
+#include "lapack/gebrd.h"
+
+#include "lapack/harness.h"
+#include "lapack/tuning.h"
+#include "residuals.h"
+#include "runtime/frame.h"
+#include "support/kernels.h"
+
+extern "C" {
+#define LUMO_TEST_ORMBR(name, T)                                                                 \
+    void name(const char* vect, const char* side, const char* trans, const int* m, const int* n, \
+              const int* k, const T* a, const int* lda, const T* tau, T* c, const int* ldc,      \
+              T* work, const int* lwork, int* info);
+LUMO_TEST_ORMBR(sormbr_, float)
+LUMO_TEST_ORMBR(dormbr_, double)
+LUMO_TEST_ORMBR(cunmbr_, lumo::Complex<float>)
+LUMO_TEST_ORMBR(zunmbr_, lumo::Complex<double>)
+}
+
+namespace test {
+namespace {
+
+using lumo::Complex;
+
+constexpr double bidiagonalBound = 50;  // LAPACK xBDT01, the testers' standard input file svd.in
+
+template <class T>
+std::shared_ptr<void> blocksOf(int nb) {
+    const lumo::BlockSize saved = lumo::gebrdBlock<T>;
+    lumo::gebrdBlock<T> = {nb, nb};
+    return std::shared_ptr<void>(nullptr, [saved](void*) { lumo::gebrdBlock<T> = saved; });
+}
+
+// C := Q C for vect "Q", C P^H for "P", with the reflectors that xGEBRD leaves in an a.m x a.n A.
+template <class T>
+void applyReflectors(char vect, const Matrix<T>& a, const Matrix<T>& tau, Matrix<T>& c) {
+    const bool q = vect == 'Q';
+    const char side = q ? 'L' : 'R', trans = q ? 'N' : lumo::isComplex<T> ? 'C' : 'T';
+    const int k = q ? a.n : a.m, size = 64 * (a.m + a.n);
+    int info = 0;
+    std::vector<T> work(size);
+    auto run = [&](auto routine) {
+        routine(&vect, &side, &trans, &a.m, &a.n, &k, a.data.data(), &a.ld, tau.data.data(),
+                c.data.data(), &c.ld, work.data(), &size, &info);
+    };
+    if constexpr (std::is_same_v<T, float>) run(sormbr_);
+    if constexpr (std::is_same_v<T, double>) run(dormbr_);
+    if constexpr (std::is_same_v<T, Complex<float>>) run(cunmbr_);
+    if constexpr (std::is_same_v<T, Complex<double>>) run(zunmbr_);
+    ASSERT_EQ(0, info);
+}
+
+// nb: 0 for the block that users get.
+template <class T>
+class GebrdCall : public Call {
+    using R = RealOf<T>;
+
+  public:
+    GebrdCall(Matrix<T> a, int nb)
+        : original_(std::move(a)),
+          nb_(nb),
+          k_(std::min(original_.m, original_.n)),
+          a_(original_),
+          d_(poisoned<R>(k_, 1)),
+          e_(poisoned<R>(k_, 1)),
+          tauq_(poisoned<T>(k_, 1)),
+          taup_(poisoned<T>(k_, 1)) {}
+
+    lumoStatus run() override {
+        const auto blocks = nb_ ? blocksOf<T>(nb_) : nullptr;
+        return lumo::computeFrame<T>(lumo::deviceCall, [&] {
+            lumo::gebrd(original_.m, original_.n, a_.data(), a_.ld(), d_.data(), e_.data(),
+                        tauq_.data(), taup_.data());
+        });
+    }
+
+    void checkResult() override {
+        const auto a = a_.download();
+        const auto d = d_.download(), e = e_.download();
+        EXPECT_TRUE(a.paddingUntouched());
+        EXPECT_TRUE(std::isnan(e(k_ - 1, 0))) << "e has one element less than d";
+        const int below = a.m >= a.n ? 0 : 1, right = 1 - below;
+        Matrix<T> product(a.m, a.n);
+        for (int j = 0; j < a.n; ++j)
+            for (int i = 0; i < a.m; ++i) product(i, j) = T(0);
+        for (int i = 0; i < k_; ++i) {
+            product(i, i) = T(d(i, 0));
+            ASSERT_EQ(T(d(i, 0)), a(i, i)) << i;
+            if (i == k_ - 1) break;
+            product(i + below, i + right) = T(e(i, 0));
+            ASSERT_EQ(T(e(i, 0)), a(i + below, i + right)) << i;
+        }
+        applyReflectors('Q', a, tauq_.download(), product);
+        applyReflectors('P', a, taup_.download(), product);
+        const WideMatrix wideA(original_);
+        EXPECT_LT(
+            norm1(wideA - WideMatrix(product)) / (std::max(a.m, a.n) * norm1(wideA) * epsilon<T>),
+            bidiagonalBound);
+    }
+
+    bool untouched() override { return a_.download() == original_; }
+    bool resultIsNan() const { return std::isnan(d_.download()(k_ - 1, 0)); }
+
+  private:
+    const Matrix<T> original_;
+    const int nb_, k_;
+    OnDevice<T> a_;
+    OnDevice<R> d_, e_;
+    OnDevice<T> tauq_, taup_;
+};
+
+template <class T>
+GoodCase gebrdCase(int m, int n, int nb) {
+    return {std::to_string(m) + " x " + std::to_string(n) + " by " + std::to_string(nb),
+            [=] { return std::make_unique<GebrdCall<T>>(Matrix<T>::random(m, n, m + 3), nb); }};
+}
+
+template <class T>
+std::vector<GoodCase> gebrdCases() {
+    std::vector<GoodCase> cases;
+    // k below, at and above one and two blocks; square, tall, wide.
+    for (auto [m, n] : {Shape{1, 1},
+                        {1, 6},
+                        {6, 1},
+                        {7, 7},
+                        {8, 8},
+                        {9, 9},
+                        {16, 16},
+                        {17, 17},
+                        {30, 16},
+                        {16, 30},
+                        {33, 25},
+                        {25, 33},
+                        {90, 17},
+                        {17, 90}})
+        cases.push_back(gebrdCase<T>(m, n, 8));
+    cases.push_back(gebrdCase<T>(5, 5, 1));
+    for (auto [m, n] : {Shape{96, 96}, {192, 192}, {193, 193}, {230, 150}, {150, 230}, {700, 97}})
+        cases.push_back(gebrdCase<T>(m, n, 0));
+    return cases;
+}
+
+template <class T>
+std::vector<FailingCase> gebrdFailingCases() {
+    return {{"not a number in, not a number out", [] {
+                 for (auto [m, n] : {Shape{30, 20}, {20, 30}}) {
+                     auto a = Matrix<T>::random(m, n);
+                     a(15, 12) = scalar<T>(std::nan(""));
+                     GebrdCall<T> call(a, 8);
+                     EXPECT_EQ(lumoNoError, call.run());
+                     EXPECT_TRUE(call.resultIsNan());
+                 }
+             }}};
+}
+
+template <class T>
+bool registerGebrd(const std::string& letter) {
+    return registerRoutine({letter + "gebrd",
+                            gebrdCases<T>(),
+                            {},
+                            gebrdFailingCases<T>(),
+                            {gebrdCase<T>(3, 2, 1), gebrdCase<T>(2, 3, 1)},
+                            std::is_same_v<RealOf<T>, double>,
+                            [] { return blocksOf<T>(8); }});
+}
+
+const bool registered = registerGebrd<float>("S") && registerGebrd<Complex<float>>("C") &&
+                        registerGebrd<double>("D") && registerGebrd<Complex<double>>("Z");
+
+class GebrdPaths : public OnSoftwareDevice {
+  protected:
+    template <class T>
+    static std::vector<software::Call> traceOf(int m, int n, int nb) {
+        GebrdCall<T> call(Matrix<T>::random(m, n), nb);
+        software::startTrace();
+        EXPECT_EQ(lumoNoError, call.run());
+        auto trace = software::stopTrace();
+        call.checkResult();
+        return trace;
+    }
+};
+
+// Of 40 columns in blocks of 16 the last 8 are the CPU's, and the host waits for nothing else.
+TEST_F(GebrdPaths, OnlyTheLastBlockTravels) {
+    for (auto [m, n] : {Shape{50, 40}, {40, 50}}) {
+        const auto trace = traceOf<float>(m, n, 16);
+        EXPECT_EQ(2 * 32, count(trace, "LARFG_k<"));
+        EXPECT_EQ(2 * 2, count(trace, "cublasSgemm"));
+        int downloads = 0;
+        bool launchedAfter = false, waited = false;
+        for (const auto& call : trace) {
+            const bool copy = call.name.rfind("cudaMemcpy", 0) == 0;
+            if (copy && call.arguments.back() == "2") {
+                ++downloads;
+                EXPECT_EQ("cudaMemcpy2D", call.name);
+            }
+            launchedAfter |= downloads > 0 && call.name == "cudaLaunch";
+            waited |= downloads == 0 && call.name.find("Synchronize") != std::string::npos;
+        }
+        EXPECT_EQ(1, downloads);
+        EXPECT_FALSE(launchedAfter || waited);
+    }
+}
+
+TEST_F(GebrdPaths, BlocksByCapability) {
+    for (auto [capability, nb] : {std::pair{13, 32}, {20, 96}}) {
+        start(machine(capability));
+        EXPECT_EQ(0, count(traceOf<float>(nb, nb, 0), "LARFG_k<"));
+        EXPECT_EQ(2 * nb, count(traceOf<float>(nb + 1, nb + 1, 0), "LARFG_k<"));
+        EXPECT_EQ(2 * nb, count(traceOf<float>(2 * nb, 2 * nb, 0), "LARFG_k<"));
+    }
+}
+
+TEST_F(GebrdPaths, ArgumentErrorsAndEmptyMatrices) {
+    auto info = [](int m, int n, int lda) {
+        return argumentError(
+            [&] { lumo::gebrd<double>(m, n, nullptr, lda, nullptr, nullptr, nullptr, nullptr); });
+    };
+    EXPECT_EQ(-1, info(-1, -1, 0));
+    EXPECT_EQ(-2, info(2, -1, 0));
+    EXPECT_EQ(-4, info(2, 2, 1));
+    EXPECT_EQ(-4, info(0, 2, 0));
+    EXPECT_EQ(0, info(0, 2, 1));
+    EXPECT_EQ(0, info(2, 0, 2));
+}
+
+}  // namespace
+}  // namespace test
