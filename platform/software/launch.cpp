@@ -37,7 +37,7 @@ void* address(void* devicePointer) {
 
 void execute(const platform::Kernel& kernel, const unsigned char* arguments, platform::Dim3 grid,
              platform::Dim3 block) {
-    if (kernel.run({arguments, grid, block, address, parallel})) return;
+    if (kernel.run({arguments, grid, block, address, parallel, threads()})) return;
     noteViolation("a kernel was given a pointer that leads to no device memory");
     failAsynchronously(cudaErrorLaunchFailure);
 }

@@ -171,11 +171,13 @@ struct CpuRun {
   private:
     LUMO_DEVICE static void text(const void* context, std::size_t k) {
         const auto& run = *static_cast<const CpuRun*>(context);
-        std::apply(
-            [&](auto... arguments) __attribute__((always_inline)) {
-                Body::run(Block::item(run.launch, k), arguments...);
-            },
-            run.arguments);
+        body(run, k, std::index_sequence_for<Parameters...>());
+    }
+    // Not by std::apply: of a long body the compiler made a function of its own, which both texts
+    // called and which was baseline code.
+    template <std::size_t... n>
+    LUMO_DEVICE static void body(const CpuRun& run, std::size_t k, std::index_sequence<n...>) {
+        Body::run(Block::item(run.launch, k), std::get<n>(run.arguments)...);
     }
 };
 
