@@ -15,6 +15,7 @@ set(LUMO_KERNEL_UNITS
     src/basic/Set/Set
     src/basic/Subtract/Subtract
     src/basic/Transpose/Transpose
+    src/basic/lasr/lasr
     src/cudalib/Algorithm/Memset)
 list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cpp OUTPUT_VARIABLE LUMO_LAUNCHERS)
 list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cu OUTPUT_VARIABLE LUMO_KERNELS)
@@ -48,6 +49,7 @@ add_library(lumo_objects OBJECT
     src/cudalib/memory_exports.cpp
     src/cudalib/transfer.cpp
     src/cudalib/workspace_pool.cpp
+    src/lapack/bdsqr.cpp
     src/lapack/gesv.cpp
     src/lapack/getrf.cpp
     src/lapack/getrs.cpp
