@@ -25,4 +25,11 @@ struct GetrfTuning {
 template <class T>
 inline GetrfTuning getrfTuning{{32, 96}, 513};
 
+struct BdsqrTuning {
+    int stepsPerSquare;  // the iteration gives up after this many times n^2 rotations
+};
+
+template <class T>
+inline BdsqrTuning bdsqrTuning{6};
+
 }  // namespace lumo
