@@ -60,9 +60,15 @@ std::string demangled(const platform::Kernel* kernel) {
     std::unique_ptr<char, decltype(&std::free)> text(
         abi::__cxa_demangle(kernel->name, nullptr, nullptr, &status), &std::free);
     std::string name = status == 0 ? text.get() : kernel->name;
-    // "void KernelLASWP<cudalib::Map1D, float>(int, ...)": the instance alone tells it.
+    // "void LASR_k<cudalib::StaticMap1D<64u>, (char)82, float>(int, ...)": the instance alone tells
+    // it, up to the parameters, which are in no angle brackets.
     if (name.compare(0, 5, "void ") == 0) name.erase(0, 5);
-    return name.substr(0, name.find('('));
+    int depth = 0;
+    const auto parameters = std::find_if(name.begin(), name.end(), [&](char c) {
+        depth += (c == '<') - (c == '>');
+        return c == '(' && depth == 0;
+    });
+    return {name.begin(), parameters};
 }
 
 }  // namespace
