@@ -45,7 +45,6 @@ struct RotationBody : cudalib::KernelBody<cudalib::Strip, 256> {
         Real c[n], s[n];
 
         LUMO_DEVICE Rotations(const Real* cosines, const Real* sines, int planes, int first) {
-#pragma GCC unroll 8
             for (int r = 0; r < n; ++r) {
                 const int k = forward ? first + r : planes - 1 - first - r;
                 c[r] = cosines[k];
@@ -54,7 +53,6 @@ struct RotationBody : cudalib::KernelBody<cudalib::Strip, 256> {
         }
         LUMO_DEVICE bool anyIdentity() const {
             bool any = false;
-#pragma GCC unroll 8
             for (int r = 0; r < n; ++r) any |= c[r] == 1 && s[r] == 0;
             return any;
         }
@@ -71,10 +69,8 @@ struct RotationBody : cudalib::KernelBody<cudalib::Strip, 256> {
         lines.each(count, [&](std::size_t i) {
             T* x = element(at, i, lda);
             T next[n];
-#pragma GCC unroll 8
             for (int r = 0; r < n; ++r) next[r] = x[(r + 1) * step];
             T shared = link[i];
-#pragma GCC unroll 8
             for (int r = 0; r < n; ++r) {
                 x[r * step] = by.s[r] * next[r] + by.c[r] * shared;
                 shared = by.c[r] * next[r] - by.s[r] * shared;
