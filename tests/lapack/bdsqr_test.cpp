@@ -172,6 +172,9 @@ TYPED_TEST(Bdsqr, MatricesWithStructure) {
     check(
         "splitting", [](int i) { return i == 11 ? 0 : 1 + i % 3; },
         [](int i) { return i % 5 == 4 ? 0 : -0.5; });
+    for (double off : {1e20, 1e-20})
+        this->check(bidiagonal<Real>(
+            'U', 2, [](int i) { return 1 - 3.0 * i; }, [=](int) { return off; }));
     const double big = std::numeric_limits<Real>::max() / 64;
     check(
         "large", [=](int i) { return big / (1 + i); }, [=](int) { return big / 3; });
@@ -181,17 +184,21 @@ TYPED_TEST(Bdsqr, MatricesWithStructure) {
         "tiny", [=](int i) { return tiny * (1 + i); }, [=](int) { return tiny; });
 }
 
-// Small singular values are as accurate, relative to themselves, as large ones.
-TYPED_TEST(Bdsqr, RelativeAccuracyOfGradedMatrices) {
-    using Real = RealOf<TypeParam>;
-    for (double ratio : {0.1, 10.0}) {
-        auto element = [=](int i) { return std::pow(ratio, i - 5) * (1 + 0.1 * i); };
-        const auto b = bidiagonal<Real>('U', 11, element, element);
-        const auto exact = Bdsqr<double>::runValues(b);
-        const auto values = this->runValues(b);
+// Small singular values are as accurate, relative to themselves, as large ones: also those that do
+// not show in any element.
+TYPED_TEST(Bdsqr, RelativeAccuracy) {
+    auto check = [&](auto d, auto e) {
+        const auto b = bidiagonal<RealOf<TypeParam>>('U', 11, d, e);
+        const auto exact = Bdsqr<double>::runValues(b), values = this->runValues(b);
+        EXPECT_LT(exact[10], 1e-6 * exact[0]);
         for (int i = 0; i < 11; ++i)
             EXPECT_NEAR(1, values[i] / exact[i], 100 * epsilon<TypeParam>) << i;
+    };
+    for (double ratio : {0.1, 10.0}) {
+        auto graded = [=](int i) { return std::pow(ratio, i - 5) * (1 + 0.1 * i); };
+        check(graded, graded);
     }
+    check([](int i) { return 1 + 0.1 * i; }, [](int) { return 10.0; });
 }
 
 // The iteration gives up after its first sweep: what it reached is a factorisation nevertheless.
@@ -228,12 +235,14 @@ TYPED_TEST(Bdsqr, NeitherNanNorInfinityBecomesAValue) {
 class BdsqrCalls : public OnSoftwareDevice {
   protected:
     static constexpr int n = 30;
-    // On a random matrix; which vectors there are.
-    static std::vector<software::Call> traceOf(bool vt, bool u, bool c, int order = n) {
+    // Which vectors there are; d and e are powers of `ratio`, but for a perturbation.
+    static std::vector<software::Call> traceOf(bool vt, bool u, bool c, int order = n,
+                                               float ratio = 1) {
         const auto a = Matrix<float>::random(order, order);
-        auto ones = Matrix<float>(order, 1);
-        for (int i = 0; i < order; ++i) ones(i, 0) = 1 + 0.1f * float(i % 7);
-        OnDevice<float> d(ones), e(ones), x(a), y(a), z(a);
+        auto elements = Matrix<float>(order, 1);
+        for (int i = 0; i < order; ++i)
+            elements(i, 0) = std::pow(ratio, float(i)) + 0.1f * float(i % 7) * (ratio == 1);
+        OnDevice<float> d(elements), e(elements), x(a), y(a), z(a);
         software::startTrace();
         lumo::bdsqr<float>('U', order, vt ? order : 0, u ? order : 0, c ? order : 0, d.data(),
                            e.data(), x.data(), order, y.data(), order, z.data(), order);
@@ -263,6 +272,15 @@ TEST_F(BdsqrCalls, OneLaunchAMatrixAndOneTransferASweep) {
         for (int size : sizes) EXPECT_EQ(0, size % unit);
         EXPECT_EQ((n - 1) * unit, *sizes.rbegin());
         EXPECT_EQ(2 * unit, *sizes.begin());  // a smaller block takes no sweep
+    }
+}
+
+TEST_F(BdsqrCalls, ChasesTowardsTheSmallElements) {
+    for (float ratio : {0.5f, 2.0f}) {
+        const auto trace = traceOf(false, true, false, 12, ratio);
+        const std::string kernel = "LASR_k<cudalib::StaticMap1D<64u>, (char)82, (char)86, (char)";
+        EXPECT_EQ(ratio<1, count(trace, kernel + "70")> 0);
+        EXPECT_EQ(ratio > 1, count(trace, kernel + "66") > 0);
     }
 }
 
