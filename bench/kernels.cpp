@@ -17,6 +17,7 @@
 #include "basic/LASET/LASET.h"
 #include "basic/LASWP/LASWP.h"
 #include "basic/Transpose/Transpose.h"
+#include "basic/lasr/lasr.h"
 #include "blas/gemv/gemvt.h"
 #include "platform/cuda3.h"
 
@@ -29,6 +30,9 @@ extern "C" void sgemv_(const char*, const int*, const int*, const float*, const 
 #else
 #define FOR_THIS_CPU __attribute__((noinline))
 #endif
+
+extern "C" void slasr_(const char*, const char*, const char*, const int*, const int*, const float*,
+                       const float*, float*, const int*);
 
 namespace {
 
@@ -185,6 +189,20 @@ void TransposedProduct(benchmark::State& state) {
         });
 }
 
+// One sweep of rotations on the columns of an n x n matrix; the loop is the CPU LAPACK's.
+void LASR(benchmark::State& state) {
+    const int n = int(state.range(0)), lda = n + 32;
+    const DeviceMatrix a = deviceMatrix(), rotations = deviceMatrix();
+    const HostMatrix x = hostMatrix();
+    std::vector<float> c(n, 0.8f), s(n, 0.6f);
+    float* const sines = rotations.get() + order;
+    cudaMemcpy(rotations.get(), c.data(), n * sizeof(float), cudaMemcpyHostToDevice);
+    cudaMemcpy(sines, s.data(), n * sizeof(float), cudaMemcpyHostToDevice);
+    compare(
+        state, [&] { lumo::LASR('R', 'V', 'F', n, n, rotations.get(), sines, a.get(), lda); },
+        [&] { slasr_("R", "V", "F", &n, &n, c.data(), s.data(), x.get(), &lda); });
+}
+
 #define LUMO_COMPARISON(name) \
     BENCHMARK(name)->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(1)
 LUMO_COMPARISON(LACPY);
@@ -197,6 +215,7 @@ LUMO_COMPARISON(TransposedProduct)
     ->Args({1000, 48})
     ->Args({48, 1000});
 LUMO_COMPARISON(LASWP)->Arg(16)->Arg(64)->Arg(192);
+LUMO_COMPARISON(LASR)->Arg(500)->Arg(1000)->Arg(2000);
 
 }  // namespace
 

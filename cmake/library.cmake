@@ -19,6 +19,7 @@ set(LUMO_KERNEL_UNITS
     src/basic/larfg/larfg
     src/basic/largv/largv
     src/basic/lartv/lartv
+    src/basic/lasr/lasr
     src/blas/gemv/gemvt
     src/blas/symv/symv
     src/brd/brd/brd
@@ -56,6 +57,7 @@ add_library(lumo_objects OBJECT
     src/cudalib/transfer.cpp
     src/cudalib/workspace_pool.cpp
     src/lapack/apply_q.cpp
+    src/lapack/bdsqr.cpp
     src/lapack/block_reflector.cpp
     src/lapack/gebrd.cpp
     src/lapack/gels.cpp

@@ -50,6 +50,7 @@ struct Launch {
     // `work` elementary operations.
     void (*parallel)(std::size_t count, std::size_t work, void (*item)(const void*, std::size_t),
                      const void* context);
+    int threads;  // that there are
 };
 
 // A kernel instance: the name it is registered under and, for a CPU, its body. `run` returns

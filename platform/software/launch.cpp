@@ -37,7 +37,7 @@ void* address(void* devicePointer) {
 
 void execute(const platform::Kernel& kernel, const unsigned char* arguments, platform::Dim3 grid,
              platform::Dim3 block) {
-    if (kernel.run({arguments, grid, block, address, parallel})) return;
+    if (kernel.run({arguments, grid, block, address, parallel, threads()})) return;
     noteViolation("a kernel was given a pointer that leads to no device memory");
     failAsynchronously(cudaErrorLaunchFailure);
 }
@@ -60,11 +60,15 @@ std::string demangled(const platform::Kernel* kernel) {
     std::unique_ptr<char, decltype(&std::free)> text(
         abi::__cxa_demangle(kernel->name, nullptr, nullptr, &status), &std::free);
     std::string name = status == 0 ? text.get() : kernel->name;
-    // "void KernelLASWP<cudalib::Map1D, float>(int, ...)": the instance alone tells it. Template
-    // arguments may have parentheses too: "symv_k<float, (uploType)0, ...>(int, ...)".
+    // "void LASR_k<cudalib::StaticMap1D<64u>, (char)82, float>(int, ...)": the instance alone tells
+    // it, up to the parameters, which are in no angle brackets.
     if (name.compare(0, 5, "void ") == 0) name.erase(0, 5);
-    const std::size_t close = name.find(">(");
-    return name.substr(0, close == std::string::npos ? name.find('(') : close + 1);
+    int depth = 0;
+    const auto parameters = std::find_if(name.begin(), name.end(), [&](char c) {
+        depth += (c == '<') - (c == '>');
+        return c == '(' && depth == 0;
+    });
+    return {name.begin(), parameters};
 }
 
 }  // namespace

@@ -21,6 +21,8 @@ class Map1D;
 class Map2D;
 class TriangularMap2D;
 template <unsigned N>
+class StaticMap1D;
+template <unsigned N>
 struct StaticOneBlockMap1D;
 }  // namespace cudalib
 #define LUMO_DEVICE __device__ __forceinline__
@@ -66,6 +68,44 @@ class Elements {
         e.begin_ = k * merged;
         e.end_ = std::min(threads(l), e.begin_ + merged);
         return e;
+    }
+
+  private:
+    std::size_t begin_, end_;
+#endif
+};
+
+// A block of a 1-D map, for kernels that run along a line of the matrix for each element and pass
+// through much memory. A CPU takes strips as long as it has threads for: long enough ones are what
+// its prefetchers and page tables are good at.
+class Strip {
+  public:
+    // f(i) for this block's i below n.
+    template <class F>
+    LUMO_DEVICE void each(std::size_t n, F f) const;
+
+    // What each element keeps from region to region: a register on a GPU, an array on a CPU.
+    template <class T>
+    class Kept;
+
+#ifdef __CUDACC__
+    LUMO_DEVICE static Strip current() {
+        return {};
+    }
+#else
+    static constexpr std::size_t longest = 4096, granule = 128;
+    static std::size_t length(const platform::Launch& l) {
+        const std::size_t share = (Elements::threads(l) - 1) / std::size_t(l.threads) + 1;
+        return std::min(longest, (share + granule - 1) / granule * granule);
+    }
+    static std::size_t count(const platform::Launch& l) {
+        return (Elements::threads(l) - 1) / length(l) + 1;
+    }
+    static Strip item(const platform::Launch& l, std::size_t k) {
+        Strip s;
+        s.begin_ = k * length(l);
+        s.end_ = std::min(Elements::threads(l), s.begin_ + length(l));
+        return s;
     }
 
   private:
@@ -222,6 +262,21 @@ LUMO_DEVICE void Elements::each(std::size_t n, F f) const {
 }
 
 template <class F>
+LUMO_DEVICE void Strip::each(std::size_t n, F f) const {
+    Elements::current().each(n, f);
+}
+
+template <class T>
+class Strip::Kept {
+  public:
+    LUMO_DEVICE explicit Kept(Strip) {}
+    LUMO_DEVICE T& operator[](std::size_t) { return value_; }
+
+  private:
+    T value_;
+};
+
+template <class F>
 LUMO_DEVICE void Tile::Column::rows(int from, int to, F f) const {
     if (i_ >= from && i_ < to) f(i_);
 }
@@ -258,6 +313,23 @@ LUMO_DEVICE void Elements::each(std::size_t n, F f) const {
         LUMO_SIMD for (std::size_t i = begin_; i < end; ++i) f(i);
     }
 }
+
+template <class F>
+LUMO_DEVICE void Strip::each(std::size_t n, F f) const {
+    const std::size_t end = std::min(end_, n);
+    LUMO_SIMD for (std::size_t i = begin_; i < end; ++i) f(i);
+}
+
+template <class T>
+class Strip::Kept {
+  public:
+    explicit Kept(Strip strip) : begin_(strip.begin_) {}
+    T& operator[](std::size_t i) { return values_[i - begin_]; }
+
+  private:
+    std::size_t begin_;
+    alignas(64) T values_[longest];
+};
 
 template <class F>
 LUMO_DEVICE void Tile::Column::rows(int from, int to, F f) const {

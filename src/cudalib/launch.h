@@ -174,13 +174,13 @@ struct CpuRun {
   private:
     LUMO_DEVICE static void text(const void* context, std::size_t k) {
         const auto& run = *static_cast<const CpuRun*>(context);
-        call(run, k, std::index_sequence_for<Parameters...>());
+        body(run, k, std::index_sequence_for<Parameters...>());
     }
-    // Not std::apply: its own functions would stay out of line, and baseline, around a body with a
-    // large stack frame.
-    template <std::size_t... i>
-    LUMO_DEVICE static void call(const CpuRun& run, std::size_t k, std::index_sequence<i...>) {
-        Body::run(Block::item(run.launch, k), std::get<i>(run.arguments)...);
+    // Not by std::apply: of a long body the compiler made a function of its own, which both texts
+    // called and which was baseline code.
+    template <std::size_t... n>
+    LUMO_DEVICE static void body(const CpuRun& run, std::size_t k, std::index_sequence<n...>) {
+        Body::run(Block::item(run.launch, k), std::get<n>(run.arguments)...);
     }
 };
 

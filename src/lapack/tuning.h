@@ -40,4 +40,11 @@ inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 template <class T>
 inline BlockSize gebrdBlock{32, 96};
 
+struct BdsqrTuning {
+    int stepsPerSquare;  // the iteration gives up after this many times n^2 rotations
+};
+
+template <class T>
+inline BdsqrTuning bdsqrTuning{6};
+
 }  // namespace lumo

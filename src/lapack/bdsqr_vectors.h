@@ -1,0 +1,126 @@
+// The device's side of the bidiagonal singular value iteration: the singular vectors.
+#pragma once
+
+#include "basic/Transpose/Transpose.h"
+#include "basic/lasr/lasr.h"
+#include "blas/cublas.h"
+#include "lapack/bdsqr_iteration.h"
+#include "lapack/rotation_ring.h"
+
+namespace lumo {
+
+// A device matrix of vectors; absent if a vector has no elements.
+template <class T>
+struct VectorMatrix {
+    T* a;
+    int ld;
+    int length;  // of a vector
+};
+
+// V^T (n x ncvt), U (nru x n) and C (n x ncc) under the iteration's rotations. V^T is kept
+// transposed meanwhile, so that its rotations, too, run along columns, which is what the rotation
+// kernel is good at.
+template <class T>
+class SingularVectors {
+    using Real = RealOf<T>;
+
+  public:
+    // Takes all the memory there is to take, before anything is changed.
+    SingularVectors(int n, VectorMatrix<T> vt, VectorMatrix<T> u, VectorMatrix<T> c)
+        : n_(n),
+          vt_(vt),
+          v_(vt),
+          u_(u),
+          c_(c),
+          scratch_(turned() && vt.length != n ? std::size_t(n) * std::size_t(vt.length) : 0),
+          ring_(2 * std::size_t(n - 1) * (std::size_t(hasRight()) + std::size_t(hasLeft()))) {
+        if (scratch_.data()) v_ = {scratch_.data(), vt.length, vt.length};
+    }
+
+    // The two transpositions around the iteration.
+    void turn() {
+        if (scratch_.data())
+            transpose(v_.a, ld(v_), vt_.a, ld(vt_), std::size_t(n_), std::size_t(vt_.length));
+        else if (turned())
+            transposeInplace(v_.a, ld(v_), std::size_t(n_));
+    }
+    void turnBack() {
+        if (scratch_.data())
+            transpose(vt_.a, ld(vt_), v_.a, ld(v_), std::size_t(vt_.length), std::size_t(n_));
+        else
+            turn();
+    }
+
+    Sweep<Real> stage(int count) { return stage(count, hasRight()); }
+    // For U and C alone.
+    Sweep<Real> stageLeft(int count) { return stage(count, false); }
+
+    // The sweep that was staged last, on the planes from (first, first + 1) on.
+    void apply(const Sweep<Real>& sweep, int count, int first, char direct) {
+        const bool right = sweep.right.c, left = sweep.left.c;
+        if (!right && !left) return;
+        const Real* numbers = ring_.send(right ? sweep.right.c : sweep.left.c,
+                                         2 * std::size_t(count) * (std::size_t(right) + left));
+        if (right) {
+            LASR('R', 'V', direct, v_.length, count + 1, numbers, numbers + count,
+                 column(v_, first), v_.ld);
+            numbers += 2 * std::size_t(count);
+        }
+        if (u_.length > 0)
+            LASR('R', 'V', direct, u_.length, count + 1, numbers, numbers + count,
+                 column(u_, first), u_.ld);
+        if (c_.length > 0)
+            LASR('L', 'V', direct, count + 1, c_.length, numbers, numbers + count, c_.a + first,
+                 c_.ld);
+    }
+
+    void rotate(int i, Real cr, Real sr, Real cl, Real sl) {
+        if (hasRight()) cublas::rot(v_.length, column(v_, i), 1, column(v_, i + 1), 1, cr, sr);
+        if (u_.length > 0) cublas::rot(u_.length, column(u_, i), 1, column(u_, i + 1), 1, cl, sl);
+        if (c_.length > 0) cublas::rot(c_.length, c_.a + i, c_.ld, c_.a + i + 1, c_.ld, cl, sl);
+    }
+    void negate(int i) {
+        if (turned())
+            cublas::scal(v_.length, T(-1), column(v_, i), 1);
+        else if (hasRight())
+            cublas::scal(v_.length, T(-1), v_.a + i, v_.ld);
+    }
+    void swap(int i, int j) {
+        if (hasRight()) cublas::swap(v_.length, column(v_, i), 1, column(v_, j), 1);
+        if (u_.length > 0) cublas::swap(u_.length, column(u_, i), 1, column(u_, j), 1);
+        if (c_.length > 0) cublas::swap(c_.length, c_.a + i, c_.ld, c_.a + j, c_.ld);
+    }
+
+  private:
+    bool hasRight() const { return vt_.length > 0; }
+    bool hasLeft() const { return u_.length > 0 || c_.length > 0; }
+    // A single row is only ever negated.
+    bool turned() const { return hasRight() && n_ > 1; }
+
+    static T* column(const VectorMatrix<T>& m, int j) {
+        return m.a + std::size_t(j) * std::size_t(m.ld);
+    }
+    static std::size_t ld(const VectorMatrix<T>& m) { return std::size_t(m.ld); }
+
+    // The pairs that cross lie one behind the other.
+    Sweep<Real> stage(int count, bool right) {
+        Sweep<Real> sweep;
+        const std::size_t pair = 2 * std::size_t(count);
+        const bool left = hasLeft();
+        if (!right && !left) return sweep;
+        Real* numbers = ring_.next(pair * (std::size_t(right) + left));
+        if (right) sweep.right = {numbers, numbers + count};
+        if (right) numbers += pair;
+        if (left) sweep.left = {numbers, numbers + count};
+        return sweep;
+    }
+
+    const int n_;
+    const VectorMatrix<T> vt_;  // the caller's
+    VectorMatrix<T> v_;         // its transpose, once turned
+    const VectorMatrix<T> u_, c_;
+    cudalib::Workspace<T> scratch_;
+    RotationRing<Real> ring_;
+};
+
+}  // namespace lumo

@@ -1,0 +1,346 @@
+// The bidiagonal singular value iteration.
+#include "lapack/bdsqr.h"
+
+#include <array>
+#include <functional>
+#include <set>
+
+#include "lapack/tuning.h"
+#include "residuals.h"
+#include "runtime/letters.h"
+#include "support/kernels.h"
+
+namespace test {
+namespace {
+
+// A bidiagonal matrix.
+struct Bidiagonal {
+    char uplo;
+    std::vector<double> d, e;
+
+    int n() const { return int(d.size()); }
+    WideMatrix dense() const {
+        WideMatrix b(n(), n());
+        for (int i = 0; i < n(); ++i) b(i, i) = d[i];
+        for (int i = 0; i + 1 < n(); ++i)
+            (lumo::upper(uplo) == 'L' ? b(i + 1, i) : b(i, i + 1)) = e[i];
+        return b;
+    }
+};
+
+// Elements by their place, rounded as the device will have them.
+template <class Real>
+Bidiagonal bidiagonal(char uplo, int n, const std::function<double(int)>& d,
+                      const std::function<double(int)>& e) {
+    Bidiagonal b{uplo, std::vector<double>(n), std::vector<double>(n - 1)};
+    for (int i = 0; i < n; ++i) b.d[i] = Real(d(i));
+    for (int i = 0; i + 1 < n; ++i) b.e[i] = Real(e(i));
+    return b;
+}
+
+// What one call left behind.
+template <class T>
+struct Result {
+    int info = 0;
+    std::vector<double> d, e;
+    Matrix<T> vt, u, c;
+};
+
+template <class T>
+class Bdsqr : public OnMachine {
+  public:
+    static std::vector<double> runValues(const Bidiagonal& b) {
+        return run(b, none(), none(), none()).d;
+    }
+
+  protected:
+    using Real = RealOf<T>;
+
+    // VT, U and C are updated, each if it has columns or rows of vectors.
+    static Result<T> run(const Bidiagonal& b, const Matrix<T>& vt, const Matrix<T>& u,
+                         const Matrix<T>& c) {
+        const int n = b.n();
+        Matrix<Real> d(n, 1), e(n, 1);  // e has room for one more, which nobody touches
+        for (int i = 0; i < n; ++i) d(i, 0) = Real(b.d[i]);
+        for (int i = 0; i + 1 < n; ++i) e(i, 0) = Real(b.e[i]);
+        OnDevice<Real> dd(d), de(e);
+        OnDevice<T> dvt(vt), du(u), dc(c);
+        int info = 0;
+        try {
+            lumo::bdsqr<T>(b.uplo, n, vt.n, u.m, c.n, dd.data(), de.data(), dvt.data(), dvt.ld(),
+                           du.data(), du.ld(), dc.data(), dc.ld());
+        } catch (const lumo::InfoException& error) {
+            EXPECT_EQ(lumoDataError, error.status());
+            info = error.info();
+        }
+        d = dd.download();
+        e = de.download();
+        EXPECT_EQ(Matrix<Real>::mark(), e(n - 1, 0));
+        Result<T> r{info, {}, {}, dvt.download(), du.download(), dc.download()};
+        for (int i = 0; i < n; ++i) r.d.push_back(d(i, 0));
+        for (int i = 0; i + 1 < n; ++i) r.e.push_back(e(i, 0));
+        return r;
+    }
+    static Matrix<T> none() { return Matrix<T>(0, 0); }
+    static Matrix<T> identity(int n, int ld) {
+        Matrix<T> a(n, n, ld);
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < n; ++i) a(i, j) = T(i == j);
+        return a;
+    }
+
+    // ||actual - expected|| / (n gauge eps).
+    static double ratio(const WideMatrix& actual, const WideMatrix& expected, double gauge) {
+        return norm1(actual - expected) /
+               (std::max(actual.m, actual.n) * std::max(gauge, 1e-300) * epsilon<T>);
+    }
+
+    // B = U S VT with orthogonal U and VT, S bidiagonal where the iteration gave up.
+    static void checkFactors(const Bidiagonal& b, const Result<T>& r) {
+        const WideMatrix u(r.u), vt(r.vt), dense = b.dense();
+        const Bidiagonal s{'U', r.d, r.info ? r.e : std::vector<double>(r.e.size())};
+        EXPECT_LT(ratio(u * s.dense() * vt, dense, norm1(dense)), svdBound);
+        const WideMatrix one(identity(b.n(), 0));
+        EXPECT_LT(ratio(op('C', u) * u, one, 1), svdBound);
+        EXPECT_LT(ratio(vt * op('C', vt), one, 1), svdBound);
+        EXPECT_TRUE(r.vt.paddingUntouched() && r.u.paddingUntouched());
+    }
+
+    static void check(const Bidiagonal& b) {
+        const int n = b.n();
+        const auto q = run(b, identity(n, n + 2), identity(n, n + 1), none());
+        ASSERT_EQ(0, q.info);
+        checkFactors(b, q);
+        EXPECT_TRUE(std::is_sorted(q.d.rbegin(), q.d.rend()));
+        for (double value : q.d) EXPECT_TRUE(value >= 0 && !std::signbit(value));
+
+        // The same rotations on other matrices, in and out of place, and on none.
+        const auto vt = Matrix<T>::random(n, n + 3, n + 1), u = Matrix<T>::random(5, n, 6),
+                   c = Matrix<T>::random(n, 2, n + 1);
+        const auto r = run(b, vt, u, c);
+        EXPECT_EQ(q.d, r.d);
+        EXPECT_EQ(q.d, run(b, none(), none(), none()).d);
+        const WideMatrix p(q.vt), wideU(q.u);
+        EXPECT_LT(ratio(WideMatrix(r.vt), p * WideMatrix(vt), norm1(WideMatrix(vt))), svdBound);
+        EXPECT_LT(ratio(WideMatrix(r.u), WideMatrix(u) * wideU, norm1(WideMatrix(u))), svdBound);
+        EXPECT_LT(ratio(WideMatrix(r.c), op('C', wideU) * WideMatrix(c), norm1(WideMatrix(c))),
+                  svdBound);
+        EXPECT_TRUE(r.vt.paddingUntouched() && r.u.paddingUntouched() && r.c.paddingUntouched());
+        const auto narrow = run(b, Matrix<T>::random(n, 1, n + 1), none(), none());
+        EXPECT_EQ(q.d, narrow.d);
+    }
+    void checkUnderBothSchedules(const Bidiagonal& b) {
+        for (Schedule schedule : {Schedule::earliest, Schedule::latest}) {
+            if (onSoftwareDevice()) start(machine(), schedule);
+            check(b);
+        }
+    }
+    static Bidiagonal random(char uplo, int n, unsigned seed = 1) {
+        Random numbers(seed);
+        auto next = [&](int) { return numbers.next<double>(); };
+        return bidiagonal<Real>(uplo, n, next, next);
+    }
+};
+TYPED_TEST_SUITE(Bdsqr, ElementTypes);
+
+// Long enough for the ring of rotations to start anew several times.
+TYPED_TEST(Bdsqr, RandomMatrices) {
+    for (char uplo : {'U', 'l'})
+        for (int n : {1, 2, 3, 4, 9, 70}) this->checkUnderBothSchedules(this->random(uplo, n));
+}
+
+TYPED_TEST(Bdsqr, MatricesWithStructure) {
+    using Real = RealOf<TypeParam>;
+    auto check = [&](const char* name, auto d, auto e) {
+        SCOPED_TRACE(name);
+        for (char uplo : {'U', 'L'}) this->check(bidiagonal<Real>(uplo, 20, d, e));
+    };
+    auto zero = [](int) { return 0.0; };
+    auto one = [](int) { return 1.0; };
+    check("zero", zero, zero);
+    check("zero diagonal", zero, one);
+    check(
+        "negative diagonal", [](int i) { return -double(i * 7 % 20); }, zero);
+    check("clustered", one, [](int i) { return i % 4 ? 1e-4 : 0.1; });
+    check("multiple", one, one);
+    check(
+        "graded down", [](int i) { return std::pow(0.3, i); },
+        [](int i) { return std::pow(0.3, i); });
+    check(
+        "graded up", [](int i) { return -std::pow(0.3, 20 - i); },
+        [](int i) { return std::pow(0.3, 20 - i); });
+    check(
+        "splitting", [](int i) { return i == 11 ? 0 : 1 + i % 3; },
+        [](int i) { return i % 5 == 4 ? 0 : -0.5; });
+    for (double off : {1e20, 1e-20})
+        this->check(bidiagonal<Real>(
+            'U', 2, [](int i) { return 1 - 3.0 * i; }, [=](int) { return off; }));
+    const double big = std::numeric_limits<Real>::max() / 64;
+    check(
+        "large", [=](int i) { return big / (1 + i); }, [=](int) { return big / 3; });
+    // Its squares underflow, and it is far above what counts as zero.
+    const double eps = epsilon<Real>, tiny = std::numeric_limits<Real>::min() / (eps * eps);
+    check(
+        "tiny", [=](int i) { return tiny * (1 + i); }, [=](int) { return tiny; });
+}
+
+// Small singular values are as accurate, relative to themselves, as large ones: also those that do
+// not show in any element.
+TYPED_TEST(Bdsqr, RelativeAccuracy) {
+    auto check = [&](auto d, auto e) {
+        const auto b = bidiagonal<RealOf<TypeParam>>('U', 11, d, e);
+        const auto exact = Bdsqr<double>::runValues(b), values = this->runValues(b);
+        EXPECT_LT(exact[10], 1e-6 * exact[0]);
+        for (int i = 0; i < 11; ++i)
+            EXPECT_NEAR(1, values[i] / exact[i], 100 * epsilon<TypeParam>) << i;
+    };
+    for (double ratio : {0.1, 10.0}) {
+        auto graded = [=](int i) { return std::pow(ratio, i - 5) * (1 + 0.1 * i); };
+        check(graded, graded);
+    }
+    check([](int i) { return 1 + 0.1 * i; }, [](int) { return 10.0; });
+}
+
+// The iteration gives up after its first sweep: what it reached is a factorisation nevertheless.
+TYPED_TEST(Bdsqr, NoConvergenceLeavesPartialResults) {
+    using T = TypeParam;
+    const auto saved = lumo::bdsqrTuning<T>;
+    lumo::bdsqrTuning<T> = {0};
+    for (char uplo : {'U', 'L'}) {
+        const auto b = this->random(uplo, 12);
+        const auto r = this->run(b, this->identity(12, 13), this->identity(12, 12), this->none());
+        EXPECT_EQ(std::count_if(r.e.begin(), r.e.end(), [](double e) { return e != 0; }), r.info);
+        EXPECT_GT(r.info, 8);
+        this->checkFactors(b, r);
+    }
+    lumo::bdsqrTuning<T> = saved;
+}
+
+TYPED_TEST(Bdsqr, NeitherNanNorInfinityBecomesAValue) {
+    using T = TypeParam;
+    for (double bad : {std::nan(""), HUGE_VAL})
+        for (bool diagonal : {true, false}) {
+            auto b = this->random('U', 12);
+            (diagonal ? b.d : b.e)[5] = bad;
+            const auto vt = Matrix<T>::random(12, 12), u = Matrix<T>::random(12, 12);
+            const auto r = this->run(b, vt, u, this->none());
+            EXPECT_EQ(11, r.info);
+            for (double value : r.d) EXPECT_TRUE(std::isnan(value));
+            EXPECT_TRUE(vt == r.vt && u == r.u);
+            const Bidiagonal single{'U', {bad}, {}};
+            EXPECT_EQ(1, this->run(single, this->none(), this->none(), this->none()).info);
+        }
+}
+
+class BdsqrCalls : public OnSoftwareDevice {
+  protected:
+    static constexpr int n = 30;
+    // Which vectors there are; d and e are powers of `ratio`, but for a perturbation.
+    static std::vector<software::Call> traceOf(bool vt, bool u, bool c, int order = n,
+                                               float ratio = 1) {
+        const auto a = Matrix<float>::random(order, order);
+        auto elements = Matrix<float>(order, 1);
+        for (int i = 0; i < order; ++i)
+            elements(i, 0) = std::pow(ratio, float(i)) + 0.1f * float(i % 7) * (ratio == 1);
+        OnDevice<float> d(elements), e(elements), x(a), y(a), z(a);
+        software::startTrace();
+        lumo::bdsqr<float>('U', order, vt ? order : 0, u ? order : 0, c ? order : 0, d.data(),
+                           e.data(), x.data(), order, y.data(), order, z.data(), order);
+        return software::stopTrace();
+    }
+};
+
+TEST_F(BdsqrCalls, OneLaunchAMatrixAndOneTransferASweep) {
+    for (auto [vt, u, c] : {std::array{true, true, true},
+                            {true, false, false},
+                            {false, true, false},
+                            {false, false, true},
+                            {true, true, false}}) {
+        const auto trace = traceOf(vt, u, c);
+        const int sweeps = count(trace, "cudaMemcpyAsync");
+        EXPECT_GT(sweeps, n);
+        EXPECT_EQ(sweeps * (vt + u), count(trace, "LASR_k<cudalib::StaticMap1D<64u>, (char)82"));
+        EXPECT_EQ(sweeps * c, count(trace, "LASR_k<cudalib::StaticMap1D<128u>, (char)76"));
+        EXPECT_EQ(vt ? 2 : 0, count(trace, "TransposeInplace_k<"));
+        EXPECT_EQ(4, count(trace, "cudaMemcpy"));
+        // The sweeps' own rotations, and only the pairs that somebody wants.
+        const int unit = int(sizeof(float)) * 2 * (vt + (u || c));
+        std::set<int> sizes;
+        for (const auto& call : trace) {
+            if (call.name == "cudaMemcpyAsync") sizes.insert(std::stoi(call.arguments.at(2)));
+        }
+        for (int size : sizes) EXPECT_EQ(0, size % unit);
+        EXPECT_EQ((n - 1) * unit, *sizes.rbegin());
+        EXPECT_EQ(2 * unit, *sizes.begin());  // a smaller block takes no sweep
+    }
+}
+
+TEST_F(BdsqrCalls, ChasesTowardsTheSmallElements) {
+    for (float ratio : {0.5f, 2.0f}) {
+        const auto trace = traceOf(false, true, false, 12, ratio);
+        const std::string kernel = "LASR_k<cudalib::StaticMap1D<64u>, (char)82, (char)86, (char)";
+        EXPECT_EQ(ratio<1, count(trace, kernel + "70")> 0);
+        EXPECT_EQ(ratio > 1, count(trace, kernel + "66") > 0);
+    }
+}
+
+TEST_F(BdsqrCalls, ValuesAloneNeedNoDevice) {
+    const auto trace = traceOf(false, false, false);
+    for (const auto& call : trace) EXPECT_EQ("cudaMemcpy", call.name);
+    EXPECT_EQ(4u, trace.size());
+    EXPECT_EQ(2, count(traceOf(false, false, false, 1), "cudaMemcpy"));
+}
+
+// Each call in turn fails: an error is raised, at the latest by the check at the end of a routine,
+// and nothing is lost.
+TEST_F(BdsqrCalls, EveryFailureIsReported) {
+    int nth = 0;
+    for (std::string failed = "."; !failed.empty() && nth < 300;) {
+        const auto before = software::usage();
+        software::Fault fault;
+        fault.nth = ++nth;
+        software::inject(fault);
+        bool raised = false;
+        try {
+            const auto b = Matrix<float>::random(5, 5);
+            OnDevice<float> unused(b);
+            traceOf(true, true, true, 5);
+            cudalib::synchronizeAndCheck();
+        } catch (const std::exception&) {
+            raised = true;
+        }
+        software::stopTrace();
+        failed = software::removeFault();
+        const bool harmless = failed == "cudaFree" || failed == "cudaFreeHost";
+        EXPECT_TRUE(raised || failed.empty() || harmless) << nth << ": " << failed;
+        cudaThreadSynchronize();
+        cudaGetLastError();
+        cublasGetError();
+        EXPECT_EQ(before.pageLockedBytes, software::usage().pageLockedBytes) << failed;
+    }
+    EXPECT_GT(nth, 50);
+    EXPECT_LT(nth, 300);
+}
+
+TEST_F(BdsqrCalls, ChecksInOrder) {
+    float x = 0;
+    auto info = [&](char uplo, int n, int ncvt, int nru, int ncc, int ldvt, int ldu, int ldc) {
+        return argumentError([&] {
+            lumo::bdsqr<float>(uplo, n, ncvt, nru, ncc, &x, &x, &x, ldvt, &x, ldu, &x, ldc);
+        });
+    };
+    EXPECT_EQ(-1, info('X', -1, -1, -1, -1, 0, 0, 0));
+    EXPECT_EQ(-2, info('U', -1, -1, -1, -1, 0, 0, 0));
+    EXPECT_EQ(-3, info('l', 3, -1, -1, -1, 0, 0, 0));
+    EXPECT_EQ(-4, info('U', 3, 0, -1, -1, 0, 0, 0));
+    EXPECT_EQ(-5, info('U', 3, 0, 0, -1, 0, 0, 0));
+    EXPECT_EQ(-9, info('U', 3, 0, 0, 0, 0, 0, 0));
+    EXPECT_EQ(-9, info('U', 3, 1, 0, 0, 2, 0, 0));
+    EXPECT_EQ(-11, info('U', 3, 1, 4, 0, 3, 3, 0));
+    EXPECT_EQ(-13, info('U', 3, 0, 0, 0, 1, 1, 0));
+    EXPECT_EQ(-13, info('U', 3, 1, 4, 1, 3, 4, 2));
+    EXPECT_EQ(0, info('U', 0, 0, 0, 0, 1, 1, 1));
+}
+
+}  // namespace
+}  // namespace test
