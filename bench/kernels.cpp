@@ -1,6 +1,6 @@
 // Auxiliary kernels on the software device against loops written for the CPU, on one thread:
-// 4096 x 4096 float matrices, whole launches, medians. `ratio` is the kernel's time over the
-// loop's.
+// 4096 x 4096 float matrices (LASR: of the order given), whole launches, medians. `ratio` is the
+// kernel's time over the loop's.
 #include <benchmark/benchmark.h>
 #include <sys/mman.h>
 
