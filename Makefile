@@ -42,7 +42,7 @@ thread-check: setup
 
 # Lumo against the CPU LAPACK and BLAS, one thread each.
 bench: build
-	for b in lapack least_squares blas kernels; do \
+	for b in lapack least_squares svd blas kernels; do \
 	    OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 build/default/bench/bench_$$b; \
 	done
 

@@ -1,7 +1,12 @@
 // Auxiliary kernels on the software device against loops written for the CPU, on one thread:
+<<<<<<< HEAD
 // 4096 x 4096 float matrices, whole launches, medians. `ratio` is the kernel's time over the
 // loop's. The transposed matrix-vector product is compared with the CPU BLAS, on n x n and, as
 // panel reductions have it, on narrow operands.
+=======
+// 4096 x 4096 float matrices (LASR: of the order given), whole launches, medians. `ratio` is the
+// kernel's time over the loop's.
+>>>>>>> s
 #include <benchmark/benchmark.h>
 #include <sys/mman.h>
 

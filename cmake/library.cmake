@@ -64,10 +64,12 @@ add_library(lumo_objects OBJECT
     src/lapack/generate_q.cpp
     src/lapack/geqrf.cpp
     src/lapack/gesv.cpp
+    src/lapack/gesvd.cpp
     src/lapack/getrf.cpp
     src/lapack/getrs.cpp
     src/lapack/gglse.cpp
     src/lapack/labrd.cpp
+    src/lapack/orgbr.cpp
     src/lapack/orthogonal_factorization.cpp
     src/lapack/trtrs.cpp
     src/runtime/device_exports.cpp

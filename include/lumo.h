@@ -448,6 +448,37 @@ LUMO_API lumoStatus lumoDeviceCgglse(int m, int n, int p, lumoFloatComplex* a, i
                                      lumoFloatComplex* b, int ldb, lumoFloatComplex* c,
                                      lumoFloatComplex* d, lumoFloatComplex* x);
 
+/* ---- Singular value decomposition (LAPACK xGESVD) ----------------------------------------- */
+
+/* A = U S V^H for an m x n matrix, with k = min(m, n) singular values. jobu tells what becomes of
+ * the left singular vectors, the columns of U, and jobvt of the right ones, the rows of V^H:
+ *   "A"  all m (n) of them go to u (vt),      m x m (n x n);
+ *   "S"  the first k of them go to u (vt),    m x k (k x n);
+ *   "O"  the first k of them overwrite a;     not both;
+ *   "N"  none is computed.
+ * a: m x n, overwritten. s: the k singular values, descending. u and vt are output only and are not
+ * looked at where the job is "O" or "N"; ldu, ldvt are at least 1 then. Unlike LAPACK's routine it
+ * does not scale: elements whose squares overflow or underflow are the caller's to scale.
+ *
+ * Status 7, info -1: jobu; -2: jobvt, or "O" twice; -3: m < 0; -4: n < 0; -6: lda < max(1, m);
+ * -9: ldu < 1, or < m where u is used; -11: ldvt < 1, or < n ("A"), < k ("S"); and for m, n > 0
+ * -5: null a; -7: null s; -8: null u where it is used; -10: null vt likewise.
+ * Status 8, info i > 0: i off-diagonals of an intermediate bidiagonal matrix did not converge to
+ * zero, or A holds a NaN or an infinity, in which case s holds NaN.
+ * Device memory beside the operands: at most 4 k^2 + 3 nb (m + n) + 6 nb^2 + 8 k elements and
+ * reals, with nb = 96 for S, 64 for C, and no n^2 for a matrix much wider than tall or m^2 for one
+ * much taller than wide. */
+LUMO_API lumoStatus lumoSgesvd(char jobu, char jobvt, int m, int n, float* a, int lda, float* s,
+                               float* u, int ldu, float* vt, int ldvt);
+LUMO_API lumoStatus lumoCgesvd(char jobu, char jobvt, int m, int n, lumoFloatComplex* a, int lda,
+                               float* s, lumoFloatComplex* u, int ldu, lumoFloatComplex* vt,
+                               int ldvt);
+LUMO_API lumoStatus lumoDeviceSgesvd(char jobu, char jobvt, int m, int n, float* a, int lda,
+                                     float* s, float* u, int ldu, float* vt, int ldvt);
+LUMO_API lumoStatus lumoDeviceCgesvd(char jobu, char jobvt, int m, int n, lumoFloatComplex* a,
+                                     int lda, float* s, lumoFloatComplex* u, int ldu,
+                                     lumoFloatComplex* vt, int ldvt);
+
 #ifdef __cplusplus
 }
 #endif

@@ -75,9 +75,9 @@ class Elements {
 #endif
 };
 
-// A block of a 1-D map, for kernels that run along a line of the matrix for each element and pass
-// through much memory. A CPU takes strips as long as it has threads for: long enough ones are what
-// its prefetchers and page tables are good at.
+// A block of a 1-D map, for kernels that pass through much memory: for each element they run along
+// a line of the matrix. A CPU takes long strips, one for each of its threads, since short ones
+// are hard on its prefetchers and page tables.
 class Strip {
   public:
     // f(i) for this block's i below n.

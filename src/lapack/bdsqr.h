@@ -13,12 +13,13 @@ namespace lumo {
 //
 // Argument errors: -1: uplo; -2: n < 0; -3: ncvt < 0; -4: nru < 0; -5: ncc < 0; -9: ldvt < 1, or
 // ldvt < n for ncvt > 0; -11: ldu < max(1, nru); -13: ldc < 1, or ldc < n for ncc > 0.
-// Data errors, which leave results that the device's memory holds when they are raised:
+// Data errors, raised when what they leave is in device memory:
 //   - no convergence in 6 n^2 steps: info is the number of off-diagonals that are not zero; d and e
 //     are the upper bidiagonal matrix that the iteration reached, neither positive nor sorted, and
 //     the vectors are updated accordingly;
 //   - d or e holds a NaN or an infinity: d becomes NaN, e and the vectors are untouched; info is
 //     the number of off-diagonals that are not zero, at least 1.
+// A failure of the device leaves the vectors undefined.
 //
 // The scalar iteration runs on the host; d and e cross once each way, each sweep's rotations once,
 // asynchronously, and a sweep is one kernel launch for each matrix. Device memory: 4 (n - 1) reals,

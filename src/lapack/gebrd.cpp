@@ -32,7 +32,7 @@ class BidiagonalReduction {
           taup_(taup) {}
 
     void run() const {
-        const int nb = gebrdBlock<T>.current();
+        const int nb = gebrdTuning<T>.current();
         // The last block, of 1 to nb columns, is the CPU's.
         const int split = (k_ - 1) / nb * nb;
         if (split > 0) reduceOnDevice(nb, split);

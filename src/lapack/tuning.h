@@ -38,7 +38,7 @@ inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 
 // Columns of a panel of gebrd; the last one is the CPU's.
 template <class T>
-inline BlockSize gebrdBlock{32, 96};
+inline BlockSize gebrdTuning{32, 96};
 
 struct BdsqrTuning {
     int stepsPerSquare;  // the iteration gives up after this many times n^2 rotations

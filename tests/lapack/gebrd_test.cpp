@@ -27,9 +27,9 @@ constexpr double bidiagonalBound = 50;  // LAPACK xBDT01, the testers' standard 
 
 template <class T>
 std::shared_ptr<void> blocksOf(int nb) {
-    const lumo::BlockSize saved = lumo::gebrdBlock<T>;
-    lumo::gebrdBlock<T> = {nb, nb};
-    return std::shared_ptr<void>(nullptr, [saved](void*) { lumo::gebrdBlock<T> = saved; });
+    const lumo::BlockSize saved = lumo::gebrdTuning<T>;
+    lumo::gebrdTuning<T> = {nb, nb};
+    return std::shared_ptr<void>(nullptr, [saved](void*) { lumo::gebrdTuning<T> = saved; });
 }
 
 // C := Q C for vect "Q", C P^H for "P", with the reflectors that xGEBRD leaves in an a.m x a.n A.

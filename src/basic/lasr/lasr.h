@@ -6,9 +6,9 @@
 namespace lumo {
 
 // A := P A (side "L", P of order m) or A := A P^T (side "R", P of order n) for an m x n device
-// matrix. P is the product of the rotations of the planes (k, k + 1), k = 1, 2, ..., which
-// [c(k) s(k); -s(k) c(k)] tells, for direct "F" the first rotation applied first, for "B" the last.
-// c and s: device memory, real, m - 1 (side "L") or n - 1 elements each.
+// matrix. P is the product of rotations [c(k) s(k); -s(k) c(k)] of the planes (k, k + 1); direct
+// "F" applies the first one first, "B" the last one. c and s: device memory, real, m - 1 (side "L")
+// or n - 1 elements each.
 //
 // Only pivot "V" (neighbouring planes) is there; "T" and "B" do nothing, successfully. Letters in
 // either case. Side "R" is the fast one: its rotations run along whole columns.

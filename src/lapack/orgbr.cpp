@@ -1,0 +1,48 @@
+#include "lapack/orgbr.h"
+
+#include <algorithm>
+
+#include "basic/Copy/Copy.h"
+#include "basic/LASET/LASET.h"
+#include "cudalib/workspace_pool.h"
+#include "lapack/generate_q.h"
+#include "lapack/tuning.h"
+#include "runtime/complex.h"
+
+namespace lumo {
+namespace {
+
+// Moves all columns but the last one to the right ("Q") or all rows but the last one down ("P") in
+// a matrix of order n, whose first row and column become those of the unit matrix. By slabs of
+// columns from the right, through scratch: a kernel has no order in which to move in place.
+template <class T>
+void shiftReflectors(bool right, int n, T* a, int lda) {
+    auto at = [=](int i, int j) { return a + std::size_t(j) * std::size_t(lda) + i; };
+    const int width = std::min(n, geqrfTuning<T>.current());
+    cudalib::Workspace<T> scratch(std::size_t(n) * std::size_t(width));
+    for (int end = n; end > 1; end -= width) {
+        const int begin = std::max(1, end - width), count = end - begin;
+        copyMatrix(n - 1, count, right ? at(1, begin - 1) : at(0, begin), lda, scratch.data(), n);
+        copyMatrix(n - 1, count, scratch.data(), n, at(1, begin), lda);
+    }
+    LASET('A', n, 1, T(0), T(1), a, lda);
+    LASET('A', 1, n, T(0), T(1), a, lda);
+}
+
+}  // namespace
+
+template <class T>
+void orgbr(char vect, int m, int n, int k, T* a, int lda, T* tau) {
+    if (m <= 0 || n <= 0) return;
+    const bool q = vect == 'Q';
+    if (q ? m >= k : k < n) return q ? orgqr(m, n, k, a, lda, tau) : orglq(m, n, k, a, lda, tau);
+    shiftReflectors(q, n, a, lda);
+    if (n > 1) (q ? orgqr<T> : orglq<T>)(n - 1, n - 1, n - 1, a + std::size_t(lda) + 1, lda, tau);
+}
+
+template void orgbr(char, int, int, int, float*, int, float*);
+template void orgbr(char, int, int, int, double*, int, double*);
+template void orgbr(char, int, int, int, Complex<float>*, int, Complex<float>*);
+template void orgbr(char, int, int, int, Complex<double>*, int, Complex<double>*);
+
+}  // namespace lumo

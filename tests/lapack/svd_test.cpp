@@ -1,0 +1,371 @@
+// gesvd through the harness, with all 15 pairs of jobs.
+#include <cctype>
+
+#include "lapack/frame.h"
+#include "lapack/gesvd.h"
+#include "lapack/operands_call.h"
+#include "lapack/orthogonal.h"
+#include "lapack/tuning.h"
+
+extern "C" void zgesvd_(const char*, const char*, const int*, const int*, std::complex<double>*,
+                        const int*, double*, std::complex<double>*, const int*,
+                        std::complex<double>*, const int*, std::complex<double>*, const int*,
+                        double*, int*, std::size_t, std::size_t);
+
+namespace test {
+namespace {
+
+using lumo::Complex;
+
+constexpr double svdBound = 50;  // LAPACK xDRVBD with svd.in
+
+// Panels of so many columns in the reduction and of 4 elsewhere.
+template <class T>
+std::shared_ptr<void> shrinkSvd(int columns = 4) {
+    const lumo::BlockSize saved = lumo::gebrdTuning<T>;
+    lumo::gebrdTuning<T> = {columns, columns};
+    return std::shared_ptr<void>(
+        nullptr, [saved, panels = shrinkPanels<T>()](void*) { lumo::gebrdTuning<T> = saved; });
+}
+
+template <class T>
+struct Exports;
+template <>
+struct Exports<float> {
+    static constexpr auto host = lumoSgesvd, device = lumoDeviceSgesvd;
+};
+template <>
+struct Exports<Complex<float>> {
+    static constexpr auto host = lumoCgesvd, device = lumoDeviceCgesvd;
+};
+
+struct Jobs {
+    char u, vt;
+    char upperU() const { return char(std::toupper(u)); }
+    char upperVt() const { return char(std::toupper(vt)); }
+};
+
+// The operand that holds the singular values is a vector of T, of which they fill the beginning.
+template <class T>
+std::vector<double> valuesIn(const Matrix<T>& s) {
+    const auto* first = reinterpret_cast<const RealOf<T>*>(s.data.data());
+    return {first, first + s.m};
+}
+
+std::vector<double> referenceValues(WideMatrix a) {
+    const int k = std::min(a.m, a.n), one = 1, size = 64 * (a.m + a.n);
+    std::vector<double> s(k), rwork(5 * k + 1);
+    std::vector<Wide> work(size);
+    Wide unused;
+    int info = 0;
+    zgesvd_("N", "N", &a.m, &a.n, a.data.data(), &a.m, s.data(), &unused, &one, &unused, &one,
+            work.data(), &size, rwork.data(), &info, 1, 1);
+    return s;
+}
+
+// The first `rows` rows and `columns` columns.
+template <class T>
+WideMatrix leading(const Matrix<T>& a, int rows, int columns) {
+    WideMatrix part(rows, columns);
+    for (int j = 0; j < columns; ++j)
+        for (int i = 0; i < rows; ++i) part(i, j) = wide(a(i, j));
+    return part;
+}
+
+// The values are those of A, in order. Vectors are orthonormal; with both sides A is restored, with
+// one side alone its vectors span A's range (row space) and take A to rows (columns) of the
+// singular values' lengths, orthogonal to each other.
+template <class T>
+void checkSvd(Jobs jobs, const std::vector<Matrix<T>>& before,
+              const std::vector<Matrix<T>>& after) {
+    const int m = before[0].m, n = before[0].n, k = std::min(m, n);
+    const WideMatrix a(before[0]);
+    const std::vector<double> s = valuesIn(after[1]), expected = referenceValues(a);
+    const double size = std::max(m, n) * epsilon<T>, scale = norm1(a) > 0 ? norm1(a) : 1;
+    for (int i = 0; i < k; ++i) {
+        EXPECT_NEAR(expected[i], s[i], svdBound * size * expected[0]) << "value " << i;
+        EXPECT_GE(s[i], i + 1 < k ? s[i + 1] : 0);
+    }
+    WideMatrix sigma(k, k);
+    for (int i = 0; i < k; ++i) sigma(i, i) = s[i];
+
+    const bool left = jobs.upperU() != 'N', right = jobs.upperVt() != 'N';
+    const WideMatrix u =
+        left ? leading(after[jobs.upperU() == 'O' ? 0 : 2], m, k) : WideMatrix(0, 0);
+    const WideMatrix vt =
+        right ? leading(after[jobs.upperVt() == 'O' ? 0 : 3], k, n) : WideMatrix(0, 0);
+    if (jobs.upperU() == 'A') {
+        EXPECT_LT(orthogonality(WideMatrix(after[2]), epsilon<T>), svdBound);
+    }
+    if (jobs.upperVt() == 'A') {
+        EXPECT_LT(orthogonality(WideMatrix(after[3]), epsilon<T>), svdBound);
+    }
+    if (left) {
+        EXPECT_LT(orthogonality(u, epsilon<T>), svdBound);
+        const WideMatrix w = op('C', u) * a;
+        EXPECT_LT(norm1(a - u * w) / (scale * size), svdBound);
+        EXPECT_LT(norm1(w * op('C', w) - sigma * sigma) / (scale * scale * size), svdBound);
+    }
+    if (right) {
+        EXPECT_LT(orthogonality(vt, epsilon<T>), svdBound);
+        const WideMatrix w = a * op('C', vt);
+        EXPECT_LT(norm1(a - w * vt) / (scale * size), svdBound);
+        EXPECT_LT(norm1(op('C', w) * w - sigma * sigma) / (scale * scale * size), svdBound);
+    }
+    if (left && right) {
+        EXPECT_LT(norm1(a - u * sigma * vt) / (scale * size), svdBound);
+    }
+}
+
+template <class T>
+std::unique_ptr<OperandsCall<T>> svdCall(Jobs jobs, Matrix<T> a, Interface interface, bool shrunk) {
+    const int m = a.m, n = a.n, k = std::min(m, n), lda = a.ld;
+    auto separate = [](char job) { return job == 'A' || job == 'S'; };
+    const bool hasU = separate(jobs.upperU()), hasVt = separate(jobs.upperVt());
+    auto u = blank<T>(hasU ? m : 0, hasU ? (jobs.upperU() == 'A' ? m : k) : 0, m + 1);
+    auto vt = blank<T>(hasVt ? (jobs.upperVt() == 'A' ? n : k) : 0, hasVt ? n : 0, n + 2);
+    const int ldu = hasU ? u.ld : 1, ldvt = hasVt ? vt.ld : 1;
+    auto run = [=](Interface where, const std::vector<T*>& at) {
+        const auto blocks = shrunk ? shrinkSvd<T>() : nullptr;
+        auto* const s = reinterpret_cast<RealOf<T>*>(at[1]);
+        T *const atU = hasU ? at[2] : nullptr, *const atVt = hasVt ? at[3] : nullptr;
+        if constexpr (std::is_same_v<RealOf<T>, double>)
+            return lumo::computeFrame<T>(lumo::deviceCall, [&] {
+                lumo::gesvd(jobs.u, jobs.vt, m, n, at[0], lda, s, atU, ldu, atVt, ldvt);
+            });
+        else
+            return (where == Interface::host ? Exports<T>::host : Exports<T>::device)(
+                jobs.u, jobs.vt, m, n, exported(at[0]), lda, s, exported(atU), ldu, exported(atVt),
+                ldvt);
+    };
+    auto check = [jobs](const auto& before, const auto& after) { checkSvd(jobs, before, after); };
+    return std::make_unique<OperandsCall<T>>(
+        std::vector<Matrix<T>>{std::move(a), blank<T>(k), std::move(u), std::move(vt)}, interface,
+        run, check);
+}
+
+std::vector<Jobs> allJobs() {
+    std::vector<Jobs> all;
+    for (char u : {'A', 's', 'O', 'N'})
+        for (char vt : {'a', 'S', 'o', 'N'})
+            if (u != 'O' || vt != 'o') all.push_back({u, vt});
+    return all;
+}
+
+std::string label(Jobs jobs, int m, int n, Interface interface) {
+    return std::string{jobs.u, jobs.vt} + " " + std::to_string(m) + " x " + std::to_string(n) +
+           (interface == Interface::host ? ", host" : ", device");
+}
+
+template <class T>
+std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs,
+                               std::initializer_list<std::pair<int, int>> shapes, bool shrunk) {
+    std::vector<GoodCase> cases;
+    for (Interface interface : interfaces<T>())
+        for (auto [m, n] : shapes)
+            for (Jobs j : jobs)
+                cases.push_back({label(j, m, n, interface), [=, m = m, n = n] {
+                                     return svdCall<T>(j, Matrix<T>::random(m, n, m + 3), interface,
+                                                       shrunk);
+                                 }});
+    return cases;
+}
+
+template <class T>
+std::vector<ArgumentCase> argumentCases() {
+    std::vector<ArgumentCase> cases;
+    if constexpr (std::is_same_v<RealOf<T>, float>) {
+        static T memory[16];
+        static float values[4];
+        for (auto f : {Exports<T>::host, Exports<T>::device}) {
+            // Letters name the operands that are not null.
+            auto call = [=](char u, char vt, int m, int n, int lda, int ldu, int ldvt,
+                            std::string has) {
+                auto at = [=](char which) {
+                    return exported(has.find(which) == has.npos ? nullptr : memory);
+                };
+                return [=] {
+                    return f(u, vt, m, n, at('a'), lda,
+                             has.find('s') == has.npos ? nullptr : values, at('u'), ldu, at('v'),
+                             ldvt);
+                };
+            };
+            cases.insert(cases.end(),
+                         {{"jobu", call('X', 'X', -1, -1, 0, 0, 0, ""), -1},
+                          {"jobvt", call('a', 'X', -1, -1, 0, 0, 0, ""), -2},
+                          {"both overwrite", call('o', 'o', -1, -1, 0, 0, 0, ""), -2},
+                          {"m", call('N', 'N', -1, -1, 0, 0, 0, ""), -3},
+                          {"n", call('N', 'N', 2, -1, 0, 0, 0, ""), -4},
+                          {"lda before a", call('N', 'N', 2, 2, 1, 0, 0, ""), -6},
+                          {"ldu without u", call('N', 'N', 2, 2, 2, 0, 0, ""), -9},
+                          {"ldu", call('S', 'N', 2, 2, 2, 1, 0, ""), -9},
+                          {"ldvt without vt", call('N', 'O', 2, 2, 2, 1, 0, ""), -11},
+                          {"ldvt of all rows", call('N', 'A', 2, 3, 2, 1, 2, ""), -11},
+                          {"ldvt of some rows", call('N', 'S', 2, 3, 2, 1, 1, ""), -11},
+                          {"ldvt of some rows is enough", call('N', 'S', 2, 3, 2, 1, 2, ""), -5},
+                          {"s", call('A', 'A', 2, 2, 2, 2, 2, "a"), -7},
+                          {"u", call('A', 'A', 2, 2, 2, 2, 2, "as"), -8},
+                          {"vt", call('A', 'A', 2, 2, 2, 2, 2, "asu"), -10},
+                          {"no rows", call('A', 'A', 0, 2, 1, 1, 2, ""), 0},
+                          {"no columns", call('A', 'A', 2, 0, 2, 2, 1, ""), 0}});
+        }
+    }
+    return cases;
+}
+
+// NaN and infinity come out as such, with a status, on both sides of the crossover.
+template <class T>
+std::vector<FailingCase> failingCases() {
+    std::vector<FailingCase> cases;
+    for (double bad : {std::nan(""), HUGE_VAL})
+        for (auto [m, n] : {std::pair{9, 9}, {20, 6}, {6, 20}})
+            cases.push_back({"not finite", [=, m = m, n = n] {
+                                 auto a = Matrix<T>::random(m, n);
+                                 a(4, 5) = scalar<T>(bad);
+                                 auto call = svdCall<T>({'S', 'S'}, a, interfaces<T>()[0], true);
+                                 EXPECT_EQ(lumoDataError, call->run());
+                                 EXPECT_GT(lumoGetErrorInfo(), 0);
+                                 for (double s : valuesIn(call->results()[1]))
+                                     EXPECT_TRUE(std::isnan(s));
+                             }});
+    return cases;
+}
+
+template <class T>
+bool registerSvd(const std::string& letter) {
+    // Both sides of the crossover (8 x 5, 7 x 5) and of the panels, square, one row, one column.
+    auto good = svdCases<T>(
+        allJobs(),
+        {{1, 1}, {1, 6}, {6, 1}, {7, 5}, {8, 5}, {5, 8}, {5, 7}, {9, 9}, {21, 9}, {9, 21}}, true);
+    for (auto& c :
+         svdCases<T>({{'S', 'S'}}, {{130, 110}, {110, 130}, {250, 100}, {100, 250}}, false))
+        good.push_back(std::move(c));
+    return registerRoutine(
+        {letter + "gesvd", std::move(good), argumentCases<T>(), failingCases<T>(),
+         svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}, false),
+         std::is_same_v<RealOf<T>, double>, [] { return shrinkSvd<T>(2); }, true});
+}
+
+const bool registered = registerSvd<float>("S") && registerSvd<Complex<float>>("C") &&
+                        registerSvd<double>("D") && registerSvd<Complex<double>>("Z");
+
+// --- Hard matrices --------------------------------------------------------------------------
+
+template <class T>
+class HardMatrices : public OnMachine {
+  protected:
+    // U diag(values) V^H with the Q factors of random matrices.
+    Matrix<T> withValues(int m, int n, const std::vector<double>& values) {
+        auto q = [](int rows, int columns, unsigned seed) {
+            WideMatrix a(Matrix<T>::random(rows, columns, 0, seed));
+            for (int j = 0; j < columns; ++j)  // modified Gram-Schmidt, twice for the digits
+                for (int pass = 0; pass < 2; ++pass) {
+                    for (int k = 0; k < j; ++k) {
+                        Wide dot = 0;
+                        for (int i = 0; i < rows; ++i) dot += std::conj(a(i, k)) * a(i, j);
+                        for (int i = 0; i < rows; ++i) a(i, j) -= dot * a(i, k);
+                    }
+                    double norm = 0;
+                    for (int i = 0; i < rows; ++i) norm += std::norm(a(i, j));
+                    for (int i = 0; i < rows; ++i) a(i, j) /= std::sqrt(norm);
+                }
+            return a;
+        };
+        const int k = std::min(m, n);
+        WideMatrix u = q(m, k, 11);
+        for (int j = 0; j < k; ++j)
+            for (int i = 0; i < m; ++i) u(i, j) *= values[j];
+        const WideMatrix product = u * op('C', q(n, k, 12));
+        Matrix<T> a(m, n);
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i)
+                a(i, j) = scalar<T>(product(i, j).real(), product(i, j).imag());
+        return a;
+    }
+
+    void check(const Matrix<T>& a, const char* what) {
+        for (Jobs jobs : {Jobs{'A', 'A'}, {'S', 'O'}, {'N', 'N'}}) {
+            SCOPED_TRACE(std::string(what) + ' ' + jobs.u + jobs.vt);
+            auto call = svdCall<T>(jobs, a, interfaces<T>()[0], true);
+            ASSERT_EQ(lumoNoError, call->run());
+            call->checkResult();
+        }
+    }
+};
+TYPED_TEST_SUITE(HardMatrices, ElementTypes);
+
+TYPED_TEST(HardMatrices, ComeOutRight) {
+    using T = TypeParam;
+    for (auto [m, n] : {std::pair{14, 14}, {30, 11}, {11, 30}}) {
+        const int k = std::min(m, n);
+        this->check(Matrix<T>(Matrix<T>::random(m, n, 0, 3)), "random");
+        auto zeros = Matrix<T>::random(m, n);
+        std::fill(zeros.data.begin(), zeros.data.end(), T(0));
+        this->check(zeros, "zero");
+        for (int i = 0; i < k; ++i) zeros(i, i) = scalar<T>(i % 3 ? -i : i);
+        this->check(zeros, "diagonal, of both signs, one zero");
+        std::vector<double> graded(k), clustered(k, 1), deficient(k);
+        for (int i = 0; i < k; ++i) {
+            graded[i] = std::pow(10.0, -i);
+            clustered[i] += (i % 2) * epsilon<T>;
+            deficient[i] = i < 3 ? 3 - i : 0;
+        }
+        this->check(this->withValues(m, n, graded), "graded");
+        this->check(this->withValues(m, n, clustered), "clustered");
+        this->check(this->withValues(m, n, deficient), "rank 3");
+    }
+}
+
+// --- What the trace tells -------------------------------------------------------------------
+
+class SvdPaths : public OnSoftwareDevice {};
+
+// The largest copy to the host of a device call, in bytes.
+std::size_t largestDownload(const std::vector<software::Call>& trace) {
+    std::size_t most = 0;
+    for (const auto& call : trace) {
+        if (call.name.rfind("cudaMemcpy", 0) != 0) continue;
+        const bool flat = call.name.rfind("cudaMemcpy2D", 0) != 0;
+        const auto& x = call.arguments;
+        const std::string& kind = flat ? x[3] : x[6];
+        if (kind != "2") continue;
+        most = std::max(most, flat ? std::stoul(x[2]) : std::stoul(x[4]) * std::stoul(x[5]));
+    }
+    return most;
+}
+
+// The reduction's last block and the panels of QR come to the host, the matrix does not; each sweep
+// is one launch for U and one for VT.
+TEST_F(SvdPaths, NoMatrixGoesToTheHost) {
+    for (auto [m, n] : {std::pair{300, 300}, {500, 300}}) {
+        OnDevice<float> a(Matrix<float>::random(m, n)), s(blank<float>(n)), u(blank<float>(m, n)),
+            vt(blank<float>(n, n));
+        software::startTrace();
+        ASSERT_EQ(lumoNoError, lumoDeviceSgesvd('S', 'S', m, n, a.data(), m, s.data(), u.data(), m,
+                                                vt.data(), n));
+        const auto trace = software::stopTrace();
+        EXPECT_LE(largestDownload(trace), std::size_t(m) * 96 * sizeof(float));
+        EXPECT_GT(count(trace, "LASR_k<"), 2 * n / 2);
+        EXPECT_EQ(0, count(trace, "LASR_k<") % 2);
+    }
+}
+
+// Memory grows with the matrix where no square of the long side is asked for.
+TEST_F(SvdPaths, LongMatricesNeedNoSquare) {
+    const int n = 20000, k = 20;
+    std::vector<float> a(std::size_t(n) * k), vectors(a.size()), s(k);
+    Random random;
+    for (float& x : a) x = random.next<float>();
+    for (bool tall : {true, false}) {
+        software::resetPeak();
+        ASSERT_EQ(lumoNoError,
+                  lumoSgesvd(tall ? 'S' : 'N', tall ? 'N' : 'S', tall ? n : k, tall ? k : n,
+                             a.data(), tall ? n : k, s.data(), vectors.data(), tall ? n : k,
+                             vectors.data(), tall ? k : k));
+        // Twenty rows have the pitch of 96.
+        EXPECT_LT(software::usage().devicePeak, 12 * a.size() * sizeof(float));
+    }
+}
+
+}  // namespace
+}  // namespace test
