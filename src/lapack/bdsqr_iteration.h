@@ -105,15 +105,18 @@ class BidiagonalIteration {
 
     // The unreduced block [first_, last_] at the bottom and its largest element.
     void findBlock() {
-        largest_ = std::abs(d_[last_]);
-        for (first_ = last_; first_ > 0; --first_) {
-            const Real off = std::abs(e_[first_ - 1]);
+        Real largest = std::abs(d_[last_]);
+        int first = last_;
+        for (; first > 0; --first) {
+            const Real off = std::abs(e_[first - 1]);
             if (off <= threshold_) {
-                e_[first_ - 1] = 0;
-                return;
+                e_[first - 1] = 0;
+                break;
             }
-            largest_ = std::max({largest_, std::abs(d_[first_ - 1]), off});
+            largest = std::max(largest, std::max(std::abs(d_[first - 1]), off));
         }
+        first_ = first;
+        largest_ = largest;
     }
 
     void finishTwoByTwo() {
@@ -155,8 +158,7 @@ class BidiagonalIteration {
             b.e(b.length - 1) = 0;
             return true;
         }
-        Real mu = std::abs(b.d(0));
-        smallest = mu;
+        Real mu = std::abs(b.d(0)), least = mu;
         for (int p = 0; p < b.length; ++p) {
             const Real off = std::abs(b.e(p));
             if (off <= tol_ * mu) {
@@ -164,8 +166,9 @@ class BidiagonalIteration {
                 return true;
             }
             mu = std::abs(b.d(p + 1)) * (mu / (mu + off));
-            smallest = std::min(smallest, mu);
+            least = std::min(least, mu);
         }
+        smallest = least;
         return false;
     }
 

@@ -6,6 +6,7 @@
 #include "basic/Copy/Copy.h"
 #include "basic/Scale/Scale.h"
 #include "basic/larfg/larfg.h"
+#include "blas/cublas.h"
 #include "blas/gemv/gemvt.h"
 #include "brd/brd/brd.h"
 
@@ -25,10 +26,18 @@ void conjugateIfComplex(int n, T* x, int incx) {
     if constexpr (isComplex<T>) conjugateVector(n, x, incx);
 }
 
+// The products with what is left of A go through the library's own kernel, made for long columns;
+// those with the panel's few columns or rows are CUBLAS's.
+
 // y := y - op(A) x.
 template <class T>
 void subtractProduct(char op, int m, int n, const T* a, int lda, const T* x, int incx, T* y) {
-    gemv(op, m, n, T(-1), a, lda, x, incx, T(1), y, 1);
+    cublas::gemv(op, m, n, T(-1), a, lda, x, incx, T(1), y, 1);
+}
+// y := op(A) x.
+template <class T>
+void panelProduct(char op, int m, int n, const T* a, int lda, const T* x, T* y) {
+    cublas::gemv(op, m, n, T(1), a, lda, x, 1, T(0), y, 1);
 }
 template <class T>
 void product(char op, int m, int n, const T* a, int lda, const T* x, T* y) {
@@ -69,7 +78,7 @@ void Labrd<T>::reduceColumn(int i, int head, RealOf<T>* value) const {
     T* const below = yi + i + 1;
     product(adjoint<T>, rows, n, a + head, lda, v, yi);
     subtractProduct('N', right, i, y + i + 1, ldy, yi, 1, below);
-    product(adjoint<T>, rows, head, x + head, ldx, v, yi);
+    panelProduct(adjoint<T>, rows, head, x + head, ldx, v, yi);
     subtractProduct(adjoint<T>, head, right, at(a, lda, 0, i + 1), lda, yi, 1, below);
     scale(right, below, tauq + i, 1, 1);
 }
@@ -95,7 +104,7 @@ void Labrd<T>::reduceRow(int i, int head, RealOf<T>* value) const {
     T* const below = xi + i + 1;
     product('N', m, columns, rest, lda, row, xi);
     subtractProduct('N', down, i, x + i + 1, ldx, xi, 1, below);
-    product(adjoint<T>, columns, head, y + head, ldy, row, xi);
+    panelProduct(adjoint<T>, columns, head, y + head, ldy, row, xi);
     subtractProduct('N', down, head, a + i + 1, lda, xi, 1, below);
     scale(down, below, taup + i, 1, 1);
     conjugateIfComplex(columns, row, 1);

@@ -32,7 +32,15 @@ lumoStatus classify() {
 }  // namespace
 
 lumoStatus mapCurrentException() noexcept {
-    const lumoStatus status = classify();
+    lumoStatus status = classify();
+    if (status == lumoDataError) {
+        // Data may be bad because the device failed at making them: that is the error to tell.
+        try {
+            cudalib::synchronizeAndCheck();
+        } catch (...) {
+            status = classify();
+        }
+    }
     cublasGetError();
     cudaGetLastError();
     return status;
