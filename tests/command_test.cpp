@@ -335,6 +335,9 @@ TEST_F(Command, NamesTheColumnOfASingularMatrix) {
     write("A", mtx("array real general", "1 1\n1e-30\n"));
     write("b", mtx("array real general", "1 1\n1e30\n"));
     expectRefusal("solve A b -o x.mtx", {"A: ", "not finite"});
+    write("b", mtx("array real general", "1 2\n1e30\n1\n"));  // the second solution is finite
+    expectRefusal("solve A b -o x.mtx", {"A: ", "not finite"});
+    expectRefusal("lstsq A b -o x.mtx", {"A: ", "not finite"});
 }
 
 // The columns of each A, or its rows if there are fewer, are orthogonal: X and the residuals are

@@ -49,6 +49,11 @@ double euclideanNorm(std::size_t count, const T* v) {
     return std::sqrt(sum);
 }
 
+// The larger one; not a number as soon as either is not.
+inline double larger(double a, double b) {
+    return a >= b || std::isnan(a) ? a : b;
+}
+
 // The largest of ||b - A x|| / (||A|| ||x|| eps max(m, n)) over the columns of B and X, in 1-norms
 // and with single precision's eps, as the LAPACK testers measure it (xGET02 lacks the max(m, n)):
 // of order 1 for a backward stable solver, a small fraction of it for a typical matrix.
@@ -63,9 +68,7 @@ double scaledResidual(int m, int n, int nrhs, const A* a, const A* b, const X* x
         const auto r = residualOf(m, n, a, b + std::size_t(k) * m, xk);
         const double error = sumOfMagnitudes(r.size(), r.data());
         const double gauge = normOfA * sumOfMagnitudes(n, xk) * singleEps * std::max(m, n);
-        // Not std::max: a NaN must come through, and 0 / 0 is a perfect zero solution.
-        const double ratio = error == 0 ? 0 : error / gauge;
-        if (!(ratio <= worst)) worst = ratio;
+        worst = larger(worst, error == 0 ? 0 : error / gauge);  // 0 / 0: a perfect zero solution
     }
     return worst;
 }

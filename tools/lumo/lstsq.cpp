@@ -93,7 +93,7 @@ double reportLeastSquares(const System& system, const std::vector<T>& x) {
     const int m = system.A.rows(), n = system.A.columns(), nrhs = system.B.columns();
     constexpr int few = 8;
     struct {
-        double norm = 0, relative = 0;
+        double norm = -1, relative = 0;
         int column = 0;
     } largest;
     double error = 0;
@@ -106,10 +106,8 @@ double reportLeastSquares(const System& system, const std::vector<T>& x) {
         if (nrhs <= few)
             std::printf("residual:   ||b - A x|| = %.6g, %.3g of ||b||%s\n", norm, relative,
                         nrhs > 1 ? ("  (column " + std::to_string(k + 1) + ")").c_str() : "");
-        if (!(norm <= largest.norm)) largest = {norm, relative, k + 1};
-        // As in scaledResidual, a NaN must come through.
-        const double distance = distanceFromOptimum(m, n, a, b, xk, r);
-        if (!(distance <= error)) error = distance;
+        if (norm > largest.norm) largest = {norm, relative, k + 1};
+        error = larger(error, distanceFromOptimum(m, n, a, b, xk, r));
     }
     if (nrhs > few)
         std::printf("residual:   ||b - A x|| = %.6g, %.3g of ||b||  (the largest, column %d)\n",
