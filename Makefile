@@ -1,11 +1,12 @@
 # The commands a newcomer types. Everything else is CMake: see CMakePresets.json.
 #
-#   make demo    solves a real system, checked against a published result
-#   make check   builds everything and runs every test
+#   make demo      solves a real system, checked against a published result
+#   make demo-fit  fits 44 years of carbon dioxide measurements, and draws the fit
+#   make check     builds everything and runs every test
 #
-# Both install what is missing first (Debian packages; without root they say what to type).
+# All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo check sanitize thread-check bench install bundle format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit check sanitize thread-check bench install bundle format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -24,6 +25,12 @@ demo: configure
 	cmake --build --preset default --target example_plate example_cylinder
 	build/default/examples/plate
 	build/default/examples/cylinder
+
+# The picture alone needs gnuplot.
+demo-fit: configure
+	@tools/setup.sh gnuplot-nox || echo "Without gnuplot there will be no picture."
+	cmake --build --preset default --target example_co2
+	cd build/default/examples && ./co2
 
 check: build
 	ctest --preset default --parallel 2

@@ -1,8 +1,9 @@
-// One linear system solved by Lumo and by the CPU LAPACK: times, residuals, ratio.
+// One problem solved by Lumo and by the CPU LAPACK: times, residuals, ratio.
 #pragma once
 
 #include <lumo.h>
 
+#include <algorithm>
 #include <chrono>
 #include <complex>
 #include <cstdio>
@@ -54,8 +55,26 @@ struct Solution {
     double residual;
 };
 
-// Solves a copy of A x = b by `gesv(n, a, ipiv, x)` and times it. The time is that
-// of a second run: the first also warms up the memory, the libraries and the device.
+// The seconds that `call()`, which returns 0 or what failed, takes after `prepare()`: the median of
+// some runs (short ones vary) after a first that also warms up the memory, the libraries and the
+// device.
+template <class Prepare, class Call>
+double secondsOf(const std::string& who, int runs, Prepare prepare, Call call) {
+    const lumo::Progress progress("solving, " + who);
+    std::vector<double> seconds;
+    for (int run = 0; run <= runs; ++run) {
+        prepare();
+        const auto start = std::chrono::steady_clock::now();
+        const int failed = call();
+        const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+        if (failed) throw std::runtime_error(who + " fails with " + std::to_string(failed));
+        if (run > 0) seconds.push_back(elapsed.count());
+    }
+    std::nth_element(seconds.begin(), seconds.begin() + runs / 2, seconds.end());
+    return seconds[runs / 2];
+}
+
+// Solves a copy of A x = b by `gesv(n, a, ipiv, x)` and times it.
 template <class T, class Gesv>
 Solution<T> timedSolve(const std::string& who, const std::vector<T>& a, const std::vector<T>& b,
                        Gesv gesv) {
@@ -63,18 +82,25 @@ Solution<T> timedSolve(const std::string& who, const std::vector<T>& a, const st
     std::vector<T> factors(a.size());
     std::vector<int> ipiv(b.size());
     Solution<T> solution{b, 0, 0};
-    const lumo::Progress progress("solving, " + who);
-    for (int run = 0; run < 2; ++run) {
+    const auto copy = [&] {
         factors = a;
         solution.x = b;
-        const auto start = std::chrono::steady_clock::now();
-        const int failed = gesv(n, factors.data(), ipiv.data(), solution.x.data());
-        const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-        if (failed) throw std::runtime_error(who + " fails with " + std::to_string(failed));
-        solution.seconds = elapsed.count();
-    }
-    solution.residual = lumo::scaledResidual(n, 1, a.data(), b.data(), solution.x.data());
+    };
+    solution.seconds = secondsOf(
+        who, 1, copy, [&] { return gesv(n, factors.data(), ipiv.data(), solution.x.data()); });
+    solution.residual = lumo::scaledResidual(n, n, 1, a.data(), b.data(), solution.x.data());
     return solution;
+}
+
+// Starts Lumo and says on which device.
+inline void startLumo() {
+    if (const lumoStatus status = lumoInitialize())
+        throw std::runtime_error(lumoGetStatusString(status));
+    int device = 0;
+    char name[300] = "";
+    lumoGetExecutingDevice(&device);
+    lumoGetDeviceInfo(device, name, sizeof name);
+    std::printf("device:      %s\n", name);
 }
 
 inline void print(const char* who, double seconds, double residual) {
@@ -85,13 +111,8 @@ inline void print(const char* who, double seconds, double residual) {
 // did. Returns Lumo's solution. Throws a std::runtime_error if either fails or is inaccurate.
 template <class T>
 std::vector<T> solveAndReport(const std::vector<T>& a, const std::vector<T>& b) {
-    if (const lumoStatus status = lumoInitialize())
-        throw std::runtime_error(lumoGetStatusString(status));
-    int device = 0;
-    char name[300] = "";
-    lumoGetExecutingDevice(&device);
-    lumoGetDeviceInfo(device, name, sizeof name);
-    std::printf("device:      %s\nn:           %zu\n", name, b.size());
+    startLumo();
+    std::printf("n:           %zu\n", b.size());
     std::fflush(stdout);
 
     const auto lumoSolve = [](int n, T* f, int* ipiv, T* x) { return lumoGesv(n, f, ipiv, x); };

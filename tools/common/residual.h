@@ -1,4 +1,5 @@
-// How well X solves A X = B.
+// How well X solves A X = B. Computed in double; A and B may be more precise than X. Matrices are
+// column-major without padding.
 #pragma once
 
 #include <algorithm>
@@ -14,40 +15,86 @@ namespace lumo {
 template <class T>
 constexpr bool isComplexNumber = !std::is_floating_point_v<T>;
 
-// The largest of ||b - A x|| / (||A|| ||x|| eps n) over the columns of B and X, in 1-norms and
-// with single precision's eps, as the LAPACK testers measure it (theirs lacks the n): of order 1
-// for a backward stable solver, a small fraction of it for a typical matrix. Computed in double;
-// A and B may be more precise than X. Matrices are column-major without padding.
+// The double-precision numbers of T's kind.
+template <class T>
+using WideOf = std::conditional_t<isComplexNumber<T>, std::complex<double>, double>;
+
+constexpr double singleEps = std::numeric_limits<float>::epsilon() / 2;
+
+// b - A x for an m x n matrix A and one right-hand side.
 template <class A, class X>
-double scaledResidual(int n, int nrhs, const A* a, const A* b, const X* x) {
-    using Wide = std::conditional_t<isComplexNumber<A>, std::complex<double>, double>;
-    const auto sumOfMagnitudes = [n](const auto* v) {
-        double sum = 0;
-        for (int i = 0; i < n; ++i) sum += std::abs(Wide(v[i]));
-        return sum;
-    };
+std::vector<WideOf<A>> residualOf(int m, int n, const A* a, const A* b, const X* x) {
+    using Wide = WideOf<A>;
+    std::vector<Wide> r(b, b + m);
+    for (int j = 0; j < n; ++j) {
+        const A* column = a + std::size_t(j) * m;
+        const Wide xj = Wide(x[j]);
+        for (int i = 0; i < m; ++i) r[i] -= Wide(column[i]) * xj;
+    }
+    return r;
+}
+
+template <class T>
+double sumOfMagnitudes(std::size_t count, const T* v) {
+    double sum = 0;
+    for (std::size_t i = 0; i < count; ++i) sum += std::abs(WideOf<T>(v[i]));
+    return sum;
+}
+
+// The 2-norm of a vector, the Frobenius norm of a matrix.
+template <class T>
+double euclideanNorm(std::size_t count, const T* v) {
+    double sum = 0;
+    for (std::size_t i = 0; i < count; ++i) sum += std::norm(WideOf<T>(v[i]));
+    return std::sqrt(sum);
+}
+
+// The larger one; not a number as soon as either is not.
+inline double larger(double a, double b) {
+    return a >= b || std::isnan(a) ? a : b;
+}
+
+// The largest of ||b - A x|| / (||A|| ||x|| eps max(m, n)) over the columns of B and X, in 1-norms
+// and with single precision's eps, as the LAPACK testers measure it (xGET02 lacks the max(m, n)):
+// of order 1 for a backward stable solver, a small fraction of it for a typical matrix.
+template <class A, class X>
+double scaledResidual(int m, int n, int nrhs, const A* a, const A* b, const X* x) {
     double normOfA = 0;
     for (int j = 0; j < n; ++j)
-        normOfA = std::fmax(normOfA, sumOfMagnitudes(a + std::size_t(j) * n));
-
-    const double eps = std::numeric_limits<float>::epsilon() / 2;
+        normOfA = std::fmax(normOfA, sumOfMagnitudes(m, a + std::size_t(j) * m));
     double worst = 0;
-    std::vector<Wide> r(n);
     for (int k = 0; k < nrhs; ++k) {
-        const A* bk = b + std::size_t(k) * n;
         const X* xk = x + std::size_t(k) * n;
-        for (int i = 0; i < n; ++i) r[i] = Wide(bk[i]);
-        for (int j = 0; j < n; ++j) {
-            const A* column = a + std::size_t(j) * n;
-            const Wide xj = Wide(xk[j]);
-            for (int i = 0; i < n; ++i) r[i] -= Wide(column[i]) * xj;
-        }
-        const double error = sumOfMagnitudes(r.data());
-        // Not std::max: a NaN must come through, and 0 / 0 is a perfect zero solution.
-        const double ratio = error == 0 ? 0 : error / (normOfA * sumOfMagnitudes(xk) * eps * n);
-        if (!(ratio <= worst)) worst = ratio;
+        const auto r = residualOf(m, n, a, b + std::size_t(k) * m, xk);
+        const double error = sumOfMagnitudes(r.size(), r.data());
+        const double gauge = normOfA * sumOfMagnitudes(n, xk) * singleEps * std::max(m, n);
+        worst = larger(worst, error == 0 ? 0 : error / gauge);  // 0 / 0: a perfect zero solution
     }
     return worst;
+}
+
+// How far x is from minimising ||b - A x||, where the residual r is orthogonal to A's columns:
+// ||A^H r|| / (||A|| (||b|| + ||A|| ||x||) eps), in 2-norms (Frobenius for A); of order 1 at most
+// for a backward stable solver, however ill-conditioned A is. (The LAPACK testers' xQRT17 has ||b||
+// alone in the parentheses, and a max(m, n) that lets a thousandfold error pass for a tall matrix.)
+template <class A, class X>
+double distanceFromOptimum(int m, int n, const A* a, const A* b, const X* x,
+                           const std::vector<WideOf<A>>& r) {
+    double sum = 0;
+    for (int j = 0; j < n; ++j) {
+        const A* column = a + std::size_t(j) * m;
+        WideOf<A> product = 0;
+        for (int i = 0; i < m; ++i)
+            if constexpr (isComplexNumber<A>)
+                product += std::conj(WideOf<A>(column[i])) * r[i];
+            else
+                product += WideOf<A>(column[i]) * r[i];
+        sum += std::norm(product);
+    }
+    if (sum == 0) return 0;
+    const double normOfA = euclideanNorm(std::size_t(m) * n, a);
+    const double gauge = euclideanNorm(m, b) + normOfA * euclideanNorm(n, x);
+    return std::sqrt(sum) / (normOfA * gauge * singleEps);
 }
 
 }  // namespace lumo

@@ -8,9 +8,10 @@ namespace lumo {
 
 void showInfo();
 
-struct SolveOptions {
-    std::string a, b, x;  // files: the matrix, the right-hand sides, the solution if wanted
+struct SystemFiles {
+    std::string a, b, x;  // the matrix, the right-hand sides, the solution if wanted
 };
-void solve(const SolveOptions& options);
+void solve(const SystemFiles& files);
+void lstsq(const SystemFiles& files);
 
 }  // namespace lumo

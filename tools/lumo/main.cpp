@@ -13,13 +13,31 @@ void addInfo(CLI::App& app) {
         ->callback(lumo::showInfo);
 }
 
-void addSolve(CLI::App& app, lumo::SolveOptions& options) {
-    CLI::App* command = app.add_subcommand(
-        "solve", "Solve A X = B in single precision; A and B are Matrix Market or NumPy files");
-    command->add_option("A", options.a, "The square matrix")->required();
-    command->add_option("B", options.b, "The right-hand sides")->required();
-    command->add_option("-o,--output", options.x, "Write the solution to this .mtx or .npy file");
-    command->callback([&options] { lumo::solve(options); });
+// A command that takes A and B from files and may write X.
+CLI::App* addSolver(CLI::App& app, const char* name, const char* description, const char* shape,
+                    lumo::SystemFiles& files, void (*run)(const lumo::SystemFiles&)) {
+    CLI::App* command = app.add_subcommand(name, description);
+    command->add_option("A", files.a, shape)->required();
+    command->add_option("B", files.b, "The right-hand sides")->required();
+    command->add_option("-o,--output", files.x, "Write the solution to this .mtx or .npy file");
+    command->callback([&files, run] { run(files); });
+    return command;
+}
+
+void addSolve(CLI::App& app, lumo::SystemFiles& files) {
+    addSolver(app, "solve",
+              "Solve A X = B in single precision; A and B are Matrix Market or NumPy files",
+              "The square matrix", files, lumo::solve);
+}
+
+void addLstsq(CLI::App& app, lumo::SystemFiles& files) {
+    CLI::App* command = addSolver(
+        app, "lstsq",
+        "Minimise ||B - A X||, or find the smallest X with A X = B if A has more columns than rows",
+        "The m x n matrix, of full rank", files, lumo::lstsq);
+    command->footer(
+        "In single precision; A and B are Matrix Market or NumPy files. The data are not scaled:\n"
+        "keep the largest elements of A and of B between 1e-31 and 1e31.");
 }
 
 }  // namespace
@@ -28,9 +46,10 @@ int main(int argc, char** argv) {
     CLI::App app("Dense linear algebra on NVIDIA GPUs, and whole without one", "lumo");
     app.require_subcommand(1);
     app.set_version_flag("--version", LUMO_VERSION);
-    lumo::SolveOptions solveOptions;
+    lumo::SystemFiles files;
     addInfo(app);
-    addSolve(app, solveOptions);
+    addSolve(app, files);
+    addLstsq(app, files);
     try {
         app.parse(argc, argv);  // runs the command
         return 0;

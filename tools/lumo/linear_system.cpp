@@ -1,0 +1,87 @@
+#include "linear_system.h"
+
+#include <cmath>
+
+#include "common/residual.h"
+#include "matrix_file.h"
+#include "platform/cuda3.h"
+
+namespace lumo {
+namespace {
+
+Dense readFilled(const std::string& file) {
+    const Progress progress("reading " + file);
+    Dense matrix = readMatrix(file);
+    if (matrix.count() == 0) throw FileError(file + ": the matrix has no elements");
+    return matrix;
+}
+
+bool isFinite(float x) {
+    return std::isfinite(x);
+}
+bool isFinite(std::complex<float> z) {
+    return std::isfinite(z.real()) && std::isfinite(z.imag());
+}
+
+}  // namespace
+
+System readSystem(const SystemFiles& files, Shape shape) {
+    if (!files.x.empty()) checkOutputName(files.x);
+    Dense A = readFilled(files.a);
+    if (shape == Shape::square && A.rows() != A.columns())
+        throw FileError(files.a + ": not square: " + std::to_string(A.rows()) + " x " +
+                        std::to_string(A.columns()));
+    Dense B = readFilled(files.b);
+    if (B.rows() != A.rows())
+        throw FileError(files.b + ": has " + std::to_string(B.rows()) + " rows, but " + files.a +
+                        " has " + std::to_string(A.rows()));
+    if (A.isComplex() || B.isComplex()) {
+        A.makeComplex();
+        B.makeComplex();
+    }
+    return {std::move(A), std::move(B)};
+}
+
+template <class T>
+std::vector<T> toSingle(const Dense& matrix, const std::string& file) {
+    using Wide = WideOf<T>;
+    const Wide* from = matrix.data<Wide>();
+    std::vector<T> single(matrix.count());
+    bool rounded = false;
+    for (std::size_t k = 0; k < single.size(); ++k) {
+        single[k] = T(from[k]);
+        if (!isFinite(single[k])) {
+            const std::size_t rows = std::size_t(matrix.rows());
+            const bool was = std::isfinite(std::abs(from[k]));
+            throw FileError(file + ": element (" + std::to_string(k % rows + 1) + ", " +
+                            std::to_string(k / rows + 1) + ") is " +
+                            (was ? "too large for single precision" : "not finite"));
+        }
+        rounded |= Wide(single[k]) != from[k];
+    }
+    if (rounded) std::printf("%s: rounded to single precision\n", file.c_str());
+    return single;
+}
+
+template std::vector<float> toSingle(const Dense&, const std::string&);
+template std::vector<std::complex<float>> toSingle(const Dense&, const std::string&);
+
+void printPlatform(const Session& session) {
+    std::printf("platform:   %s\n", platform::choice().table->name);
+    std::printf("device:     %s\n", session.device().c_str());
+}
+
+template <class T>
+void deliver(const SystemFiles& files, const Dense& B, int n, const std::vector<T>& x) {
+    if (!files.x.empty()) {
+        writeMatrix(files.x, n, B.columns(), x.data(), B.isVector);
+        std::printf("solution:   %s\n", files.x.c_str());
+    }
+    std::printf("solved: status 0, no errors\n");
+}
+
+template void deliver(const SystemFiles&, const Dense&, int, const std::vector<float>&);
+template void deliver(const SystemFiles&, const Dense&, int,
+                      const std::vector<std::complex<float>>&);
+
+}  // namespace lumo

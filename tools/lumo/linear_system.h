@@ -1,0 +1,58 @@
+// What the commands that solve for X share: A and B from files, a timed call, X into a file.
+#pragma once
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "common/progress.h"
+#include "dense.h"
+#include "session.h"
+
+namespace lumo {
+
+// A and B have the same number of rows, and are both complex if either file is.
+struct System {
+    Dense A, B;
+};
+
+// Throws a FileError if the files do not hold such a system, or `files.x` cannot be a solution's.
+enum class Shape { square, any };
+System readSystem(const SystemFiles& files, Shape shape);
+
+// The matrix as the library takes it, T being float or std::complex<float>. Says if that loses
+// something; throws a FileError for what is not finite, then or before.
+template <class T>
+std::vector<T> toSingle(const Dense& matrix, const std::string& file);
+
+// Starts the report of a solution.
+void printPlatform(const Session& session);
+
+struct Outcome {
+    lumoStatus status;
+    int info;
+    double seconds;
+};
+template <class Call>
+Outcome timed(Call call) {
+    std::fflush(stdout);
+    const auto start = std::chrono::steady_clock::now();
+    const lumoStatus status = [&] {
+        const Progress progress("solving");
+        return call();
+    }();
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    return {status, lumoGetErrorInfo(), elapsed.count()};
+}
+
+// The largest scaled error that a solution may have. Status 0 alone does not promise it: partial
+// pivoting can fail, if hardly ever.
+constexpr double errorBound = 30;
+
+// Ends the report: writes the n x nrhs solution, if that is wanted, and tells of the success.
+template <class T>
+void deliver(const SystemFiles& files, const Dense& B, int n, const std::vector<T>& x);
+
+}  // namespace lumo
