@@ -1,12 +1,7 @@
 // Auxiliary kernels on the software device against loops written for the CPU, on one thread:
-<<<<<<< HEAD
-// 4096 x 4096 float matrices, whole launches, medians. `ratio` is the kernel's time over the
-// loop's. The transposed matrix-vector product is compared with the CPU BLAS, on n x n and, as
-// panel reductions have it, on narrow operands.
-=======
-// 4096 x 4096 float matrices (LASR: of the order given), whole launches, medians. `ratio` is the
-// kernel's time over the loop's.
->>>>>>> s
+// 4096 x 4096 float matrices or of the order given, whole launches, medians. `ratio` is the
+// kernel's time over the loop's; LASR's loop is the CPU LAPACK's, the transposed matrix-vector
+// product's the CPU BLAS's.
 #include <benchmark/benchmark.h>
 #include <sys/mman.h>
 
