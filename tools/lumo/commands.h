@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace lumo {
 
@@ -13,5 +14,13 @@ struct SystemFiles {
 };
 void solve(const SystemFiles& files);
 void lstsq(const SystemFiles& files);
+
+struct SvdTask {
+    std::string a;           // a matrix or an image
+    std::vector<int> ranks;  // of the approximations that are wanted
+    std::string prefix;      // how the names of the written files begin; empty for none
+    bool compare = false;    // with the CPU LAPACK
+};
+void svd(SvdTask task);
 
 }  // namespace lumo
