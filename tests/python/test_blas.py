@@ -129,6 +129,12 @@ def test_types_of_results():
     assert lumo.gemm(1, np.eye(2, dtype=">f4"), part(np.eye(2, dtype=np.float32))).dtype == np.float32
 
 
+def test_overlapping_columns():
+    """Fortran order, but for a leading dimension below the number of rows."""
+    hankel = np.lib.stride_tricks.sliding_window_view(random(9, np.float32), 5)
+    assert close(lumo.gemm(1, hankel, hankel, trans_b=1), hankel @ hankel.T)
+
+
 def test_nothing_to_multiply():
     c = random((3, 2), np.float32)
     assert np.array_equal(lumo.gemm(1, np.ones((3, 0), "f"), np.ones((0, 2), "f"), 2, c), 2 * c)
