@@ -55,9 +55,20 @@ def in_columns(a):
     )
 
 
+def copied(a, dtype):
+    """A copy in Fortran order."""
+    if a.ndim != 2 or not a.flags.c_contiguous:
+        return np.array(a, dtype, order="F")
+    # By bands of rows, that stay in the cache: a whole matrix at once takes several times as long.
+    copy = np.empty(a.shape, dtype, order="F")
+    for first in range(0, len(a), 64):
+        copy[first : first + 64] = a[first : first + 64]
+    return copy
+
+
 def readable(a, dtype):
     """The array in Fortran order, a copy only if it is not yet."""
-    return a if a.dtype == dtype and in_columns(a) else np.array(a, dtype, order="F")
+    return a if a.dtype == dtype and in_columns(a) else copied(a, dtype)
 
 
 def writable(a, dtype, overwrite=False, beside=None):
@@ -73,7 +84,7 @@ def writable(a, dtype, overwrite=False, beside=None):
         and (beside is None or not np.may_share_memory(a, beside))
     ):
         return a
-    return np.array(a, dtype, order="F")
+    return copied(a, dtype)
 
 
 def refuse_non_finite(routine, **arrays):
