@@ -11,6 +11,9 @@ _OTHER_KIND = {"symm": "hemm", "syr2k": "her2k", "hemm": "symm", "her2k": "syr2k
 
 def _operands(routine, *scalars, **operands):
     """The arrays and the type to compute in: float64 for integers, complex for complex scalars."""
+    for scalar in scalars:
+        if np.ndim(scalar) != 0 or np.asarray(scalar).dtype.kind not in "biufc":
+            raise TypeError(f"lumo.{routine}: alpha and beta must be numbers, not {scalar!r}")
     arrays = numeric(routine, **{name: a for name, a in operands.items() if a is not None})
     dtype = np.result_type(*arrays.values())
     if dtype.kind in "biu":

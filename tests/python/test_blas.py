@@ -154,6 +154,7 @@ def test_nothing_to_multiply():
     (lambda a, z: lumo.herk(1, a), TypeError, "use lumo.syrk"),
     (lambda a, z: lumo.herk(1j, z), ValueError, "real scalar"),
     (lambda a, z: lumo.gemm(1, a.astype(np.longdouble), a.T), TypeError, "longdouble|float128"),
+    (lambda a, z: lumo.gemm(1, a, a.T, beta="1"), TypeError, "alpha and beta must be numbers"),
     (lambda a, z: lumo.gemm(1, a.astype(str), a.T), TypeError, "not numbers"),
 ])  # fmt: skip
 def test_bad_arguments(call, error, words):
