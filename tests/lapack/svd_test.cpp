@@ -350,6 +350,24 @@ TEST_F(SvdPaths, NoMatrixGoesToTheHost) {
     }
 }
 
+// The most device memory beside the operands is what lumo.h says.
+TEST_F(SvdPaths, TakesNoMoreMemoryThanTold) {
+    for (auto [m, n] : {std::pair{260, 240}, {240, 260}, {500, 200}, {200, 500}})
+        for (Jobs jobs : {Jobs{'S', 'S'}, {'O', 'A'}, {'A', 'O'}, {'N', 'N'}}) {
+            const std::size_t k = std::min(m, n), nb = 96;
+            OnDevice<float> a(Matrix<float>::random(m, n)), s(blank<float>(k)),
+                u(blank<float>(m, m)), vt(blank<float>(n, n));
+            lumoFreeBuffers();
+            software::resetPeak();
+            const std::size_t before = software::usage().deviceBytes;
+            ASSERT_EQ(lumoNoError, lumoDeviceSgesvd(jobs.u, jobs.vt, m, n, a.data(), m, s.data(),
+                                                    u.data(), m, vt.data(), n));
+            const std::size_t told = 4 * k * k + 3 * nb * (m + n) + 6 * nb * nb + 8 * k;
+            EXPECT_LE(software::usage().devicePeak - before, told * sizeof(float))
+                << m << " x " << n << " " << jobs.u << jobs.vt;
+        }
+}
+
 // Memory grows with the matrix where no square of the long side is asked for.
 TEST_F(SvdPaths, LongMatricesNeedNoSquare) {
     const int n = 20000, k = 20;
