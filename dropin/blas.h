@@ -50,9 +50,8 @@ struct Gemm {
     lumoStatus run() const {
         return lumo(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
     }
-    template <class F>
-    void overwritten(F& f) const {
-        if (!isZero(beta)) f(c, m, n, ldc);
+    void results(Results& r) const {
+        isZero(beta) ? r.writes(c, m, n, ldc) : r.overwrites(c, m, n, ldc);
     }
     void transpose() {
         std::swap(transa, transb);
@@ -84,9 +83,9 @@ struct Gemv {
     }
     double size() const { return std::sqrt(double(m) * n); }
     lumoStatus run() const { return lumo(trans, m, n, alpha, a, lda, x, incx, beta, y, incy); }
-    template <class F>
-    void overwritten(F& f) const {
-        if (!isZero(beta)) f(y, 1, trans == 'N' ? m : n, std::abs(incy));
+    void results(Results& r) const {
+        const int count = trans == 'N' ? m : n, step = std::abs(incy);
+        isZero(beta) ? r.writes(y, 1, count, step) : r.overwrites(y, 1, count, step);
     }
     void transpose() {
         // There is no letter for the conjugate of a matrix that is not transposed.
@@ -119,9 +118,8 @@ struct Symm {
     }
     double size() const { return geometricMean(m, n, order()); }
     lumoStatus run() const { return lumo(side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc); }
-    template <class F>
-    void overwritten(F& f) const {
-        if (!isZero(beta)) f(c, m, n, ldc);
+    void results(Results& r) const {
+        isZero(beta) ? r.writes(c, m, n, ldc) : r.overwrites(c, m, n, ldc);
     }
     void transpose() {
         side = otherSide(side);
@@ -159,9 +157,8 @@ struct Syrk {
     }
     double size() const { return geometricMean(n, n, k); }
     lumoStatus run() const { return lumo(uplo, trans, n, k, alpha, a, lda, beta, c, ldc); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(c, n, n, ldc);  // the triangle that is not named is kept
+    void results(Results& r) const {
+        r.overwrites(c, n, n, ldc);  // the triangle that is not named is kept
     }
     void transpose() {
         uplo = otherTriangle(uplo);
@@ -194,10 +191,7 @@ struct Syr2k {
     }
     double size() const { return geometricMean(n, n, k); }
     lumoStatus run() const { return lumo(uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(c, n, n, ldc);
-    }
+    void results(Results& r) const { r.overwrites(c, n, n, ldc); }
     void transpose() {
         uplo = otherTriangle(uplo);
         trans = otherWay(trans, isComplex<T> ? 'C' : 'T');
@@ -228,10 +222,7 @@ struct Triangular {
     }
     double size() const { return geometricMean(m, n, order()); }
     lumoStatus run() const { return lumo(side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(b, m, n, ldb);
-    }
+    void results(Results& r) const { r.overwrites(b, m, n, ldb); }
     void transpose() {
         side = otherSide(side);
         uplo = otherTriangle(uplo);

@@ -65,12 +65,10 @@ struct Fortran<Routine, lumoStatus (*)(A...)> {
         Cpu* const cpu = symbol.template cpu<Cpu>();
         Passage passage(symbol);
         const Routine routine{byValue<A>(a)...};
-        if (enough(routine, extra...)) {
-            if (const auto served = passage.serve(routine)) {
-                *info = *served;
-                if constexpr (sizeof...(Extra) > 0) tellBest(cpu, a..., extra...);
-                return;
-            }
+        if (enough(routine, extra...) && passage.serve(routine)) {
+            *info = 0;
+            if constexpr (sizeof...(Extra) > 0) tellBest(cpu, a..., extra...);
+            return;
         }
         cpu(a..., extra..., info, one, one, one, one);
     }
@@ -162,11 +160,10 @@ struct Lapacke<Routine, lumoStatus (*)(A...)> {
         static const std::string name = routineName<typename Routine::Type>(Routine::name);
         static auto& symbol = *new Symbol(name, "LAPACKE_" + name);
         Passage passage(symbol);
-        if (order == columnMajor) {
-            if (const auto served = passage.serve(Routine{byLetter(a)...})) {
-                (clearExtra(a..., extra), ...);
-                return *served;
-            }
+        const Routine routine{byLetter(a)...};
+        if (order == columnMajor && passage.serve(routine)) {
+            (routine.clear(extra), ...);
+            return 0;
         }
         if (auto* cpu = symbol.template cpu<int(int, A..., Extra...)>())
             return cpu(order, a..., extra...);
@@ -182,10 +179,6 @@ struct Lapacke<Routine, lumoStatus (*)(A...)> {
         return argument;
     }
     static char byLetter(char argument) { return upper(argument); }
-    template <class Extra>
-    static void clearExtra(A... a, Extra extra) {
-        Routine{byLetter(a)...}.clear(extra);
-    }
 };
 
 // Gives a function a C name, and notes the name for detach.cpp. An alias rather than a function

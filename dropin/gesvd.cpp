@@ -38,17 +38,18 @@ struct Gesvd {
     }
     double size() const { return geometricMean(m, n, least()); }
     lumoStatus run() const { return lumo(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(a, m, n, lda);
+    void results(Results& r) const {
+        r.overwrites(a, m, n, lda, jobu == 'O' || jobvt == 'O');
+        r.writes(s, least(), 1, least());
+        if (isOneOf(jobu, "AS")) r.writes(u, m, jobu == 'A' ? m : least(), ldu);
+        if (isOneOf(jobvt, "AS")) r.writes(vt, jobvt == 'A' ? n : least(), n, ldvt);
     }
     // LAPACKE hands out the superdiagonal of the bidiagonal matrix: zeros once it has converged.
     void clear(RealOf<T>* superdiagonal) const {
         std::fill(superdiagonal, superdiagonal + least() - 1, RealOf<T>(0));
     }
 };
-// xGESVD scales from sqrt(SAFMIN) / EPS on, but not a matrix of zeros. An iteration that does not
-// converge, the only failure of the data, is tried again by the CPU library.
+// xGESVD scales from sqrt(SAFMIN) / EPS on, but not a matrix of zeros.
 template <class T>
 bool dataSuit(const Gesvd<T>& r) {
     using Limits = std::numeric_limits<RealOf<T>>;

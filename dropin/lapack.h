@@ -8,14 +8,6 @@
 
 namespace lumo::dropin {
 
-// The position, from 1, of the first zero on the diagonal of n elements, 0 if there is none.
-template <class T>
-int firstZero(const T* diagonal, int n, int lda) {
-    for (int i = 0; i < n; ++i)
-        if (isZero(diagonal[i * (std::ptrdiff_t(lda) + 1)])) return i + 1;
-    return 0;
-}
-
 template <class T>
 struct Getrf {
     using Type = T;
@@ -29,18 +21,14 @@ struct Getrf {
     bool servable() const { return m > 0 && n > 0 && lda >= m; }
     double size() const { return geometricMean(m, n, std::min(m, n)); }
     lumoStatus run() const { return lumo(m, n, a, lda, ipiv); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(a, m, n, lda);
+    void results(Results& r) const {
+        r.overwrites(a, m, n, lda);
+        r.writes(ipiv, std::min(m, n), 1, m);
     }
 };
 template <class T>
 bool dataSuit(const Getrf<T>& r) {
     return isFinite(r.a, r.m, r.n, r.lda);
-}
-template <class T>
-int infoOfFailure(const Getrf<T>& r) {
-    return firstZero(r.a, std::min(r.m, r.n), r.lda);
 }
 
 template <class T>
@@ -58,19 +46,15 @@ struct Gesv {
     bool servable() const { return n > 0 && nrhs > 0 && lda >= n && ldb >= n; }
     double size() const { return geometricMean(n, n, n); }
     lumoStatus run() const { return lumo(n, nrhs, a, lda, ipiv, b, ldb); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(a, n, n, lda);
-        f(b, n, nrhs, ldb);
+    void results(Results& r) const {
+        r.overwrites(a, n, n, lda);
+        r.overwrites(b, n, nrhs, ldb);
+        r.writes(ipiv, n, 1, n);
     }
 };
 template <class T>
 bool dataSuit(const Gesv<T>& r) {
     return isFinite(r.a, r.n, r.n, r.lda) && isFinite(r.b, r.n, r.nrhs, r.ldb);
-}
-template <class T>
-int infoOfFailure(const Gesv<T>& r) {
-    return firstZero(r.a, r.n, r.lda);
 }
 
 template <class T>
@@ -87,9 +71,9 @@ struct Geqrf {
     int leastWork() const { return n; }
     double size() const { return geometricMean(m, n, std::min(m, n)); }
     lumoStatus run() const { return lumo(m, n, a, lda, tau); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(a, m, n, lda);
+    void results(Results& r) const {
+        r.overwrites(a, m, n, lda);
+        r.writes(tau, std::min(m, n), 1, m);
     }
 };
 template <class T>
@@ -116,10 +100,9 @@ struct Gels {
     int leastWork() const { return std::min(m, n) + std::max({m, n, nrhs}); }
     double size() const { return geometricMean(m, n, std::min(m, n)); }
     lumoStatus run() const { return lumo(trans, m, n, nrhs, a, lda, b, ldb); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(a, m, n, lda);
-        f(b, std::max(m, n), nrhs, ldb);
+    void results(Results& r) const {
+        r.overwrites(a, m, n, lda);
+        r.overwrites(b, std::max(m, n), nrhs, ldb);
     }
 };
 // Whether a matrix is one that a driver with these bounds neither scales nor has a short answer
@@ -136,10 +119,6 @@ bool dataSuit(const Gels<T>& r) {
     const auto b = largest(r.b, r.trans == 'N' ? r.m : r.n, r.nrhs, r.ldb);
     return needsNoScaling(largest(r.a, r.m, r.n, r.lda), small) &&
            (b == 0 || needsNoScaling(b, small));
-}
-template <class T>
-int infoOfFailure(const Gels<T>& r) {
-    return firstZero(r.a, std::min(r.m, r.n), r.lda);
 }
 
 template <class T>
@@ -160,23 +139,18 @@ struct Gglse {
     int leastWork() const { return m + n + p; }
     double size() const { return geometricMean(double(m) + p, n, n); }
     lumoStatus run() const { return lumo(m, n, p, a, lda, b, ldb, c, d, x); }
-    template <class F>
-    void overwritten(F& f) const {
-        f(a, m, n, lda);
-        f(b, p, n, ldb);
-        f(c, m, 1, m);
-        f(d, p, 1, p);
+    void results(Results& r) const {
+        r.overwrites(a, m, n, lda);
+        r.overwrites(b, p, n, ldb);
+        r.overwrites(c, m, 1, m);
+        r.overwrites(d, p, 1, p);
+        r.writes(x, n, 1, n);
     }
 };
 template <class T>
 bool dataSuit(const Gglse<T>& r) {
     return isFinite(r.a, r.m, r.n, r.lda) && isFinite(r.b, r.p, r.n, r.ldb) &&
            isFinite(r.c, r.m, 1, r.m) && isFinite(r.d, r.p, 1, r.p);
-}
-// B then ends in the triangle that its own rank shows in.
-template <class T>
-int infoOfFailure(const Gglse<T>& r) {
-    return firstZero(r.b + std::ptrdiff_t(r.n - r.p) * r.ldb, r.p, r.ldb) ? 1 : 2;
 }
 
 }  // namespace lumo::dropin

@@ -1,6 +1,8 @@
 // How a call is served.
 #pragma once
 
+#include <algorithm>
+#include <functional>
 #include <new>
 #include <vector>
 
@@ -11,20 +13,35 @@
 
 namespace lumo::dropin {
 
-// Copies of the operands that a call overwrites. Lumo brings them back from the device also when
-// it fails half-way, and the CPU library must find them as they were.
-class Snapshot {
+// What a call writes to: kept for the CPU library, which must find it as it was, and marked so that
+// a result that never arrived shows. Lumo brings operands back from the device also when it fails
+// half-way, and when bringing back fails it does not tell.
+class Results {
   public:
+    // An operand that is read and overwritten. If it `mustChange`, that it did not is taken for a
+    // failure: where it is none, the CPU library comes to the same result.
     template <class T>
-    void operator()(T* a, int m, int n, int lda) {
+    void overwrites(T* a, int m, int n, int lda, bool mustChange = true) {
         const std::size_t bytes = std::size_t(m) * sizeof(T);
         std::vector<char> copy(bytes * std::size_t(n));
         parts_.push_back({reinterpret_cast<char*>(a), std::size_t(lda) * sizeof(T), bytes,
-                          std::size_t(n), std::move(copy)});
-        parts_.back().exchange(true);
+                          std::size_t(n), std::move(copy), mustChange});
+        parts_.back().keep();
+    }
+    // One that is only written: its last element is given a value that no result has.
+    template <class T>
+    void writes(T* a, int m, int n, int lda) {
+        marks_.push_back(
+            {reinterpret_cast<char*>(a + std::ptrdiff_t(n - 1) * lda + (m - 1)), sizeof(T)});
+        marks_.back().set();
+    }
+
+    bool arrived() const {
+        return std::all_of(marks_.begin(), marks_.end(), std::mem_fn(&Mark::isGone)) &&
+               std::all_of(parts_.begin(), parts_.end(), std::mem_fn(&Part::hasArrived));
     }
     void restore() {
-        for (Part& part : parts_) part.exchange(false);
+        for (Part& part : parts_) part.restore();
     }
 
   private:
@@ -32,52 +49,65 @@ class Snapshot {
         char* memory;
         std::size_t stride, bytes, columns;
         std::vector<char> copy;
+        bool mustChange;
 
-        void exchange(bool keep) {
-            for (std::size_t j = 0; j < columns; ++j) {
-                char *there = memory + j * stride, *here = copy.data() + j * bytes;
-                std::memcpy(keep ? here : there, keep ? there : here, bytes);
-            }
+        char* column(std::size_t j) const { return memory + j * stride; }
+        void keep() {
+            for (std::size_t j = 0; j < columns; ++j)
+                std::memcpy(copy.data() + j * bytes, column(j), bytes);
+        }
+        void restore() {
+            for (std::size_t j = 0; j < columns; ++j)
+                std::memcpy(column(j), copy.data() + j * bytes, bytes);
+        }
+        bool hasArrived() const {
+            for (std::size_t j = 0; j < columns; ++j)
+                if (std::memcmp(column(j), copy.data() + j * bytes, bytes) != 0) return true;
+            return !mustChange;
+        }
+    };
+    // Bytes of 0xff: a NaN that no operation makes, and no pivot.
+    struct Mark {
+        char* element;
+        std::size_t bytes;
+
+        void set() { std::memset(element, 0xff, bytes); }
+        bool isGone() const {
+            return std::any_of(element, element + bytes, [](char byte) { return byte != '\xff'; });
         }
     };
     std::vector<Part> parts_;
+    std::vector<Mark> marks_;
 };
 
-// Unless a routine says otherwise, it takes data as they are and knows no failure of theirs.
+// Unless a routine says otherwise, it takes data as they are.
 template <class Routine>
 bool dataSuit(const Routine&) {
     return true;
-}
-template <class Routine>
-int infoOfFailure(const Routine&) {
-    return 0;
 }
 
 // A routine has these members:
 //   servable()       the arguments are right, and there is something to do
 //   size()           see crossover.h
 //   run()            Lumo's function
-//   overwritten(f)   calls f(matrix, m, n, ld) for the operands whose old values count
-// and functions beside it, where the above do not fit: dataSuit, whether LAPACK would treat the
-// data no better, and infoOfFailure, the positive info that goes with status 8. Info is computed
-// from the data since the word that Lumo keeps it in is shared by all threads.
+//   results(r)       tells r, a Results, what it writes to
+// and a function dataSuit beside it where LAPACK treats some data better.
+//
+// Any status but success leaves the call to the CPU library. So it does with data at fault, a
+// singular matrix say: the info is then LAPACK's own, and a device that failed half-way is not
+// taken for one.
 template <class Routine>
-std::optional<int> Passage::serve(const Routine& routine) {
-    if (!routine.servable() || !symbol_.reached(routine.size())) return {};
-    if (!detach() || !threadIsReady() || !dataSuit(routine)) return {};
+bool Passage::serve(const Routine& routine) {
+    if (!routine.servable() || !symbol_.reached(routine.size())) return false;
+    if (!detach() || !threadIsReady() || !dataSuit(routine)) return false;
     try {
-        Snapshot snapshot;
-        routine.overwritten(snapshot);
-        const lumoStatus status = routine.run();
-        const int info = status == lumoDataError ? infoOfFailure(routine) : 0;
-        if (status == lumoNoError || info > 0) {
-            served_ = true;
-            return info;
-        }
-        snapshot.restore();
-    } catch (const std::bad_alloc&) {  // no memory for the snapshot: nothing has happened yet
+        Results results;
+        routine.results(results);
+        served_ = routine.run() == lumoNoError && results.arrived();
+        if (!served_) results.restore();
+    } catch (const std::bad_alloc&) {  // no memory to keep the operands in: nothing has happened
     }
-    return {};
+    return served_;
 }
 
 }  // namespace lumo::dropin

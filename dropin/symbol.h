@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <optional>
 #include <string>
 
 namespace lumo::dropin {
@@ -53,10 +52,10 @@ class Passage {
     Passage(const Passage&) = delete;
     Passage& operator=(const Passage&) = delete;
 
-    // Lets Lumo do the call if it may and can. The info that LAPACK would return, or nothing: then
-    // the operands are as they were, and the call is the CPU library's.
+    // Lets Lumo do the call if it may and can; if not, the operands are as they were, and the call
+    // is the CPU library's. In serve.h.
     template <class Routine>
-    std::optional<int> serve(const Routine& routine);
+    bool serve(const Routine& routine);
 
   private:
     using Clock = std::chrono::steady_clock;
