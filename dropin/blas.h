@@ -158,7 +158,7 @@ struct Syrk {
     double size() const { return geometricMean(n, n, k); }
     lumoStatus run() const { return lumo(uplo, trans, n, k, alpha, a, lda, beta, c, ldc); }
     void results(Results& r) const {
-        r.overwrites(c, n, n, ldc);  // the triangle that is not named is kept
+        r.overwritesTriangle(c, n, ldc, !isZero(beta));
     }
     void transpose() {
         uplo = otherTriangle(uplo);
@@ -191,7 +191,7 @@ struct Syr2k {
     }
     double size() const { return geometricMean(n, n, k); }
     lumoStatus run() const { return lumo(uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc); }
-    void results(Results& r) const { r.overwrites(c, n, n, ldc); }
+    void results(Results& r) const { r.overwritesTriangle(c, n, ldc, !isZero(beta)); }
     void transpose() {
         uplo = otherTriangle(uplo);
         trans = otherWay(trans, isComplex<T> ? 'C' : 'T');

@@ -8,6 +8,7 @@
 #include <optional>
 #include <sstream>
 
+#include "dropin/crossover_file.h"
 #include "dropin/device.h"
 
 namespace lumo::dropin {
@@ -40,19 +41,11 @@ const std::optional<double>& overridden() {
     return size;
 }
 
-std::string fileName() {
-    if (const char* file = std::getenv("LUMO_CROSSOVER_FILE")) return file;
-    if (const char* config = std::getenv("XDG_CONFIG_HOME"); config && *config)
-        return std::string(config) + "/lumo/crossover";
-    const char* home = std::getenv("HOME");
-    return home ? std::string(home) + "/.config/lumo/crossover" : std::string();
-}
-
 using Sizes = std::map<std::string, double>;
 
 Sizes readFile() {
     Sizes sizes;
-    const std::string file = fileName();
+    const std::string file = crossoverFile();
     std::ifstream in(file);
     if (!in && std::getenv("LUMO_CROSSOVER_FILE"))
         std::fprintf(stderr, "lumo: %s cannot be read\n", file.c_str());

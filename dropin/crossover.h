@@ -12,8 +12,7 @@ namespace lumo::dropin {
 // `routine` is the name of the Fortran routine without the underscore, as "sgemm". Infinite where
 // Lumo never serves it. In this order:
 // - LUMO_CROSSOVER, a size or "never", for every routine;
-// - a line "PLATFORM ROUTINE SIZE" of the file LUMO_CROSSOVER_FILE, else
-//   $XDG_CONFIG_HOME/lumo/crossover, else ~/.config/lumo/crossover; PLATFORM is "software" or
+// - a line "PLATFORM ROUTINE SIZE" of the file (crossover_file.h); PLATFORM is "software" or
 //   "cuda", SIZE a size or "never", and what follows a # is a comment;
 // - never on the software device; on a GPU the guesses in crossover.cpp.
 double crossoverOf(const std::string& routine);

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <mutex>
 
+#include "dropin/crossover_file.h"
 #include "lumo.h"
 
 namespace lumo::dropin {

@@ -36,6 +36,13 @@ class Results {
         marks_.back().set();
     }
 
+    // The triangle of a square matrix, which is read only if `reads`; the rest is kept.
+    template <class T>
+    void overwritesTriangle(T* c, int n, int ldc, bool reads) {
+        overwrites(c, n, n, ldc, reads);
+        if (!reads) writes(c, n, n, ldc);
+    }
+
     bool arrived() const {
         return std::all_of(marks_.begin(), marks_.end(), std::mem_fn(&Mark::isGone)) &&
                std::all_of(parts_.begin(), parts_.end(), std::mem_fn(&Part::hasArrived));

@@ -1,10 +1,11 @@
 #!/bin/sh
 # Makes sure that what the build needs is installed: Debian packages, by apt-get as root or with
-# sudo. Without either it prints the one command to type and fails.
+# sudo. Without either it prints the one command to type and fails. More packages may be named.
 set -eu
 
 packages="build-essential cmake ninja-build pkg-config libopenblas-dev libboost-dev libcli11-dev
-          libgtest-dev libbenchmark-dev clang-format-14 clang-tidy-14"
+          libgtest-dev libbenchmark-dev clang-format-14 clang-tidy-14
+          liblapack-test libblas-test liblapack3 libblas3 $*"
 
 missing=""
 for package in $packages; do

@@ -95,6 +95,7 @@ TEST_P(DropIn, ServesACallAndNoneOfThoseThatItMakes) {
 
 TEST_P(DropIn, SpeaksCBlasAndLapacke) {
     EXPECT_EQ((Report{{"cblas_sgemm", {2, 0}}}), run("product"));
+    EXPECT_EQ((Report{{"ssyrk_", {2, 0}}}), run("repeated"));
     // By rows, LAPACKE's own; its sgesv_ is no call of the program's.
     EXPECT_EQ((Report{{"LAPACKE_sgels", {1, 0}}, {"LAPACKE_sgesv", {1, 1}}}), run("lapacke"));
 }
@@ -121,8 +122,9 @@ TEST_P(DropIn, ServesFromTheCrossoverOn) {
     EXPECT_EQ(none, run("solve", ""));  // the software device gains nothing
     EXPECT_EQ(larger, run("solve", "LUMO_CROSSOVER=151"));
     fs::create_directory(folder / "lumo");
-    std::ofstream(folder / "lumo/crossover") << "# measured\n\ncuda cgesv 0\nsoftware cgesv "
-                                                "never\nsoftware sgesv 300 # just\nnonsense\n";
+    std::ofstream(folder / "lumo/crossover")
+        << "# measured\n\nsoftware cgesv never\nsoftware sgesv 300 # just\nnonsense\n"
+        << "cuda cgesv 0\n";
     EXPECT_EQ(larger, run("solve", ""));
     EXPECT_EQ(none, run("solve", "LUMO_CROSSOVER=never"));
     EXPECT_EQ(none, run("solve", "LUMO_CROSSOVER_FILE=/dev/null"));

@@ -30,6 +30,8 @@ void sgels_(const char*, const int*, const int*, const int*, float*, const int*,
             float*, const int*, int*, std::size_t);
 void sgglse_(const int*, const int*, const int*, float*, const int*, float*, const int*, float*,
              float*, float*, float*, const int*, int*);
+void ssyrk_(const char*, const char*, const int*, const int*, const float*, const float*,
+            const int*, const float*, float*, const int*, std::size_t, std::size_t);
 void cblas_sgemm(int, int, int, int, int, int, float, const float*, int, const float*, int, float,
                  float*, int);
 [[gnu::weak]] int LAPACKE_sgesv(int, int, int, float*, int, int*, float*, int);
@@ -118,6 +120,19 @@ void product() {
                     sum += 2 * a[rows ? 4 * i + k : i + 3 * k] * b[rows ? 2 * k + j : k + 4 * j];
                 CHECK(std::abs(c[at] - sum) < 1e-5f);
             }
+    }
+}
+
+// The same again: a result that does not change, and a triangle that is not to be touched.
+void repeated() {
+    const int n = 3, k = 4;
+    const float alpha = 1, beta = 0;
+    const auto a = noise<float>(n * k);
+    Vector c(n * n, std::numeric_limits<float>::quiet_NaN()), first;
+    for (int round = 0; round < 2; ++round) {
+        ssyrk_("U", "N", &n, &k, &alpha, a.data(), &n, &beta, c.data(), &n, 1, 1);
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < n; ++i) CHECK(std::isnan(c[i + j * n]) == (i > j));
     }
 }
 
@@ -260,10 +275,16 @@ void lapacke() {
 }  // namespace
 
 int main(int, char** argv) {
-    const std::map<std::string, void (*)()> scenarios{
-        {"solve", solve},       {"product", product},     {"threads", threads},
-        {"notTaken", notTaken}, {"arguments", arguments}, {"leastSquares", leastSquares},
-        {"singular", singular}, {"data", data},           {"lapacke", lapacke}};
+    const std::map<std::string, void (*)()> scenarios{{"solve", solve},
+                                                      {"product", product},
+                                                      {"repeated", repeated},
+                                                      {"threads", threads},
+                                                      {"notTaken", notTaken},
+                                                      {"arguments", arguments},
+                                                      {"leastSquares", leastSquares},
+                                                      {"singular", singular},
+                                                      {"data", data},
+                                                      {"lapacke", lapacke}};
     scenarios.at(argv[1])();
     return failures != 0;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace lumo {
 
@@ -12,5 +13,12 @@ struct SolveOptions {
     std::string a, b, x;  // files: the matrix, the right-hand sides, the solution if wanted
 };
 void solve(const SolveOptions& options);
+
+struct TuneOptions {
+    std::vector<std::string> routines;  // as "sgemm"; all if empty
+    std::string file;                   // the usual one if empty
+    int largest = 4096;                 // order of the problems
+};
+void tune(const TuneOptions& options);
 
 }  // namespace lumo
