@@ -157,9 +157,7 @@ struct Syrk {
     }
     double size() const { return geometricMean(n, n, k); }
     lumoStatus run() const { return lumo(uplo, trans, n, k, alpha, a, lda, beta, c, ldc); }
-    void results(Results& r) const {
-        r.overwritesTriangle(c, n, ldc, !isZero(beta));
-    }
+    void results(Results& r) const { r.overwritesTriangle(c, n, ldc, !isZero(beta)); }
     void transpose() {
         uplo = otherTriangle(uplo);
         trans = otherWay(trans, hermitian ? 'C' : 'T');
