@@ -6,7 +6,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit check sanitize thread-check bench install bundle format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit check acceptance sanitize thread-check bench install bundle format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -34,6 +34,11 @@ demo-fit: configure
 
 check: build
 	ctest --preset default --parallel 2
+
+# LAPACK's own test programs, and those of NumPy and SciPy, served by Lumo (docs/drop-in.md).
+acceptance: build
+	@tools/setup.sh python3-numpy python3-scipy python3-pytest python3-hypothesis
+	cmake --build --preset default --target acceptance
 
 # The same tests under the address and undefined-behaviour sanitizers.
 sanitize: setup

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace lumo {
 
@@ -13,5 +14,12 @@ struct SystemFiles {
 };
 void solve(const SystemFiles& files);
 void lstsq(const SystemFiles& files);
+
+struct TuneOptions {
+    std::vector<std::string> routines;  // as "sgemm"; all if empty
+    std::string file;                   // the usual one if empty
+    int largest = 4096;                 // order of the problems
+};
+void tune(const TuneOptions& options);
 
 }  // namespace lumo
