@@ -6,7 +6,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit check acceptance sanitize thread-check bench install bundle format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit demo-distributed check acceptance sanitize thread-check bench install bundle format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -31,6 +31,12 @@ demo-fit: configure
 	@tools/setup.sh gnuplot-nox || echo "Without gnuplot there will be no picture."
 	cmake --build --preset default --target example_co2
 	cd build/default/examples && ./co2
+
+# ScaLAPACK's solvers on 1, 2 and 4 ranks of this machine, their local work done by Lumo.
+demo-distributed: setup
+	@tools/setup.sh libscalapack-openmpi-dev libopenmpi-dev openmpi-bin
+	cmake --preset default >/dev/null
+	cmake --build --preset default --target demo-distributed
 
 check: build
 	ctest --preset default --parallel 2
