@@ -225,7 +225,6 @@ class Tuner {
             });
             if (!measured) kept += line + "\n";
         }
-        if (fs::path(file).has_parent_path()) fs::create_directories(fs::path(file).parent_path());
         const std::string part = file + ".part";
         std::ofstream out(part);
         if (kept.empty())
@@ -301,6 +300,9 @@ void tune(const TuneOptions& options) {
     using WideComplex = std::complex<double>;
     const std::string file = options.file.empty() ? dropin::crossoverFile() : options.file;
     if (file.empty()) throw std::runtime_error("there is no home to write to: name a file by -o");
+    // Before the minutes that it takes, rather than after them.
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    if (!folder.empty()) std::filesystem::create_directories(folder);
 
     Tuner tuner(options);
     std::printf("%s: Lumo's time over the CPU library's, by size\n", tuner.device().c_str());
