@@ -2,6 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS lumo EXPORT LumoTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS lumo-lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS lumo-command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(LUMO_HAVE_CUDA)
     # CUBLAS is found where the toolkit had it when the plugin was built.

@@ -15,6 +15,13 @@ struct SystemFiles {
 void solve(const SystemFiles& files);
 void lstsq(const SystemFiles& files);
 
+struct TuneOptions {
+    std::vector<std::string> routines;  // as "sgemm"; all if empty
+    std::string file;                   // the usual one if empty
+    int largest = 4096;                 // order of the problems
+};
+void tune(const TuneOptions& options);
+
 struct SvdTask {
     std::string a;           // a matrix or an image
     std::vector<int> ranks;  // of the approximations that are wanted

@@ -40,6 +40,17 @@ void addLstsq(CLI::App& app, lumo::SystemFiles& files) {
         "keep the largest elements of A and of B between 1e-31 and 1e31.");
 }
 
+void addTune(CLI::App& app, lumo::TuneOptions& options) {
+    CLI::App* command = app.add_subcommand(
+        "tune", "Measure from which sizes on the drop-in library should let Lumo serve a routine");
+    command->add_option("ROUTINE", options.routines, "As sgemm; all of them if none is named");
+    command->add_option("-o,--output", options.file, "Write to this file");
+    command->add_option("-n,--largest", options.largest, "The largest order that is measured")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    command->callback([&options] { lumo::tune(options); });
+}
+
 void addSvd(CLI::App& app, lumo::SvdTask& task) {
     CLI::App* command = app.add_subcommand(
         "svd", "Singular values of a matrix, and approximations of lower rank, also of images");
@@ -76,11 +87,13 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.set_version_flag("--version", LUMO_VERSION);
     lumo::SystemFiles files;
+    lumo::SvdTask svdTask;
+    lumo::TuneOptions tuneOptions;
     addInfo(app);
     addSolve(app, files);
     addLstsq(app, files);
-    lumo::SvdTask svdTask;
     addSvd(app, svdTask);
+    addTune(app, tuneOptions);
     try {
         app.parse(argc, argv);  // runs the command
         return 0;

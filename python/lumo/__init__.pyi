@@ -1,0 +1,132 @@
+from typing import Any, Literal, NamedTuple, TypeAlias, TypedDict, overload, type_check_only
+
+import numpy as np
+from numpy.linalg import LinAlgError as LinAlgError
+from numpy.typing import ArrayLike, DTypeLike, NDArray
+
+__version__: str
+__all__: list[str]
+
+_Array: TypeAlias = NDArray[Any]
+_Scalar: TypeAlias = complex | np.number[Any]
+_Trans: TypeAlias = Literal[0, 1, 2]
+_Flag: TypeAlias = bool | Literal[0, 1]
+
+class QRResult(NamedTuple):
+    Q: _Array
+    R: _Array
+
+class RawQRResult(NamedTuple):
+    h: _Array
+    tau: _Array
+
+class SVDResult(NamedTuple):
+    U: _Array
+    S: NDArray[np.float32]
+    Vh: _Array
+
+class LstsqResult(NamedTuple):
+    x: _Array
+    residuals: NDArray[np.float32]
+    rank: int
+    s: None
+
+class LseResult(NamedTuple):
+    x: _Array
+    residual: np.float32
+
+@type_check_only
+class Info(TypedDict):
+    version: str
+    library: str
+    device: int
+    device_name: str
+
+def devices() -> list[str]: ...
+def select_device(device: int) -> None: ...
+def info() -> Info: ...
+def solve(
+    a: ArrayLike, b: ArrayLike, *, dtype: DTypeLike | None = ..., overwrite_a: bool = ...,
+    overwrite_b: bool = ..., check_finite: bool = ...,
+) -> _Array: ...
+def lu_factor(
+    a: ArrayLike, *, dtype: DTypeLike | None = ..., overwrite_a: bool = ...,
+    check_finite: bool = ...,
+) -> tuple[_Array, NDArray[np.int32]]: ...
+def lu_solve(
+    lu_and_piv: tuple[ArrayLike, ArrayLike], b: ArrayLike, trans: _Trans = ..., *,
+    overwrite_b: bool = ..., check_finite: bool = ...,
+) -> _Array: ...
+@overload
+def qr(
+    a: ArrayLike, mode: Literal["reduced", "complete"] = ..., *, dtype: DTypeLike | None = ...,
+    overwrite_a: bool = ..., check_finite: bool = ...,
+) -> QRResult: ...
+@overload
+def qr(
+    a: ArrayLike, mode: Literal["r"], *, dtype: DTypeLike | None = ..., overwrite_a: bool = ...,
+    check_finite: bool = ...,
+) -> _Array: ...
+@overload
+def qr(
+    a: ArrayLike, mode: Literal["raw"], *, dtype: DTypeLike | None = ..., overwrite_a: bool = ...,
+    check_finite: bool = ...,
+) -> RawQRResult: ...
+def lstsq(
+    a: ArrayLike, b: ArrayLike, rcond: float | None = ..., *, dtype: DTypeLike | None = ...,
+    overwrite_a: bool = ..., overwrite_b: bool = ..., check_finite: bool = ...,
+) -> LstsqResult: ...
+def lse(
+    a: ArrayLike, b: ArrayLike, c: ArrayLike, d: ArrayLike, *, dtype: DTypeLike | None = ...,
+    check_finite: bool = ...,
+) -> LseResult: ...
+@overload
+def svd(
+    a: ArrayLike, full_matrices: bool = ..., compute_uv: Literal[True] = ..., *,
+    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
+) -> SVDResult: ...
+@overload
+def svd(
+    a: ArrayLike, full_matrices: bool = ..., *, compute_uv: Literal[False],
+    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
+) -> NDArray[np.float32]: ...
+def gemm(
+    alpha: _Scalar, a: ArrayLike, b: ArrayLike, beta: _Scalar = ..., c: ArrayLike | None = ...,
+    trans_a: _Trans = ..., trans_b: _Trans = ..., overwrite_c: bool = ...,
+) -> _Array: ...
+def gemv(
+    alpha: _Scalar, a: ArrayLike, x: ArrayLike, beta: _Scalar = ..., y: ArrayLike | None = ...,
+    trans: _Trans = ..., overwrite_y: bool = ...,
+) -> _Array: ...
+def symm(
+    alpha: _Scalar, a: ArrayLike, b: ArrayLike, beta: _Scalar = ..., c: ArrayLike | None = ...,
+    side: _Flag = ..., lower: _Flag = ..., overwrite_c: bool = ...,
+) -> _Array: ...
+def hemm(
+    alpha: _Scalar, a: ArrayLike, b: ArrayLike, beta: _Scalar = ..., c: ArrayLike | None = ...,
+    side: _Flag = ..., lower: _Flag = ..., overwrite_c: bool = ...,
+) -> _Array: ...
+def syrk(
+    alpha: _Scalar, a: ArrayLike, beta: _Scalar = ..., c: ArrayLike | None = ...,
+    trans: _Flag = ..., lower: _Flag = ..., overwrite_c: bool = ...,
+) -> _Array: ...
+def herk(
+    alpha: float, a: ArrayLike, beta: float = ..., c: ArrayLike | None = ...,
+    trans: _Flag = ..., lower: _Flag = ..., overwrite_c: bool = ...,
+) -> _Array: ...
+def syr2k(
+    alpha: _Scalar, a: ArrayLike, b: ArrayLike, beta: _Scalar = ..., c: ArrayLike | None = ...,
+    trans: _Flag = ..., lower: _Flag = ..., overwrite_c: bool = ...,
+) -> _Array: ...
+def her2k(
+    alpha: _Scalar, a: ArrayLike, b: ArrayLike, beta: float = ..., c: ArrayLike | None = ...,
+    trans: _Flag = ..., lower: _Flag = ..., overwrite_c: bool = ...,
+) -> _Array: ...
+def trmm(
+    alpha: _Scalar, a: ArrayLike, b: ArrayLike, side: _Flag = ..., lower: _Flag = ...,
+    trans_a: _Trans = ..., diag: _Flag = ..., overwrite_b: bool = ...,
+) -> _Array: ...
+def trsm(
+    alpha: _Scalar, a: ArrayLike, b: ArrayLike, side: _Flag = ..., lower: _Flag = ...,
+    trans_a: _Trans = ..., diag: _Flag = ..., overwrite_b: bool = ...,
+) -> _Array: ...

@@ -1,0 +1,84 @@
+// LAPACK on arrays, overwritten in place: each function is the one of its name in lumo.h, sizes
+// taken from the arrays, whose shapes the Python layer has checked. False: a data error.
+#include <vector>
+
+#include "arrays.h"
+#include "bind.h"
+#include "call.h"
+
+extern "C" {
+void sorgqr_(const int* m, const int* n, const int* k, void* a, const int* lda, const void* tau,
+             void* work, const int* lwork, int* info);
+decltype(sorgqr_) cungqr_;
+}
+
+namespace lumo::python {
+namespace {
+
+template <class T>
+bool getrf(Matrix<T> a, Vector<int> ipiv) {
+    return call(ofType<T>(lumoSgetrf, lumoCgetrf), a.rows, a.columns, raw(a.data), a.ld, ipiv.data);
+}
+
+template <class T>
+bool gesv(Matrix<T> a, Vector<int> ipiv, Matrix<T> b) {
+    return call(ofType<T>(lumoSgesv, lumoCgesv), a.rows, b.columns, raw(a.data), a.ld, ipiv.data,
+                raw(b.data), b.ld);
+}
+
+template <class T>
+bool geqrf(Matrix<T> a, Vector<T> tau) {
+    return call(ofType<T>(lumoSgeqrf, lumoCgeqrf), a.rows, a.columns, raw(a.data), a.ld,
+                raw(tau.data));
+}
+
+template <class T>
+bool gels(char trans, int m, int n, Matrix<T> a, Matrix<T> b) {
+    return call(ofType<T>(lumoSgels, lumoCgels), trans, m, n, b.columns, raw(a.data), a.ld,
+                raw(b.data), b.ld);
+}
+
+template <class T>
+bool gglse(Matrix<T> a, Matrix<T> b, Vector<T> c, Vector<T> d, Vector<T> x) {
+    return call(ofType<T>(lumoSgglse, lumoCgglse), a.rows, a.columns, b.rows, raw(a.data), a.ld,
+                raw(b.data), b.ld, raw(c.data), raw(d.data), raw(x.data));
+}
+
+// The first a.columns columns of Q from its reflectors, by the CPU LAPACK (xORGQR, xUNGQR).
+template <class T>
+void orgqr(Matrix<T> a, Vector<T> tau) {
+    const auto routine = ofType<T>(sorgqr_, cungqr_);
+    int info = 0, size = -1;
+    T best(0);
+    routine(&a.rows, &a.columns, &tau.size, a.data, &a.ld, tau.data, &best, &size, &info);
+    size = std::max({1, a.columns, int(std::real(best))});
+    std::vector<T> work(std::size_t(size), T(0));
+    routine(&a.rows, &a.columns, &tau.size, a.data, &a.ld, tau.data, work.data(), &size, &info);
+    if (info != 0) throw std::runtime_error("the CPU LAPACK's orgqr refused its arguments");
+}
+
+template <class T>
+bool gesvd(char job, Matrix<T> a, Vector<RealOf<T>> s, Matrix<T> u, Matrix<T> vt) {
+    return call(ofType<T>(lumoSgesvd, lumoCgesvd), job, job, a.rows, a.columns, raw(a.data), a.ld,
+                s.data, raw(u.data), u.ld, raw(vt.data), vt.ld);
+}
+
+template <class T>
+void bindLapackOf(py::module_& m) {
+    m.def("getrf", &getrf<T>, Unlocked());
+    m.def("gesv", &gesv<T>, Unlocked());
+    m.def("geqrf", &geqrf<T>, Unlocked());
+    m.def("gels", &gels<T>, Unlocked());
+    m.def("gglse", &gglse<T>, Unlocked());
+    m.def("orgqr", &orgqr<T>, Unlocked());
+    m.def("gesvd", &gesvd<T>, Unlocked());
+}
+
+}  // namespace
+
+void bindLapack(py::module_& m) {
+    bindLapackOf<float>(m);
+    bindLapackOf<std::complex<float>>(m);
+}
+
+}  // namespace lumo::python

@@ -1,0 +1,108 @@
+"""What holds for every function: threads, the interpreter's lock, the package itself."""
+
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import threading
+import time
+from concurrent.futures import ThreadPoolExecutor
+
+import numpy as np
+import pytest
+from conftest import random
+
+import lumo
+from lumo import LinAlgError
+
+
+def test_threads_get_their_own_results():
+    """Each is registered by its first call and leaves; errors are not mixed up."""
+
+    def work(seed):
+        for i in range(30):
+            n = 20 + seed
+            a, b = random((n, n), np.float32, seed), random(n, np.float32, i)
+            x = lumo.solve(a, b)
+            if np.abs(a @ x - b).max() > 1e-2 * max(1, np.abs(x).max()):
+                return "wrong"
+            a = np.eye(n, dtype=np.float32)
+            a[seed, seed] = 0
+            with pytest.raises(LinAlgError, match=f"pivot {seed + 1} is"):
+                lumo.solve(a, b)
+        return "right"
+
+    for _ in range(3):
+        with ThreadPoolExecutor(8) as pool:
+            assert set(pool.map(work, range(8))) == {"right"}
+
+
+def test_other_threads_run_during_a_call():
+    a = random((1600, 1600), np.float64)
+    span, ticks = [], []
+
+    def call():
+        span.append(time.perf_counter())
+        lumo.gemm(1, a, a)
+        span.append(time.perf_counter())
+
+    thread = threading.Thread(target=call)
+    thread.start()
+    while thread.is_alive():
+        ticks.append(time.perf_counter())
+        time.sleep(0.001)
+    margin = 0.25 * (span[1] - span[0])
+    assert any(span[0] + margin < tick < span[1] - margin for tick in ticks)
+
+
+def test_info():
+    info = lumo.info()
+    assert pathlib.Path(info["library"]).exists()
+    assert lumo.devices()[info["device"]] == info["device_name"]
+    assert re.fullmatch(r"\d+\.\d+\.\d+", info["version"])
+
+
+def python(code, **environment):
+    path = pathlib.Path(lumo.__file__).parent.parent
+    return subprocess.run(
+        [sys.executable, "-c", code], capture_output=True, text=True,
+        env={"PYTHONPATH": str(path), "PATH": "", **environment},
+    )  # fmt: skip
+
+
+def test_failures_of_the_platform():
+    """In a process of its own: the choice of a platform and of a device is final."""
+    solve = "import lumo, numpy; lumo.solve(numpy.eye(2, dtype='f'), numpy.ones(2, 'f'))"
+    outcome = python(solve, LUMO_PLATFORM="cloud")
+    assert "RuntimeError: CUDA runtime or driver is not supported" in outcome.stderr
+    outcome = python("import lumo; lumo.select_device(7)", LUMO_PLATFORM="software")
+    assert "ValueError: Argument 1 is invalid" in outcome.stderr
+    selected = python(f"import lumo; lumo.select_device(0); {solve}", LUMO_PLATFORM="software")
+    assert selected.returncode == 0 and not selected.stderr
+
+
+def test_a_missing_library(tmp_path):
+    """The package without what it was linked to says so, and what to do."""
+    shutil.copytree(pathlib.Path(lumo.__file__).parent, tmp_path / "lumo")
+    module = next((tmp_path / "lumo").glob("_core*"))
+    module.write_bytes(module.read_bytes().replace(b"liblumo.so.0", b"liblost.so.0"))
+    outcome = python(f"import sys; sys.path.insert(0, {str(tmp_path)!r}); import lumo")
+    assert "lumo's compiled module does not load: liblost.so.0" in outcome.stderr
+
+
+def test_stubs_list_the_package():
+    """The stub file has each name with the arguments that the function has."""
+    import ast
+    import inspect
+
+    stub = pathlib.Path(lumo.__file__).resolve().with_suffix(".pyi")
+    functions = {}
+    for node in ast.parse(stub.read_text()).body:
+        if isinstance(node, ast.FunctionDef):
+            a = node.args
+            functions[node.name] = [arg.arg for arg in a.posonlyargs + a.args + a.kwonlyargs]
+    for name in lumo.__all__:
+        if inspect.isfunction(getattr(lumo, name)):
+            assert functions.pop(name) == list(inspect.signature(getattr(lumo, name)).parameters)
+    assert not functions
