@@ -6,7 +6,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit check sanitize thread-check bench install bundle format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit check sanitize thread-check bench install bundle packages test-packages format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -59,6 +59,17 @@ install: build
 # build/default/lumo-bundle.tar.gz, for a machine with a GPU: unpack it and ./run-checks.
 bundle: build
 	cd build/default && cpack -G TGZ >/dev/null && ls -l lumo-bundle.tar.gz
+
+# build/package/*.deb: the library, what is needed to build with it, the command.
+packages: setup
+	@mkdir -p build
+	@cmake --preset package >build/package.log 2>&1 || { cat build/package.log; exit 1; }
+	cmake --build --preset package
+
+# The packages in a clean Debian root. As root; a minute when the root is made, then 15 seconds.
+test-packages: packages
+	@tools/setup.sh debootstrap
+	tools/test-packages
 
 format:
 	git ls-files '*.c' '*.cpp' '*.cu' '*.h' | xargs clang-format-14 -i
