@@ -6,7 +6,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit check sanitize thread-check bench install bundle packages test-packages format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit check sanitize thread-check bench install bundle packages test-packages docs format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -70,6 +70,11 @@ packages: setup
 test-packages: packages
 	@tools/setup.sh debootstrap
 	tools/test-packages
+
+# The reference as a page for browsers.
+docs: configure
+	cmake --build --preset default --target manual
+	@echo build/default/lumo.html
 
 format:
 	git ls-files '*.c' '*.cpp' '*.cu' '*.h' | xargs clang-format-14 -i

@@ -53,6 +53,9 @@ if(CPACK_GENERATOR STREQUAL \"DEB\")
 endif()
 ")
 
+if(TARGET manual)
+    list(APPEND built manual)
+endif()
 add_custom_target(packages
     COMMAND ${CMAKE_CPACK_COMMAND} -G DEB
     DEPENDS ${built}

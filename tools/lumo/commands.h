@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace lumo {
 
@@ -13,5 +14,12 @@ struct SystemFiles {
 };
 void solve(const SystemFiles& files);
 void lstsq(const SystemFiles& files);
+
+struct BenchOptions {
+    std::vector<std::string> routines;  // as "sgemm"; all if empty
+    std::string json, plot;             // files, if wanted
+    int largest = 2048;                 // order of the problems
+};
+void bench(const BenchOptions& options);
 
 }  // namespace lumo
