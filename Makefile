@@ -6,7 +6,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit check sanitize thread-check bench install bundle packages test-packages docs format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit demo-distributed check acceptance sanitize thread-check bench install bundle packages test-packages docs format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -32,8 +32,19 @@ demo-fit: configure
 	cmake --build --preset default --target example_co2
 	cd build/default/examples && ./co2
 
+# ScaLAPACK's solvers on 1, 2 and 4 ranks of this machine, their local work done by Lumo.
+demo-distributed: setup
+	@tools/setup.sh libscalapack-openmpi-dev libopenmpi-dev openmpi-bin
+	cmake --preset default >/dev/null
+	cmake --build --preset default --target demo-distributed
+
 check: build
 	ctest --preset default --parallel 2
+
+# LAPACK's own test programs, and those of NumPy and SciPy, served by Lumo (docs/drop-in.md).
+acceptance: build
+	@tools/setup.sh python3-numpy python3-scipy python3-pytest python3-hypothesis
+	cmake --build --preset default --target acceptance
 
 # The same tests under the address and undefined-behaviour sanitizers.
 sanitize: setup

@@ -481,4 +481,22 @@ TEST(SpeedCurve, CrossesWhereLumoStaysFaster) {
     EXPECT_DOUBLE_EQ(64 * std::cbrt(2.), crossover({0.5, 4, 9}));
 }
 
+TEST_F(Command, TunesWhatItIsAskedTo) {
+    write("crossover", "# mine\ncuda sgemm 512\nsoftware sgemm 7\nsoftware dgemm 9\n");
+    const Outcome outcome = run("tune sgemm cgetrf -n 64 -o crossover");
+    EXPECT_EQ(0, outcome.code) << outcome.err;
+    std::istringstream lines(read(folder / "crossover"));
+    std::vector<std::string> kept;
+    std::set<std::string> sizes;
+    for (std::string line; std::getline(lines, line);)
+        if (line.rfind("software sgemm ", 0) == 0 || line.rfind("software cgetrf ", 0) == 0)
+            sizes.insert(line.substr(line.rfind(' ') + 1));
+        else
+            kept.push_back(line);
+    EXPECT_EQ((std::vector<std::string>{"# mine", "cuda sgemm 512", "software dgemm 9"}), kept);
+    for (const std::string& size : sizes) EXPECT_TRUE(size == "64" || size == "never") << size;
+    EXPECT_FALSE(sizes.empty());
+    EXPECT_EQ(1, run("tune sgemm -n 64 -o crossover/file").code);
+}
+
 }  // namespace

@@ -22,4 +22,11 @@ struct BenchOptions {
 };
 void bench(const BenchOptions& options);
 
+struct TuneOptions {
+    std::vector<std::string> routines;  // as "sgemm"; all if empty
+    std::string file;                   // the usual one if empty
+    int largest = 4096;                 // order of the problems
+};
+void tune(const TuneOptions& options);
+
 }  // namespace lumo

@@ -52,6 +52,17 @@ void addBench(CLI::App& app, lumo::BenchOptions& options) {
     command->callback([&options] { lumo::bench(options); });
 }
 
+void addTune(CLI::App& app, lumo::TuneOptions& options) {
+    CLI::App* command = app.add_subcommand(
+        "tune", "Measure from which sizes on the drop-in library should let Lumo serve a routine");
+    command->add_option("ROUTINE", options.routines, "As sgemm; all of them if none is named");
+    command->add_option("-o,--output", options.file, "Write to this file");
+    command->add_option("-n,--largest", options.largest, "The largest order that is measured")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    command->callback([&options] { lumo::tune(options); });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -60,10 +71,12 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", LUMO_VERSION);
     lumo::SystemFiles files;
     lumo::BenchOptions benchOptions;
+    lumo::TuneOptions tuneOptions;
     addInfo(app);
     addSolve(app, files);
     addLstsq(app, files);
     addBench(app, benchOptions);
+    addTune(app, tuneOptions);
     try {
         app.parse(argc, argv);  // runs the command
         return 0;

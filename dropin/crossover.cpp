@@ -1,0 +1,91 @@
+#include "dropin/crossover.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+#include <map>
+#include <optional>
+#include <sstream>
+
+#include "dropin/crossover_file.h"
+#include "dropin/device.h"
+
+namespace lumo::dropin {
+namespace {
+
+constexpr double never = std::numeric_limits<double>::infinity();
+constexpr double leastGuessed = 64;
+
+std::optional<double> sizeFrom(const std::string& word) {
+    if (word == "never") return never;
+    char* end = nullptr;
+    const double size = std::strtod(word.c_str(), &end);
+    if (word.empty() || *end || !(size >= 0)) return {};
+    return size;
+}
+
+// Of the environment: nothing if it says nothing, or nothing that can be understood.
+std::optional<double> readOverride() {
+    const char* word = std::getenv("LUMO_CROSSOVER");
+    if (!word || !*word) return {};
+    const auto size = sizeFrom(word);
+    if (!size)
+        std::fprintf(stderr, "lumo: LUMO_CROSSOVER is a size or \"never\"; \"%s\" is ignored\n",
+                     word);
+    return size;
+}
+
+const std::optional<double>& overridden() {
+    static const std::optional<double> size = readOverride();
+    return size;
+}
+
+using Sizes = std::map<std::string, double>;
+
+Sizes readFile() {
+    Sizes sizes;
+    const std::string file = crossoverFile();
+    std::ifstream in(file);
+    if (!in && std::getenv("LUMO_CROSSOVER_FILE"))
+        std::fprintf(stderr, "lumo: %s cannot be read\n", file.c_str());
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number) {
+        std::istringstream words(line.substr(0, line.find('#')));
+        std::string platform, routine, size, more;
+        if (!(words >> platform)) continue;
+        words >> routine >> size;
+        const auto value = sizeFrom(size);
+        if (!value || words >> more)
+            std::fprintf(stderr, "lumo: %s, line %d: not \"PLATFORM ROUTINE SIZE\"; ignored\n",
+                         file.c_str(), number);
+        else if (platform == platformName())
+            sizes[routine] = *value;
+    }
+    return sizes;
+}
+
+// Guesses, not measured: a matrix crosses the bus and back before it is any use, so that what does
+// little with it is not worth the way. `lumo tune` knows better.
+double guess(const std::string& routine) {
+    if (platformName() != "cuda") return never;
+    const std::string family = routine.substr(1);
+    if (family == "gemv") return never;
+    const bool factorises = family.substr(0, 2) == "ge" && family != "gemm";
+    return factorises || family == "gglse" ? 1024 : 512;
+}
+
+}  // namespace
+
+double crossoverOf(const std::string& routine) {
+    if (overridden()) return *overridden();
+    static const Sizes sizes = readFile();
+    const auto found = sizes.find(routine);
+    return found != sizes.end() ? found->second : guess(routine);
+}
+
+bool worthAsking(double size) {
+    return size >= leastGuessed || overridden();
+}
+
+}  // namespace lumo::dropin

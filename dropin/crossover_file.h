@@ -1,0 +1,24 @@
+// Where the measured crossovers are kept: made by `lumo tune`, read by the drop-in library.
+#pragma once
+
+#include <cstdlib>
+#include <string>
+
+namespace lumo::dropin {
+
+// LUMO_CROSSOVER_FILE, else $XDG_CONFIG_HOME/lumo/crossover, else ~/.config/lumo/crossover; empty
+// if there is no home.
+inline std::string crossoverFile() {
+    if (const char* file = std::getenv("LUMO_CROSSOVER_FILE"); file && *file) return file;
+    if (const char* config = std::getenv("XDG_CONFIG_HOME"); config && *config)
+        return std::string(config) + "/lumo/crossover";
+    const char* home = std::getenv("HOME");
+    return home ? std::string(home) + "/.config/lumo/crossover" : std::string();
+}
+
+// The PLATFORM of its lines, from what lumoGetDeviceInfo says of a device.
+inline std::string platformOf(const std::string& device) {
+    return device.rfind("Lumo software device", 0) == 0 ? "software" : "cuda";
+}
+
+}  // namespace lumo::dropin

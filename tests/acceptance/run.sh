@@ -1,0 +1,143 @@
+#!/bin/sh
+# run.sh DROP-IN SMALL WORK short|full
+# LAPACK's and BLAS's own test programs, as Debian ships them, under the drop-in library, with every
+# size served; SMALL is a folder with a liblumo.so.0 of small blocks. Prints what was tested and
+# served. Fails if a test fails where the CPU library is the reference LAPACK, if one fails that
+# another CPU library alone passes, or if a symbol that the programs can reach was never served.
+# Exit 77: the programs are not installed.
+#
+# short: on the reference LAPACK in small blocks, of the linear equations general matrices, QR and
+# least squares. full: everything, on the reference LAPACK and on OpenBLAS, in small blocks and in
+# the usual ones; then the tests of NumPy and SciPy.
+set -u
+dropin=$1 small=$2 work=$3 extent=$4
+
+lib=/usr/lib/$(gcc -print-multiarch)
+lapack=$lib/lapack blas=$lib/blas
+for needed in $lapack/xlintsts $blas/xblat3s $lapack/liblapack.so.3 $blas/libblas.so.3; do
+    [ -e "$needed" ] && continue
+    echo "skipped: $needed is not there (Debian's liblapack-test, libblas-test, liblapack3, libblas3)"
+    exit 77
+done
+
+rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 1
+export OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 LUMO_PLATFORM=software LUMO_CROSSOVER=0
+failed=0
+
+# run FOLDER PATH PRELOAD: all programs, their output in FOLDER.
+run() {
+    mkdir -p "$1"
+    (
+        cd "$1" || exit 1
+        program() {  # NAME FILE INPUT
+            LD_LIBRARY_PATH=$2 LD_PRELOAD=$3 LUMO_REPORT=$PWD/report "$4" <"$5" >"$1.out" 2>"$1.err"
+            echo "exit status $?" >>"$1.out"
+        }
+        for t in s c; do
+            input=$lapack/${t}test.in
+            if [ "$extent" = short ]; then
+                T=$(echo $t | tr sc SC)
+                sed -E "/^[SC]/{/^$T(GE|QR|LS) /!d;}" "$input" >${t}test.in
+                input=${t}test.in
+            fi
+            program xlintst$t "$2" "$3" $lapack/xlintst$t "$input"
+            for part in lse svd; do
+                program xeigtst$t.$part "$2" "$3" $lapack/xeigtst$t $lapack/$part.in
+            done
+        done
+        for t in s d c z; do
+            for level in 2 3; do
+                program xblat$level$t "$2" "$3" $blas/xblat$level$t $blas/${t}blat$level.in
+                cat ${t}blat$level.out >>xblat$level$t.out  # what the program writes itself
+                program x${t}cblat$level "$2" "$3" $blas/x${t}cblat$level $blas/${t}in$level
+            done
+        done
+    )
+}
+
+# summary FOLDER: "tests error-exits failures" of the output in it. A program that does not come to
+# its end is a failure, but for those that do not even start with this CPU library alone.
+summary() {
+    for out in "$1"/x*.out; do
+        grep -qxs "$(basename "$out" .out)" "${1%%.*}.unstartable" && continue
+        awk '
+            function number(text) { gsub(/[^0-9]/, "", text); return text + 0 }
+            /tests run\)/ { sub(/.*\(/, ""); tests += number($0) }
+            /COMPUTATIONAL TESTS *\(/ { sub(/.*\(/, ""); tests += number($0) }
+            /passed the tests of the error exits|PASSED THE TESTS OF ERROR-EXITS/ { exits++ }
+            /out of +[0-9]+ tests failed/ {
+                sub(/^[^:]*:/, ""); failures += $1; tests += $4 }
+            /failed the tests of the error exits|FAILED THE TESTS OF ERROR-EXITS/ { failures++ }
+            /FAILED ON CALL|FATAL ERROR|SUSPECT|Sanitizer/ { failures++ }
+            /[Ee]nd of tests|END OF TESTS/ { ended = 1 }
+            /^exit status/ && $3 != 0 { failures++ }
+            END { print tests + 0, exits + 0, failures + !ended }' "$out"
+    done | awk '{ t += $1; e += $2; f += $3 } END { print t + 0, e + 0, f + 0 }'
+}
+
+# stage NAME CPU-PATH LUMO-PATH BLOCKS: the programs under the drop-in, and for a full run alone.
+printf '%-24s %8s %12s %9s %15s\n' "CPU library, blocks" tests error-exits failures "failures alone"
+stage() {
+    if [ "$extent" = full ] && [ ! -d "$1.alone" ]; then
+        run "$1.alone" "$2" ""
+        grep -l '^exit status 127' "$1".alone/*.out 2>/dev/null | sed 's|.*/||; s|\.out$||' \
+            >"$1.unstartable"
+        [ -s "$1.unstartable" ] && echo "$1: cannot start" $(cat "$1.unstartable")
+    fi
+    run "$1.$4" "$3:$2" "$dropin"
+    with=$(summary "$1.$4") alone=- allowed=0
+    if [ "$extent" = full ]; then
+        alone=$(summary "$1.alone")
+        [ "${with% *}" = "${alone% *}" ] || failed=1  # the same tests were run
+        [ "$1" = reference ] || allowed=${alone##* }
+    fi
+    printf '%-24s %8d %12d %9d %15s\n' "$1, $4" $with "${alone##* }"
+    if [ "${with##* }" -gt "$allowed" ] || [ "${with%% *}" = 0 ]; then failed=1; fi
+}
+
+reference=$lapack:$blas
+stage reference $reference "$small" small
+if [ "$extent" = full ]; then
+    usual=$(dirname "$dropin")
+    stage reference $reference "$usual" usual
+    for openblas in $lib/openblas-*; do
+        [ -e "$openblas/liblapack.so.3" ] || continue
+        stage openblas "$openblas" "$small" small
+        stage openblas "$openblas" "$usual" usual
+        break
+    done
+fi
+
+# Every exported symbol but LAPACKE's, which no program of Debian's tests.
+echo
+nm -D --defined-only "$dropin" | awk '$3 ~ /_$|^cblas_/ { print $3 }' | sort >symbols
+cat ./*.small/report ./*.usual/report 2>/dev/null | awk '
+    BEGIN { while ((getline symbol <"symbols") > 0) all[++count] = symbol
+            printf "%-34s %10s %10s\n", "symbol", "served", "passed on" }
+    { served[$1] += $2; passed[$1] += $4 }
+    END { for (i = 1; i <= count; ++i) {
+              printf "%-34s %10d %10d\n", all[i], served[all[i]], passed[all[i]]
+              if (!served[all[i]]) { print all[i] " was never served"; bad = 1 } }
+          exit bad || !count }' || failed=1
+
+# python PACKAGE: its tests, which must all pass.
+python() {
+    echo
+    if ! /usr/bin/python3 -c "import pytest, hypothesis, ${1%%.*}" 2>/dev/null; then
+        echo "$1: python3-pytest, python3-hypothesis or the package is missing"
+        failed=1
+        return
+    fi
+    rm -f python.report
+    LD_PRELOAD=$dropin LUMO_REPORT=$work/python.report /usr/bin/python3 -m pytest -q \
+        -p no:cacheprovider --pyargs "$1" >"$1.out" 2>&1 || failed=1
+    echo "$1: $(tail -1 "$1.out")"
+    cat python.report
+}
+if [ "$extent" = full ]; then
+    python numpy.linalg
+    python scipy.linalg
+fi
+
+[ $failed = 0 ] || echo "FAILED: see $work"
+exit $failed

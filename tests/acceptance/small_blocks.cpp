@@ -1,0 +1,25 @@
+// Shrinks the block sizes of the Lumo that this file is linked into, as it is loaded: LAPACK's test
+// programs work on matrices of up to 50 rows, which would never leave the first block. A library
+// of its own rather than a variable that users could set: what is tested is the drop-in as it is
+// shipped, on another liblumo.so.
+#include "blas/tuning.h"
+#include "lapack/tuning.h"
+
+namespace {
+
+template <class T>
+void shrink() {
+    lumo::getrfTuning<T> = {{4, 4}, 20};
+    lumo::geqrfTuning<T> = {4, 4};
+    lumo::gebrdTuning<T> = {4, 4};
+}
+
+[[gnu::constructor]] void shrinkAll() {
+    shrink<float>();
+    shrink<lumo::Complex<float>>();
+    lumo::blasTuning.gemmLimit = 384;
+    lumo::blasTuning.unblocked = 3;
+    lumo::blasTuning.block = 4;
+}
+
+}  // namespace

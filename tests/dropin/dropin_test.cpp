@@ -1,0 +1,155 @@
+// Programs under the drop-in library: that their results are right, and what the report says that
+// Lumo and the CPU library did for them.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Calls {
+    long served = 0, passedOn = 0;
+    bool operator==(const Calls& other) const {
+        return served == other.served && passedOn == other.passedOn;
+    }
+};
+std::ostream& operator<<(std::ostream& out, const Calls& calls) {
+    return out << calls.served << " served, " << calls.passedOn << " passed on";
+}
+using Report = std::map<std::string, Calls>;
+
+// How a program comes to the library: preloaded, with a CPU library of one piece or with BLAS and
+// LAPACK apart, or linked in front of it. A sanitizer's run-time library wants to be first, and
+// takes no preloading.
+struct Way {
+    const char* name;
+    const char* program;
+    const char* preload;
+    const char* path;
+};
+void PrintTo(const Way& way, std::ostream* out) {
+    *out << way.name;
+}
+const Way ways[] = {
+    {"linked", LUMO_PROBE_LINKED, "", ""},
+#ifdef LUMO_PRELOAD
+    {"preloaded", LUMO_PROBE, LUMO_PRELOAD, ""},
+#ifdef LUMO_REFERENCE
+    {"reference", LUMO_PROBE_APART, LUMO_PRELOAD, LUMO_REFERENCE},
+#endif
+#endif
+};
+
+class DropIn : public ::testing::TestWithParam<Way> {
+  protected:
+    void SetUp() override {
+        std::string name = (fs::temp_directory_path() / "lumo-dropin-XXXXXX").string();
+        ASSERT_NE(nullptr, mkdtemp(name.data()));
+        folder = name;
+    }
+    void TearDown() override { fs::remove_all(folder); }
+
+    // Runs a scenario, which must succeed, with more of the environment, and reads the report.
+    Report run(const std::string& scenario, const std::string& environment = "LUMO_CROSSOVER=0",
+               const std::string& lumo = "") {
+        const Way& way = GetParam();
+        const std::string report = folder / "report", output = folder / "output";
+        fs::remove(report);
+        const std::string command = "env LUMO_PLATFORM=software LUMO_REPORT=" + report +
+                                    " XDG_CONFIG_HOME=" + folder.string() +
+                                    " LD_PRELOAD=" + way.preload + " LD_LIBRARY_PATH=" + lumo +
+                                    ":" + way.path + ":$LD_LIBRARY_PATH " + environment + " " +
+                                    way.program + " " + scenario + " >" + output + " 2>&1";
+        const int status = std::system(command.c_str());
+        std::stringstream said;
+        said << std::ifstream(output).rdbuf();
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << command << "\n" << said.str();
+        Report calls;
+        std::ifstream in(report);
+        std::string line, symbol;
+        std::getline(in, line);
+        std::getline(in, line);
+        for (double seconds; in >> symbol;)
+            in >> calls[symbol].served >> seconds >> calls[symbol].passedOn >> seconds;
+        return calls;
+    }
+
+    fs::path folder;
+};
+
+// Lumo and the CPU library call sgemm_, strsm_ and sgetrf_ in this; none of it comes back round.
+TEST_P(DropIn, ServesACallAndNoneOfThoseThatItMakes) {
+    EXPECT_EQ((Report{{"cgesv_", {1, 0}}, {"sgesv_", {1, 0}}}), run("solve"));
+    EXPECT_EQ((Report{{"cgesv_", {0, 1}}, {"sgesv_", {0, 1}}}),
+              run("solve", "LUMO_CROSSOVER=never"));
+    EXPECT_EQ((Report{{"cgetrf_", {0, 4}}, {"sgesv_", {20, 0}}}),
+              run("threads", "LUMO_CROSSOVER=0 OPENBLAS_NUM_THREADS=2"));
+    EXPECT_EQ(Report{}, run("notTaken"));
+}
+
+TEST_P(DropIn, SpeaksCBlasAndLapacke) {
+    EXPECT_EQ((Report{{"cblas_sgemm", {2, 0}}}), run("product"));
+    EXPECT_EQ((Report{{"ssyrk_", {2, 0}}}), run("repeated"));
+    // By rows, LAPACKE's own; its sgesv_ is no call of the program's.
+    EXPECT_EQ((Report{{"LAPACKE_sgels", {1, 0}}, {"LAPACKE_sgesv", {1, 1}}}), run("lapacke"));
+}
+
+TEST_P(DropIn, LeavesErrorsAndQueriesToTheCpuLibrary) {
+    EXPECT_EQ(
+        (Report{{"sgels_", {0, 1}}, {"sgemm_", {0, 1}}, {"sgeqrf_", {0, 2}}, {"sgesv_", {0, 2}}}),
+        run("arguments"));
+}
+
+TEST_P(DropIn, ReturnsTheInfoOfLapack) {
+    EXPECT_EQ((Report{{"sgels_", {1, 0}}}), run("leastSquares"));
+    EXPECT_EQ((Report{{"sgels_", {0, 1}}, {"sgesv_", {0, 1}}, {"sgglse_", {0, 2}}}),
+              run("singular"));
+}
+
+TEST_P(DropIn, LeavesDataThatItDoesNotScaleToTheCpuLibrary) {
+    EXPECT_EQ((Report{{"sgels_", {0, 3}}, {"sgesv_", {0, 2}}}), run("data"));
+}
+
+TEST_P(DropIn, ServesFromTheCrossoverOn) {
+    const Report none{{"cgesv_", {0, 1}}, {"sgesv_", {0, 1}}};
+    const Report larger{{"cgesv_", {0, 1}}, {"sgesv_", {1, 0}}};  // 300 against 150
+    EXPECT_EQ(none, run("solve", ""));  // the software device gains nothing
+    EXPECT_EQ(larger, run("solve", "LUMO_CROSSOVER=151"));
+    fs::create_directory(folder / "lumo");
+    std::ofstream(folder / "lumo/crossover")
+        << "# measured\n\nsoftware cgesv never\nsoftware sgesv 300 # just\nnonsense\n"
+        << "cuda cgesv 0\n";
+    EXPECT_EQ(larger, run("solve", ""));
+    EXPECT_EQ(none, run("solve", "LUMO_CROSSOVER=never"));
+    EXPECT_EQ(none, run("solve", "LUMO_CROSSOVER_FILE=/dev/null"));
+}
+
+TEST_P(DropIn, PassesEverythingOnWithoutADevice) {
+    EXPECT_EQ((Report{{"cgesv_", {0, 1}}, {"sgesv_", {0, 1}}}),
+              run("solve", "LUMO_PLATFORM=cuda LUMO_CUDA_PLUGIN=/none LUMO_CROSSOVER=0"));
+}
+
+// Whichever call of the device fails: the CPU library gets the data as they were.
+TEST_P(DropIn, LosesNoDataWhenTheDeviceFails) {
+    int failed = 0, nth = 1;
+    for (; nth < 200; ++nth) {
+        const Report report = run(
+            "leastSquares", "LUMO_CROSSOVER=0 LUMO_TEST_FAULT=" + std::to_string(nth), LUMO_FAULTY);
+        ASSERT_EQ(1u, report.size());
+        failed += int(report.at("sgels_").passedOn);
+        if (HasFailure()) break;
+        if (report.at("sgels_").served && nth - failed > 20) break;  // no call is as late
+    }
+    EXPECT_GT(failed, 15);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, DropIn, ::testing::ValuesIn(ways),
+                         [](const auto& way) { return std::string(way.param.name); });
+
+}  // namespace

@@ -1,0 +1,290 @@
+// probe SCENARIO: a program that calls BLAS and LAPACK and knows nothing of Lumo. Ends with status
+// 0 if what it asked for was done as the standards say, else it says what was not.
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+using Complex = std::complex<float>;
+using Vector = std::vector<float>;
+
+extern "C" {
+void sgemm_(const char*, const char*, const int*, const int*, const int*, const void*, const void*,
+            const int*, const void*, const int*, const void*, void*, const int*, std::size_t,
+            std::size_t);
+decltype(sgemm_) cgemm_;
+void sgetrf_(const int*, const int*, void*, const int*, int*, int*);
+decltype(sgetrf_) dgetrf_, cgetrf_;
+void dgeqrf_(const int*, const int*, double*, const int*, double*, double*, const int*, int*);
+void sgesv_(const int*, const int*, void*, const int*, int*, void*, const int*, int*);
+decltype(sgesv_) cgesv_;
+void sgeqrf_(const int*, const int*, float*, const int*, float*, float*, const int*, int*);
+void sgels_(const char*, const int*, const int*, const int*, float*, const int*, float*, const int*,
+            float*, const int*, int*, std::size_t);
+void sgglse_(const int*, const int*, const int*, float*, const int*, float*, const int*, float*,
+             float*, float*, float*, const int*, int*);
+void ssyrk_(const char*, const char*, const int*, const int*, const float*, const float*,
+            const int*, const float*, float*, const int*, std::size_t, std::size_t);
+void cblas_sgemm(int, int, int, int, int, int, float, const float*, int, const float*, int, float,
+                 float*, int);
+[[gnu::weak]] int LAPACKE_sgesv(int, int, int, float*, int, int*, float*, int);
+[[gnu::weak]] int LAPACKE_sgels(int, char, int, int, int, float*, int, float*, int);
+
+// The program's own, as LAPACK lets it.
+std::string refusedName;
+int refusedArgument;
+[[gnu::visibility("default")]] void xerbla_(const char* name, const int* argument,
+                                            std::size_t length) {
+    refusedName.assign(name, length);
+    refusedArgument = *argument;
+}
+}
+
+namespace {
+
+int failures = 0;
+
+void check(bool good, const char* what) {
+    if (good) return;
+    std::printf("not so: %s\n", what);
+    ++failures;
+}
+#define CHECK(condition) check(condition, #condition)
+
+template <class T>
+std::vector<T> noise(int count, unsigned seed = 1) {
+    std::vector<T> values(count);
+    for (T& value : values) {
+        seed = seed * 1664525u + 1013904223u;
+        value = T(float(seed >> 8) / (1 << 23) - 1);
+    }
+    return values;
+}
+
+// The largest | B - A X | over n ||A|| ||X|| eps, in double precision, A of order n, one column.
+template <class T>
+double residual(int n, const std::vector<T>& a, const std::vector<T>& x, const std::vector<T>& b) {
+    using Wide = std::complex<double>;
+    double worst = 0, norm = 0, size = 0;
+    for (int i = 0; i < n; ++i) {
+        Wide sum = -Wide(b[i]);
+        double row = 0;
+        for (int j = 0; j < n; ++j) {
+            sum += Wide(a[i + std::size_t(j) * n]) * Wide(x[j]);
+            row += std::abs(a[i + std::size_t(j) * n]);
+        }
+        worst = std::max(worst, std::abs(sum));
+        norm = std::max(norm, row);
+        size = std::max(size, double(std::abs(x[i])));
+    }
+    return worst / (norm * size * std::numeric_limits<float>::epsilon());
+}
+
+template <class T, class Routine>
+void solveSystem(Routine* gesv, int n, unsigned seed = 1) {
+    const auto a = noise<T>(n * n, seed), b = noise<T>(n, seed + 1);
+    auto factors = a, x = b;
+    std::vector<int> ipiv(n);
+    const int one = 1;
+    int info = -99;
+    gesv(&n, &one, factors.data(), &n, ipiv.data(), x.data(), &n, &info);
+    CHECK(info == 0);
+    CHECK(residual(n, a, x, b) < 30);
+}
+
+void solve() {
+    solveSystem<float>(sgesv_, 300);
+    solveSystem<Complex>(cgesv_, 150);
+}
+
+// C of 3 x 2 from A of 3 x 4 and B of 4 x 2, in both storage orders.
+void product() {
+    const auto a = noise<float>(12), b = noise<float>(8, 2);
+    const Vector start = noise<float>(6, 3);
+    for (const bool rows : {false, true}) {
+        Vector c = start;
+        cblas_sgemm(rows ? 101 : 102, 111, 111, 3, 2, 4, 2, a.data(), rows ? 4 : 3, b.data(),
+                    rows ? 2 : 4, -1, c.data(), rows ? 2 : 3);
+        for (int i = 0; i < 3; ++i)
+            for (int j = 0; j < 2; ++j) {
+                const int at = rows ? 2 * i + j : i + 3 * j;
+                float sum = -start[at];
+                for (int k = 0; k < 4; ++k)
+                    sum += 2 * a[rows ? 4 * i + k : i + 3 * k] * b[rows ? 2 * k + j : k + 4 * j];
+                CHECK(std::abs(c[at] - sum) < 1e-5f);
+            }
+    }
+}
+
+// The same again: a result that does not change, and a triangle that is not to be touched.
+void repeated() {
+    const int n = 3, k = 4;
+    const float alpha = 1, beta = 0;
+    const auto a = noise<float>(n * k);
+    Vector c(n * n, std::numeric_limits<float>::quiet_NaN()), first;
+    for (int round = 0; round < 2; ++round) {
+        ssyrk_("U", "N", &n, &k, &alpha, a.data(), &n, &beta, c.data(), &n, 1, 1);
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < n; ++i) CHECK(std::isnan(c[i + j * n]) == (i > j));
+    }
+}
+
+void threads() {
+    std::vector<std::thread> all;
+    for (unsigned t = 0; t < 4; ++t)
+        all.emplace_back([t] {
+            for (int k = 0; k < 5; ++k) solveSystem<float>(sgesv_, 200, t + 1);
+            const int n = 200;
+            auto a = noise<Complex>(n * n, t);
+            std::vector<int> ipiv(n);
+            int info = 0;
+            a[n * 6 + 6] = 0;
+            for (int i = 0; i < n; ++i) a[n * 6 + i] = 0;  // the seventh column
+            cgetrf_(&n, &n, a.data(), &n, ipiv.data(), &info);
+            CHECK(info == 7);
+        });
+    for (std::thread& thread : all) thread.join();
+}
+
+// Of what the drop-in library does not take over; the CPU library then calls what it does.
+void notTaken() {
+    const int n = 400;
+    auto a = noise<double>(n * n);
+    std::vector<int> ipiv(n);
+    std::vector<double> tau(n), work(64 * n);
+    const int lwork = 64 * n;
+    int info = -1;
+    dgetrf_(&n, &n, a.data(), &n, ipiv.data(), &info);
+    CHECK(info == 0);
+    dgeqrf_(&n, &n, a.data(), &n, tau.data(), work.data(), &lwork, &info);
+    CHECK(info == 0);
+}
+
+void arguments() {
+    const int n = 5, one = 1, few = 4, query = -1, bad = -1;
+    auto a = noise<float>(25), b = noise<float>(5), tau = b;
+    Vector work(1000);
+    int ipiv[5], info = 0;
+    sgesv_(&n, &one, a.data(), &few, ipiv, b.data(), &n, &info);
+    CHECK(info == -4 && refusedName.rfind("SGESV", 0) == 0 && refusedArgument == 4);
+    sgels_("C", &n, &n, &one, a.data(), &n, b.data(), &n, work.data(), &n, &info, 1);
+    CHECK(info == -1 && refusedName.rfind("SGELS", 0) == 0);
+    sgeqrf_(&n, &n, a.data(), &n, tau.data(), work.data(), &few, &info);
+    CHECK(info == -7 && refusedName.rfind("SGEQRF", 0) == 0);
+    const float alpha = 1;
+    sgemm_("N", "N", &n, &bad, &n, &alpha, a.data(), &n, a.data(), &n, &alpha, b.data(), &n, 1, 1);
+    CHECK(refusedName.rfind("SGEMM", 0) == 0 && refusedArgument == 4);
+    sgeqrf_(&n, &n, a.data(), &n, tau.data(), work.data(), &query, &info);
+    CHECK(info == 0 && work[0] >= 5 && a == noise<float>(25) && tau == noise<float>(5));
+    const int empty = 0;
+    sgesv_(&empty, &one, nullptr, &one, nullptr, nullptr, &one, &info);
+    CHECK(info == 0);
+}
+
+// In lower case, and with a workspace that is said to be best.
+void leastSquares() {
+    const int n = 5, one = 1, lwork = 1000;
+    auto a = noise<float>(25), b = noise<float>(5);
+    const auto a0 = a, b0 = b;
+    Vector work(lwork);
+    int info = -1;
+    sgels_("n", &n, &n, &one, a.data(), &n, b.data(), &n, work.data(), &lwork, &info, 1);
+    CHECK(info == 0 && residual(n, a0, b, b0) < 30 && work[0] >= 10);
+}
+
+void singular() {
+    const int n = 30, p = 5, one = 1, lwork = 10000;
+    Vector work(lwork), b = noise<float>(n), a = noise<float>(n * n);
+    std::vector<int> ipiv(n);
+    int info = 0;
+    std::fill_n(a.begin() + n * 20, n, 0.0f);
+    const Vector zeroColumn = a, right = b;
+    sgesv_(&n, &one, a.data(), &n, ipiv.data(), b.data(), &n, &info);
+    CHECK(info == 21 && b == right);
+    a = zeroColumn;
+    sgels_("N", &n, &n, &one, a.data(), &n, b.data(), &n, work.data(), &lwork, &info, 1);
+    CHECK(info == 21);
+    // Constraints, or the problem as a whole, without full rank.
+    for (const int expected : {1, 2}) {
+        Vector A = zeroColumn, B = noise<float>(p * n, 5), c = right, d = noise<float>(p), x(n);
+        if (expected == 1)
+            for (int j = 0; j < n; ++j) B[j * p + 2] = 0;
+        else  // nothing but its first row
+            for (int k = 0; k < n * n; ++k) A[k] *= k % n == 0;
+        sgglse_(&n, &n, &p, A.data(), &n, B.data(), &p, c.data(), d.data(), x.data(), work.data(),
+                &lwork, &info);
+        CHECK(info == expected);
+    }
+}
+
+// Data that LAPACK scales, knows the answer of, or hands through.
+void data() {
+    const int n = 20, one = 1, lwork = 1000;
+    Vector work(lwork);
+    std::vector<int> ipiv(n);
+    int info = -1;
+    const Vector a0 = noise<float>(n * n), b0 = noise<float>(n);
+    for (const float scale : {1e-36f, 1e37f, 0.0f}) {
+        Vector a = a0, b = b0;
+        for (float& x : a) x *= scale;
+        const Vector scaled = a;
+        sgels_("N", &n, &n, &one, a.data(), &n, b.data(), &n, work.data(), &lwork, &info, 1);
+        CHECK(info == 0);
+        if (scale == 0) CHECK(b == Vector(n));
+        if (scale == 1e37f) CHECK(residual(n, scaled, b, b0) < 100);
+    }
+    Vector a = a0, b = b0;
+    a[7] = std::numeric_limits<float>::quiet_NaN();
+    sgesv_(&n, &one, a.data(), &n, ipiv.data(), b.data(), &n, &info);
+    CHECK(info != 0 || std::isnan(b[0]));
+    b = b0;
+    b[3] = std::numeric_limits<float>::infinity();
+    a = a0;
+    sgesv_(&n, &one, a.data(), &n, ipiv.data(), b.data(), &n, &info);
+    CHECK(info == 0 && !std::isfinite(b[0]));
+}
+
+// Stored by rows a matrix is not the one stored by columns, and its solution neither.
+void lapacke() {
+    const int n = 40;
+    const Vector a0 = noise<float>(n * n), b0 = noise<float>(n);
+    Vector transposed(n * n);
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) transposed[i * n + j] = a0[j * n + i];
+    std::vector<int> ipiv(n);
+    for (const int order : {102, 101}) {
+        const bool rows = order == 101;
+        Vector a = rows ? transposed : a0, b = b0;
+        const int info =
+            LAPACKE_sgesv(order, n, 1, a.data(), n, ipiv.data(), b.data(), rows ? 1 : n);
+        if (info == -1010) continue;  // there is no LAPACKE here
+        CHECK(info == 0 && residual(n, a0, b, b0) < 30);
+    }
+    Vector a = a0, b = b0;
+    CHECK(LAPACKE_sgels(102, 'n', n, n, 1, a.data(), n, b.data(), n) == 0);
+    CHECK(residual(n, a0, b, b0) < 30);
+}
+
+}  // namespace
+
+int main(int, char** argv) {
+    const std::map<std::string, void (*)()> scenarios{{"solve", solve},
+                                                      {"product", product},
+                                                      {"repeated", repeated},
+                                                      {"threads", threads},
+                                                      {"notTaken", notTaken},
+                                                      {"arguments", arguments},
+                                                      {"leastSquares", leastSquares},
+                                                      {"singular", singular},
+                                                      {"data", data},
+                                                      {"lapacke", lapacke}};
+    scenarios.at(argv[1])();
+    return failures != 0;
+}
