@@ -2,11 +2,12 @@
 #
 #   make demo      solves a real system, checked against a published result
 #   make demo-fit  fits 44 years of carbon dioxide measurements, and draws the fit
+#   make demo-svd  compresses a photograph by its singular values
 #   make check     builds everything and runs every test
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit demo-distributed check acceptance sanitize thread-check bench install bundle packages test-packages docs format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check bench install bundle packages test-packages docs format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -37,6 +38,12 @@ demo-distributed: setup
 	@tools/setup.sh libscalapack-openmpi-dev libopenmpi-dev openmpi-bin
 	cmake --preset default >/dev/null
 	cmake --build --preset default --target demo-distributed
+
+demo-svd: configure
+	@tools/setup.sh gnuplot-nox || echo "Without gnuplot there will be no plot of the values."
+	cmake --build --preset default --target lumo-command
+	build/default/tools/lumo/lumo svd examples/data/chelsea.png -k 5,20,50,100 --compare \
+	    -o build/default/examples/chelsea
 
 check: build
 	ctest --preset default --parallel 2

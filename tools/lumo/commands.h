@@ -29,4 +29,12 @@ struct TuneOptions {
 };
 void tune(const TuneOptions& options);
 
+struct SvdTask {
+    std::string a;           // a matrix or an image
+    std::vector<int> ranks;  // of the approximations that are wanted
+    std::string prefix;      // how the names of the written files begin; empty for none
+    bool compare = false;    // with the CPU LAPACK
+};
+void svd(SvdTask task);
+
 }  // namespace lumo

@@ -16,7 +16,7 @@ std::string gigabytes(double bytes) {
 
 }  // namespace
 
-Dense::Dense(std::int64_t rows, std::int64_t columns, bool isComplex) : complex_(isComplex) {
+void checkSize(std::int64_t rows, std::int64_t columns, bool isComplex) {
     const std::string size = std::to_string(rows) + " x " + std::to_string(columns);
     constexpr std::int64_t largest = std::numeric_limits<int>::max();
     if (rows < 0 || columns < 0) throw FileError("a negative size: " + size);
@@ -28,6 +28,10 @@ Dense::Dense(std::int64_t rows, std::int64_t columns, bool isComplex) : complex_
     if (bytes > memory)
         throw FileError("too large: " + size + " takes " + gigabytes(bytes) +
                         " to solve, this machine has " + gigabytes(memory));
+}
+
+Dense::Dense(std::int64_t rows, std::int64_t columns, bool isComplex) : complex_(isComplex) {
+    checkSize(rows, columns, isComplex);
     rows_ = int(rows);
     columns_ = int(columns);
     numbers_.resize(count() * (isComplex ? 2 : 1));

@@ -15,11 +15,14 @@ struct FileError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Refuses, with a FileError, a matrix that no library call could take or this machine's memory
+// could not hold: sizes come from file headers, which may claim anything.
+void checkSize(std::int64_t rows, std::int64_t columns, bool isComplex);
+
 class Dense {
   public:
     Dense() = default;
-    // Of zeros. Refuses, with a FileError, what no library call could take or this machine's
-    // memory could not hold: sizes come from file headers, which may claim anything.
+    // Of zeros, of a size that is checked.
     Dense(std::int64_t rows, std::int64_t columns, bool isComplex);
 
     int rows() const { return rows_; }

@@ -1,5 +1,6 @@
 #include "linear_system.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "common/residual.h"
@@ -9,13 +10,6 @@
 namespace lumo {
 namespace {
 
-Dense readFilled(const std::string& file) {
-    const Progress progress("reading " + file);
-    Dense matrix = readMatrix(file);
-    if (matrix.count() == 0) throw FileError(file + ": the matrix has no elements");
-    return matrix;
-}
-
 bool isFinite(float x) {
     return std::isfinite(x);
 }
@@ -24,6 +18,13 @@ bool isFinite(std::complex<float> z) {
 }
 
 }  // namespace
+
+Dense readFilled(const std::string& file) {
+    const Progress progress("reading " + file);
+    Dense matrix = readMatrix(file);
+    if (matrix.count() == 0) throw FileError(file + ": the matrix has no elements");
+    return matrix;
+}
 
 System readSystem(const SystemFiles& files, Shape shape) {
     if (!files.x.empty()) checkOutputName(files.x);
@@ -65,6 +66,22 @@ std::vector<T> toSingle(const Dense& matrix, const std::string& file) {
 
 template std::vector<float> toSingle(const Dense&, const std::string&);
 template std::vector<std::complex<float>> toSingle(const Dense&, const std::string&);
+
+template <class T>
+void warnOfExtremes(const std::vector<T>& data, const std::string& file, const char* routine,
+                    double least) {
+    double largest = 0;
+    for (const T value : data) largest = std::max(largest, double(std::abs(value)));
+    if (largest == 0 || (largest >= least && largest <= 1 / least)) return;
+    std::printf(
+        "%s: the largest element is %.2g, but %s does not scale its data: outside %.2g to "
+        "%.2g accuracy may be lost; multiply them by a power of two\n",
+        file.c_str(), largest, routine, least, 1 / least);
+}
+
+template void warnOfExtremes(const std::vector<float>&, const std::string&, const char*, double);
+template void warnOfExtremes(const std::vector<std::complex<float>>&, const std::string&,
+                             const char*, double);
 
 void printPlatform(const Session& session) {
     std::printf("platform:   %s\n", platform::choice().table->name);

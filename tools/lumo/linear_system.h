@@ -1,4 +1,5 @@
-// What the commands that solve for X share: A and B from files, a timed call, X into a file.
+// What the commands share: matrices from files, a timed call; for those that solve for X, A and B
+// and X into a file.
 #pragma once
 
 #include <chrono>
@@ -12,6 +13,9 @@
 #include "session.h"
 
 namespace lumo {
+
+// The matrix in a file, which has elements. Throws a FileError.
+Dense readFilled(const std::string& file);
 
 // A and B have the same number of rows, and are both complex if either file is.
 struct System {
@@ -27,6 +31,13 @@ System readSystem(const SystemFiles& files, Shape shape);
 template <class T>
 std::vector<T> toSingle(const Dense& matrix, const std::string& file);
 
+// Says so if the routine, which does not scale its data as LAPACK's does, is outside the limits
+// within which LAPACK's does not: the largest element from `least` to 1 / least. Data that are all
+// zero need no scaling.
+template <class T>
+void warnOfExtremes(const std::vector<T>& data, const std::string& file, const char* routine,
+                    double least);
+
 // Starts the report of a solution.
 void printPlatform(const Session& session);
 
@@ -36,11 +47,11 @@ struct Outcome {
     double seconds;
 };
 template <class Call>
-Outcome timed(Call call) {
+Outcome timed(Call call, const char* what = "solving") {
     std::fflush(stdout);
     const auto start = std::chrono::steady_clock::now();
     const lumoStatus status = [&] {
-        const Progress progress("solving");
+        const Progress progress(what);
         return call();
     }();
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;

@@ -32,19 +32,7 @@ std::vector<T> withRows(int rows, const std::vector<T>& matrix, int columns) {
     return result;
 }
 
-// The library does not scale its data as LAPACK's xGELS does, outside the same limits. Data that
-// are all zero need none.
-template <class T>
-void warnOfExtremes(const std::vector<T>& data, const std::string& file) {
-    constexpr double least = FLT_MIN / FLT_EPSILON;
-    double largest = 0;
-    for (const T value : data) largest = std::max(largest, double(std::abs(value)));
-    if (largest == 0 || (largest >= least && largest <= 1 / least)) return;
-    std::printf(
-        "%s: the largest element is %.2g, but %s does not scale its data: outside %.2g to "
-        "%.2g accuracy may be lost; multiply them by a power of two\n",
-        file.c_str(), largest, routine<T>, least, 1 / least);
-}
+constexpr double leastUnscaled = FLT_MIN / FLT_EPSILON;
 
 // Status 0 only says that no diagonal element of the factor is exactly zero. A column (of R; a row
 // of L) has the length of A's, and its diagonal element is the part of it that the others lack:
@@ -134,8 +122,8 @@ void lstsqAs(const System& system, const SystemFiles& files) {
     const int m = system.A.rows(), n = system.A.columns(), nrhs = system.B.columns();
     const bool tall = m >= n;
     std::vector<T> a = toSingle<T>(system.A, files.a), x = toSingle<T>(system.B, files.b);
-    warnOfExtremes(a, files.a);
-    warnOfExtremes(x, files.b);
+    warnOfExtremes(a, files.a, routine<T>, leastUnscaled);
+    warnOfExtremes(x, files.b, routine<T>, leastUnscaled);
     const int ldb = std::max(m, n);  // B goes in and X comes out in its first rows
     x = withRows(ldb, x, nrhs);
 

@@ -63,6 +63,35 @@ void addTune(CLI::App& app, lumo::TuneOptions& options) {
     command->callback([&options] { lumo::tune(options); });
 }
 
+void addSvd(CLI::App& app, lumo::SvdTask& task) {
+    CLI::App* command = app.add_subcommand(
+        "svd", "Singular values of a matrix, and approximations of lower rank, also of images");
+    command->add_option("A", task.a, "A Matrix Market or NumPy file, or an image: PGM, PPM or PNG")
+        ->required();
+    command
+        ->add_option("-k,--rank", task.ranks,
+                     "Approximate A by rank K, and check the errors; several: K,K,K")
+        ->delimiter(',')
+        ->allow_extra_args(false)  // which would be A
+        ->check(CLI::PositiveNumber)
+        ->type_name("K");
+    command->add_option("-o,--output", task.prefix, "Write files whose names begin so; see below")
+        ->type_name("PREFIX");
+    command->add_flag("--compare", task.compare,
+                      "Also time the CPU LAPACK's routine, and compare the singular values");
+    command->callback([&task] { lumo::svd(task); });
+    command->footer(
+        "In single precision, A = U diag(s) V^H. An image is a matrix for each of its channels.\n"
+        "The files, as .npy if A is one and as .mtx otherwise:\n"
+        "  PREFIX.s.mtx                     the singular values; of an image a column each "
+        "channel\n"
+        "  PREFIX.u.mtx, PREFIX.vt.mtx      U and V^H, of a matrix without -k\n"
+        "  PREFIX.k20.mtx, PREFIX.k20.png   with -k 20 the approximation, of an image in its "
+        "format\n"
+        "  PREFIX.spectrum.png              a plot of the singular values, if gnuplot is there\n"
+        "The data are not scaled: keep the largest element between 1e-12 and 1e12.");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -71,11 +100,13 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", LUMO_VERSION);
     lumo::SystemFiles files;
     lumo::BenchOptions benchOptions;
+    lumo::SvdTask svdTask;
     lumo::TuneOptions tuneOptions;
     addInfo(app);
     addSolve(app, files);
     addLstsq(app, files);
     addBench(app, benchOptions);
+    addSvd(app, svdTask);
     addTune(app, tuneOptions);
     try {
         app.parse(argc, argv);  // runs the command

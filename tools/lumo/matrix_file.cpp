@@ -1,7 +1,5 @@
 #include "matrix_file.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -9,6 +7,7 @@
 
 #include "matrix_market.h"
 #include "npy.h"
+#include "output_file.h"
 
 namespace lumo {
 namespace {
@@ -34,35 +33,6 @@ Dense readEither(const std::string& file) {
     }
 }
 
-// A file under another name beside its own, which it takes when committed.
-class Unfinished {
-  public:
-    explicit Unfinished(const std::string& file)
-        : target_(fs::weakly_canonical(file)),  // not to replace a link by the file
-          temporary_(target_.string() + "." + std::to_string(getpid()) + ".part"),
-          out_(temporary_, std::ios::binary | std::ios::trunc) {
-        if (!out_) throw FileError(std::strerror(errno));
-    }
-    Unfinished(const Unfinished&) = delete;
-    Unfinished& operator=(const Unfinished&) = delete;
-    ~Unfinished() {
-        std::error_code ignored;
-        if (!committed_) fs::remove(temporary_, ignored);
-    }
-    std::ostream& stream() { return out_; }
-    void commit() {
-        out_.close();
-        if (!out_) throw FileError("cannot be written: " + std::string(std::strerror(errno)));
-        fs::rename(temporary_, target_);
-        committed_ = true;
-    }
-
-  private:
-    fs::path target_, temporary_;
-    std::ofstream out_;
-    bool committed_ = false;
-};
-
 }  // namespace
 
 Dense readMatrix(const std::string& file) try {
@@ -77,23 +47,26 @@ void checkOutputName(const std::string& file) {
     const std::string suffix = fs::path(file).extension();
     if (suffix != ".mtx" && suffix != ".npy")
         throw FileError(file + ": solutions are written as .mtx or .npy");
-    std::error_code ignored;
-    if (fs::exists(file, ignored) && !fs::is_regular_file(file, ignored))
-        throw FileError(file + ": exists and is not a file");
+    checkIsFileOrNew(file);
 }
 
 template <class T>
-void writeMatrix(const std::string& file, int m, int n, const T* x, bool isVector) try {
-    Unfinished unfinished(file);
-    if (fs::path(file).extension() == ".npy")
-        writeNpy(unfinished.stream(), m, n, x, isVector);
+void writeMatrix(OutputFile& file, int m, int n, const T* x, bool isVector) {
+    if (fs::path(file.name()).extension() == ".npy")
+        writeNpy(file.stream(), m, n, x, isVector);
     else
-        writeMatrixMarket(unfinished.stream(), m, n, x);
-    unfinished.commit();
-} catch (const FileError& error) {
-    throw FileError(file + ": " + error.what());
-} catch (const fs::filesystem_error& error) {
-    throw FileError(file + ": " + error.code().message());
+        writeMatrixMarket(file.stream(), m, n, x);
+    file.close();
+}
+
+template void writeMatrix(OutputFile&, int, int, const float*, bool);
+template void writeMatrix(OutputFile&, int, int, const std::complex<float>*, bool);
+
+template <class T>
+void writeMatrix(const std::string& file, int m, int n, const T* x, bool isVector) {
+    OutputFile output(file);
+    writeMatrix(output, m, n, x, isVector);
+    output.commit();
 }
 
 template void writeMatrix(const std::string&, int, int, const float*, bool);

@@ -15,8 +15,13 @@ Dense readMatrix(const std::string& file);
 // Refuses a name that ends in neither .mtx nor .npy, before any work is done for it.
 void checkOutputName(const std::string& file);
 
-// x: column-major, m x n. The file appears under its name when it is complete, or not at all.
-// T: float or std::complex<float>.
+// In the format that the file's name tells. x: column-major, m x n; T: float or
+// std::complex<float>.
+class OutputFile;
+template <class T>
+void writeMatrix(OutputFile& file, int m, int n, const T* x, bool isVector);
+
+// The same. The file appears under its name when it is complete, or not at all.
 template <class T>
 void writeMatrix(const std::string& file, int m, int n, const T* x, bool isVector);
 

@@ -1,0 +1,195 @@
+#include "image.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+#include "dense.h"
+#ifdef LUMO_HAVE_PNG
+#include <png.h>
+#endif
+
+namespace lumo {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view pngMagic = "\x89PNG\r\n\x1a\n";
+constexpr std::string_view blanks = " \t\r\n\v\f";
+
+bool isPnm(std::string_view bytes) {
+    return bytes.size() > 2 && bytes[0] == 'P' &&
+           std::string_view("2356").find(bytes[1]) != std::string_view::npos &&
+           (blanks.find(bytes[2]) != std::string_view::npos || bytes[2] == '#');
+}
+
+// Refuses, before room is made for them, samples that the machine could not hold.
+void reserveSamples(Image& image, std::int64_t height, std::int64_t width) {
+    if (height < 1 || width < 1) throw FileError("the image has no pixels");
+    checkSize(height, width * image.channels, false);
+    image.height = int(height);
+    image.width = int(width);
+    image.samples.resize(std::size_t(height) * std::size_t(width) * std::size_t(image.channels));
+}
+
+// The numbers of a header or of plain samples.
+class PnmReader {
+  public:
+    explicit PnmReader(std::string_view bytes) : rest_(bytes) {}
+
+    // The next number after blanks and comments.
+    int number(const char* what) {
+        for (;;) {
+            rest_.remove_prefix(std::min(rest_.find_first_not_of(blanks), rest_.size()));
+            if (rest_.empty()) throw FileError("ends early");
+            if (rest_[0] != '#') break;
+            rest_.remove_prefix(std::min(rest_.find('\n'), rest_.size()));
+        }
+        int value = 0;
+        const auto [end, error] = std::from_chars(rest_.data(), rest_.data() + rest_.size(), value);
+        if (error != std::errc() || value < 0) throw FileError(std::string("expected ") + what);
+        rest_.remove_prefix(std::size_t(end - rest_.data()));
+        return value;
+    }
+    // Passes the single blank between a raw file's header and its samples.
+    void passBlank() {
+        if (rest_.empty() || blanks.find(rest_[0]) == std::string_view::npos)
+            throw FileError("expected a blank after the header");
+        rest_.remove_prefix(1);
+    }
+    std::string_view rest() const { return rest_; }
+
+  private:
+    std::string_view rest_;
+};
+
+Image readPnm(std::string_view bytes) {
+    const bool raw = bytes[1] >= '5', color = bytes[1] == '3' || bytes[1] == '6';
+    PnmReader reader(bytes.substr(2));
+    Image image{color ? "ppm" : "pgm"};
+    image.channels = color ? 3 : 1;
+    const int width = reader.number("the width"), height = reader.number("the height");
+    image.white = reader.number("the largest sample");
+    if (image.white < 1 || image.white > 65535)
+        throw FileError("its largest sample is " + std::to_string(image.white) +
+                        ", not from 1 to 65535");
+    const std::size_t size = image.white > 255 ? 2 : 1;  // a plain sample takes two, but the last
+    const double least = double(height) * width * image.channels * double(raw ? size : 2) - !raw;
+    if (double(reader.rest().size()) < least) throw FileError("ends early");
+    reserveSamples(image, height, width);
+
+    if (raw) reader.passBlank();
+    const std::string_view data = reader.rest();
+    if (raw && data.size() < image.samples.size() * size) throw FileError("ends early");
+    if (raw && data.size() > image.samples.size() * size)
+        throw FileError("more than the header announced");
+    for (std::size_t k = 0; k < image.samples.size(); ++k) {
+        int sample = 0;
+        if (!raw) sample = reader.number("a sample");
+        for (std::size_t i = 0; raw && i < size; ++i)
+            sample = sample << 8 | static_cast<unsigned char>(data[k * size + i]);
+        if (sample > image.white)
+            throw FileError("a sample of " + std::to_string(sample) + " where the largest is " +
+                            std::to_string(image.white));
+        image.samples[k] = std::uint16_t(sample);
+    }
+    if (!raw && reader.rest().find_first_not_of(blanks) != std::string_view::npos)
+        throw FileError("more than the header announced");
+    return image;
+}
+
+void writePnm(std::ostream& out, const Image& image) {
+    out << (image.channels == 3 ? "P6\n" : "P5\n") << image.width << ' ' << image.height << '\n'
+        << image.white << '\n';
+    std::string data;
+    for (const std::uint16_t sample : image.samples) {
+        if (image.white > 255) data.push_back(char(sample >> 8));
+        data.push_back(char(sample));
+    }
+    out << data;
+}
+
+#ifdef LUMO_HAVE_PNG
+
+// libpng's description of an image, and what it has allocated for it.
+struct Png : png_image {
+    Png() : png_image() { version = PNG_IMAGE_VERSION; }
+    Png(const Png&) = delete;
+    Png& operator=(const Png&) = delete;
+    ~Png() { png_image_free(this); }
+};
+
+Image readPng(std::string_view bytes) {
+    Png png;
+    if (!png_image_begin_read_from_memory(&png, bytes.data(), bytes.size()))
+        throw FileError(png.message);
+    if (png.format & PNG_FORMAT_FLAG_ALPHA) throw FileError("has transparency, flatten it first");
+    if (png.format & PNG_FORMAT_FLAG_LINEAR) throw FileError("has 16 bits for a sample, not 8");
+    Image image{"png"};
+    image.channels = png.format & PNG_FORMAT_FLAG_COLOR ? 3 : 1;
+    png.format = image.channels == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
+    // A deflated file is at best a thousandth of what is in it.
+    if (double(png.height) * png.width > 1100. * double(bytes.size()))
+        throw FileError("ends early");
+    reserveSamples(image, png.height, png.width);
+    std::vector<png_byte> samples(image.samples.size());
+    if (!png_image_finish_read(&png, nullptr, samples.data(), 0, nullptr))
+        throw FileError(png.message);
+    std::copy(samples.begin(), samples.end(), image.samples.begin());
+    return image;
+}
+
+void writePng(std::ostream& out, const Image& image) {
+    Png png;
+    png.width = png_uint_32(image.width);
+    png.height = png_uint_32(image.height);
+    png.format = image.channels == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
+    const std::vector<png_byte> samples(image.samples.begin(), image.samples.end());
+    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(png);
+    std::string data(size, '\0');
+    if (!png_image_write_to_memory(&png, data.data(), &size, 0, samples.data(), 0, nullptr))
+        throw FileError(png.message);
+    out.write(data.data(), std::streamsize(size));
+}
+
+#else
+
+Image readPng(std::string_view) {
+    throw FileError(
+        "a PNG image, which this command was built without libpng for; convert it to "
+        "PGM or PPM, or install libpng-dev and build again");
+}
+void writePng(std::ostream&, const Image&) {}  // none was read
+
+#endif
+
+}  // namespace
+
+bool isImage(const std::string& file) {
+    std::error_code ignored;
+    if (!fs::is_regular_file(file, ignored)) return false;  // do not read from a pipe twice
+    std::ifstream in(file, std::ios::binary);
+    char bytes[pngMagic.size()] = {};
+    in.read(bytes, sizeof bytes);
+    const std::string_view start(bytes, std::size_t(in.gcount()));
+    return start == pngMagic || isPnm(start);
+}
+
+Image readImage(const std::string& file) try {
+    std::ifstream in(file, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    return isPnm(bytes) ? readPnm(bytes) : readPng(bytes);
+} catch (const FileError& error) {
+    throw FileError(file + ": " + error.what());
+} catch (const std::bad_alloc&) {
+    throw FileError(file + ": too large for this machine's memory");
+}
+
+void writeImage(std::ostream& out, const Image& image) {
+    image.extension == std::string_view("png") ? writePng(out, image) : writePnm(out, image);
+}
+
+}  // namespace lumo

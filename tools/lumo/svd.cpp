@@ -1,0 +1,374 @@
+// `lumo svd`: the singular values of a matrix in a file or of each channel of an image, and what is
+// left of it at lower rank.
+#include <algorithm>
+#include <array>
+#include <cfloat>
+#include <cmath>
+#include <list>
+
+#include "common/residual.h"
+#include "decomposition.h"
+#include "image.h"
+#include "linear_system.h"
+#include "matrix_file.h"
+#include "output_file.h"
+#include "spectrum_plot.h"
+
+namespace lumo {
+namespace {
+
+namespace fs = std::filesystem;
+
+template <class T>
+constexpr const char* routine = isComplexNumber<T> ? "lumoCgesvd" : "lumoSgesvd";
+
+// LAPACK's xGESVD scales a matrix whose largest element is smaller, or larger than 1 / this.
+const double leastUnscaled = std::sqrt(double(FLT_MIN)) / FLT_EPSILON;
+
+// A matrix, or a channel of an image.
+template <class T>
+struct Part {
+    std::string name;  // of the channel; empty if there is but one
+    std::vector<T> a;
+    Decomposition<T> d;
+};
+
+// What is decomposed. All norms are those of diag(part, part, ...).
+template <class T>
+struct Whole {
+    int m = 0, n = 0;
+    std::vector<Part<T>> parts;
+    bool vectors = false;
+
+    int count() const { return std::min(m, n); }
+    double frobenius() const {
+        double norm = 0;
+        for (const Part<T>& part : parts)
+            norm = std::hypot(norm, euclideanNorm(part.a.size(), part.a.data()));
+        return norm;
+    }
+    // The norms of what an approximation of this rank leaves out; of the whole, for rank 0.
+    double frobeniusBeyond(int rank) const {
+        double norm = 0;
+        for (const Part<T>& part : parts)
+            norm = std::hypot(norm, euclideanNorm(part.d.s.size() - rank, part.d.s.data() + rank));
+        return norm;
+    }
+    double largestBeyond(int rank) const {
+        float largest = 0;
+        for (const Part<T>& part : parts)
+            if (rank < count()) largest = std::max(largest, part.d.s[rank]);
+        return largest;
+    }
+    // How much of the whole's norm rounding errors may be. A backward stable decomposition's grow
+    // like the square root of the size or less.
+    double tolerance() const { return errorBound * singleEps * std::sqrt(count()); }
+};
+
+double ratio(double part, double whole) {
+    return whole == 0 ? 0 : part / whole;
+}
+
+// The names of the files that the task is to write.
+class Names {
+  public:
+    Names(const SvdTask& task, const Image* image)
+        : prefix_(task.prefix),
+          matrix_(!image && fs::path(task.a).extension() == ".npy" ? ".npy" : ".mtx"),
+          approximation_(image ? "." + std::string(image->extension) : matrix_) {
+        if (prefix_.empty()) return;
+        std::vector<std::string> all{values(), plot()};
+        for (const int rank : task.ranks) all.push_back(approximation(rank));
+        if (task.ranks.empty() && !image) all.insert(all.end(), {left(), right()});
+        for (const std::string& file : all) {
+            checkIsFileOrNew(file);
+            std::error_code ignored;
+            if (fs::equivalent(file, task.a, ignored))
+                throw FileError(file + ": would overwrite A; choose another name for -o");
+        }
+    }
+    bool wanted() const { return !prefix_.empty(); }
+    std::string values() const { return prefix_ + ".s" + matrix_; }
+    std::string left() const { return prefix_ + ".u" + matrix_; }
+    std::string right() const { return prefix_ + ".vt" + matrix_; }
+    std::string plot() const { return prefix_ + ".spectrum.png"; }
+    std::string approximation(int rank) const {
+        return prefix_ + ".k" + std::to_string(rank) + approximation_;
+    }
+
+  private:
+    std::string prefix_, matrix_, approximation_;
+};
+
+// Files that appear all together.
+using Outputs = std::list<OutputFile>;
+
+void checkRanks(const SvdTask& task, int m, int n) {
+    for (const int rank : task.ranks)
+        if (rank > std::min(m, n))
+            throw std::runtime_error(task.a + ": " + std::to_string(m) + " x " + std::to_string(n) +
+                                     " has no rank " + std::to_string(rank));
+}
+
+[[noreturn]] void throwInaccurate(const SvdTask& task, const std::string& what) {
+    throw std::runtime_error(task.a + ": the decomposition is not accurate: " + what +
+                             "; do the data need scaling?");
+}
+
+template <class T>
+double decomposeAll(Whole<T>& whole, const SvdTask& task) {
+    double seconds = 0;
+    for (Part<T>& part : whole.parts) {
+        std::vector<T> a = part.a;
+        const Outcome outcome = timed([&] { return decompose(a, part.d); }, "decomposing");
+        if (outcome.status == lumoDataError)
+            throw std::runtime_error(task.a +
+                                     ": the singular values did not converge; do the data "
+                                     "need scaling?");
+        if (outcome.status != lumoNoError)
+            throw std::runtime_error(describe(outcome.status, outcome.info));
+        seconds += outcome.seconds;
+    }
+    return seconds;
+}
+
+template <class T>
+void reportValues(const Whole<T>& whole) {
+    constexpr int few = 6;
+    for (const Part<T>& part : whole.parts) {
+        const std::vector<float>& s = part.d.s;
+        const std::string of = part.name.empty() ? "" : "  (" + part.name + ")";
+        std::printf("values:    ");
+        for (int i = 0; i < std::min(few, whole.count()); ++i) std::printf(" %.6g", s[i]);
+        std::printf("%s%s\n", whole.count() > few ? " ..." : "", of.c_str());
+        const float negligible = float(std::max(whole.m, whole.n)) * FLT_EPSILON * s[0];
+        const auto rank =
+            std::count_if(s.begin(), s.end(), [&](float x) { return x > negligible; });
+        std::printf("condition:  %.3g  (s1 / s%d)%s\n",
+                    s.back() == 0 ? HUGE_VAL : double(s[0]) / double(s.back()), whole.count(),
+                    of.c_str());
+        std::printf("rank:       %d  (values above %.2g, max(m, n) eps s1)%s\n", int(rank),
+                    double(negligible), of.c_str());
+    }
+}
+
+// Even without vectors the values can be checked a little.
+template <class T>
+void checkNorm(const Whole<T>& whole, const SvdTask& task) {
+    const double norm = whole.frobenius(), sum = whole.frobeniusBeyond(0);
+    const double difference = ratio(std::abs(norm - sum), norm);
+    std::printf("norm:       %.6g, and ||s|| is that but for %.1e of it\n", norm, difference);
+    if (!(difference <= whole.tolerance())) throwInaccurate(task, "||s|| is not ||A||");
+}
+
+template <class T>
+void compareWithCpu(const Whole<T>& whole, const SvdTask& task) {
+    constexpr int runs = 3;
+    std::array<double, runs> ours{}, theirs{};
+    double difference = 0;
+    for (int run = 0; run < runs; ++run)
+        for (const Part<T>& part : whole.parts) {
+            std::vector<T> a = part.a;
+            Decomposition<T> d(whole.m, whole.n, whole.vectors);
+            ours[run] += timed([&] { return decompose(a, d); }, "decomposing").seconds;
+            a = part.a;
+            int info = 0;
+            const auto byCpu = [&] {
+                info = decomposeByCpu(a, d);
+                return lumoNoError;
+            };
+            theirs[run] += timed(byCpu, "decomposing, CPU LAPACK").seconds;
+            if (info) throw std::runtime_error("the CPU LAPACK fails with " + std::to_string(info));
+            for (std::size_t i = 0; i < d.s.size(); ++i)
+                difference =
+                    larger(difference, ratio(std::abs(double(part.d.s[i]) - d.s[i]), d.s[0]));
+        }
+    std::sort(ours.begin(), ours.end());
+    std::sort(theirs.begin(), theirs.end());
+    std::printf("compared:   Lumo %.4f s, CPU LAPACK %.4f s: %.2f times its time (medians of %d)\n",
+                ours[runs / 2], theirs[runs / 2], ours[runs / 2] / theirs[runs / 2], runs);
+    std::printf("            singular values differ by %.1e s1 at most\n", difference);
+    if (!(difference <= whole.tolerance()))
+        throwInaccurate(task, "the CPU LAPACK's singular values differ");
+}
+
+// What an image loses to an approximation of its channels, which it takes the place of.
+struct Loss {
+    double rms, psnr;
+};
+Loss replace(Image& image, const std::vector<std::vector<float>>& channels) {
+    double squares = 0;
+    for (std::size_t k = 0; k < image.samples.size(); ++k) {
+        const std::size_t c = k % std::size_t(image.channels), pixel = k / image.channels;
+        const std::size_t i = pixel / image.width, j = pixel % image.width;
+        const float value = std::round(channels[c][j * image.height + i]);
+        const int sample = int(std::clamp(value, 0.F, float(image.white)));
+        squares += std::pow(double(sample) - image.samples[k], 2);
+        image.samples[k] = std::uint16_t(sample);
+    }
+    const double rms = std::sqrt(squares / double(image.samples.size()));
+    return {rms, 20 * std::log10(image.white / rms)};
+}
+
+template <class T>
+struct Approximation {
+    std::vector<std::vector<T>> parts;
+    double frobenius = 0, largest = 0;  // the norms of the differences, relative
+};
+
+void succeed(lumoStatus status) {
+    if (status != lumoNoError) throw std::runtime_error(describe(status, lumoGetErrorInfo()));
+}
+
+template <class T>
+Approximation<T> approximateAll(const Whole<T>& whole, int rank) {
+    const Progress progress("approximating");
+    Approximation<T> result;
+    for (const Part<T>& part : whole.parts) {
+        std::vector<T> b, difference = part.a;
+        succeed(approximate(part.d, rank, b));
+        for (std::size_t k = 0; k < b.size(); ++k) difference[k] -= b[k];
+        result.frobenius =
+            std::hypot(result.frobenius, euclideanNorm(difference.size(), difference.data()));
+        Decomposition<T> d(whole.m, whole.n, false);
+        succeed(decompose(difference, d));
+        result.largest = std::max(result.largest, double(d.s[0]));
+        result.parts.push_back(std::move(b));
+    }
+    result.frobenius = ratio(result.frobenius, whole.frobeniusBeyond(0));
+    result.largest = ratio(result.largest, whole.largestBeyond(0));
+    return result;
+}
+
+// A row of the table for each rank, and its file.
+template <class T>
+void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Image* image,
+                          const Names& names, Outputs& outputs) {
+    if (task.ranks.empty()) return;
+    std::printf(
+        "\n||A - A_K|| / ||A||, from the singular values beyond K and as measured; stored: "
+        "K (m + n + 1) of m n numbers\n");
+    std::printf("%6s  %23s  %23s  %8s%s\n", "K", "Frobenius norm", "2-norm", "stored",
+                image ? "       RMS      PSNR" : "");
+    for (const int rank : task.ranks) {
+        const Approximation<T> b = approximateAll(whole, rank);
+        const double frobenius = ratio(whole.frobeniusBeyond(rank), whole.frobeniusBeyond(0));
+        const double largest = ratio(whole.largestBeyond(rank), whole.largestBeyond(0));
+        std::printf("%6d  %11.4e %11.4e  %11.4e %11.4e  %6.1f %%", rank, frobenius, b.frobenius,
+                    largest, b.largest, 100. * rank * (1. + whole.m + whole.n) / whole.m / whole.n);
+        if (names.wanted()) outputs.emplace_back(names.approximation(rank));
+        if constexpr (!isComplexNumber<T>)
+            if (image) {
+                Image copy = *image;
+                const Loss loss = replace(copy, b.parts);
+                std::printf("  %8.3f", loss.rms);
+                if (loss.rms > 0)
+                    std::printf("  %5.1f dB", loss.psnr);
+                else
+                    std::printf("  identical");
+                if (names.wanted()) writeImage(outputs.back().stream(), copy);
+            }
+        std::printf("\n");
+        if (names.wanted() && !image)
+            writeMatrix(outputs.back(), whole.m, whole.n, b.parts[0].data(), false);
+        if (names.wanted()) outputs.back().close();
+        if (!(std::abs(b.frobenius - frobenius) <= whole.tolerance() &&
+              std::abs(b.largest - largest) <= whole.tolerance()))
+            throwInaccurate(task, "the error at rank " + std::to_string(rank) +
+                                      " is not what the singular values say");
+    }
+    std::printf("\n");
+}
+
+template <class T>
+void writeFactors(const Whole<T>& whole, const SvdTask& task, const Image* image,
+                  const Names& names, Outputs& outputs) {
+    std::vector<float> values;
+    std::vector<Spectrum> spectra;
+    for (const Part<T>& part : whole.parts) {
+        values.insert(values.end(), part.d.s.begin(), part.d.s.end());
+        spectra.push_back({part.name, part.d.s});
+    }
+    const int k = whole.count();
+    const auto write = [&](const std::string& file, int m, int n, const auto& x, bool isVector) {
+        outputs.emplace_back(file);
+        writeMatrix(outputs.back(), m, n, x.data(), isVector);
+    };
+    write(names.values(), k, int(whole.parts.size()), values, whole.parts.size() == 1);
+    if (task.ranks.empty() && !image) {
+        write(names.left(), whole.m, k, whole.parts[0].d.u, false);
+        write(names.right(), k, whole.n, whole.parts[0].d.vt, false);
+    }
+    if (whole.largestBeyond(0) == 0) return;  // nothing to see on a logarithmic scale
+    outputs.emplace_back(names.plot());
+    const std::string title = "Singular values of " + fs::path(task.a).filename().string();
+    if (!plotSpectra(outputs.back(), title, spectra, task.ranks)) outputs.pop_back();
+}
+
+template <class T>
+void svdOf(Whole<T> whole, const SvdTask& task, const Image* image) {
+    const Names names(task, image);
+    checkRanks(task, whole.m, whole.n);
+    for (const Part<T>& part : whole.parts)
+        warnOfExtremes(part.a, task.a, routine<T>, leastUnscaled);
+
+    const Session session;
+    printPlatform(session);
+    std::printf("A:          %d x %d%s\n", whole.m, whole.n,
+                whole.parts.size() > 1 ? ", red, green and blue" : "");
+    const double seconds = decomposeAll(whole, task);
+    std::printf("routine:    %s, %s\nseconds:    %.3g\n", routine<T>,
+                whole.vectors ? "with vectors" : "values only", seconds);
+    reportValues(whole);
+    checkNorm(whole, task);
+    if (task.compare) compareWithCpu(whole, task);
+
+    Outputs outputs;
+    reportApproximations(whole, task, image, names, outputs);
+    if (names.wanted()) writeFactors(whole, task, image, names, outputs);
+    for (OutputFile& output : outputs) {
+        output.commit();
+        std::printf("wrote:      %s\n", output.name().c_str());
+    }
+    std::printf("decomposed: status 0, no errors\n");
+}
+
+template <class T>
+void svdOfMatrix(const Dense& A, const SvdTask& task) {
+    const bool vectors = !task.ranks.empty() || !task.prefix.empty();
+    Whole<T> whole{A.rows(), A.columns(), {}, vectors};
+    whole.parts.push_back({"", toSingle<T>(A, task.a), {whole.m, whole.n, vectors}});
+    svdOf(std::move(whole), task, nullptr);
+}
+
+void svdOfImage(const Image& image, const SvdTask& task) {
+    const bool vectors = !task.ranks.empty();
+    Whole<float> whole{image.height, image.width, {}, vectors};
+    for (int c = 0; c < image.channels; ++c) {
+        std::vector<float> a;
+        a.reserve(image.samples.size() / std::size_t(image.channels));
+        for (int j = 0; j < image.width; ++j)
+            for (int i = 0; i < image.height; ++i)
+                a.push_back(image.samples[(std::size_t(i) * image.width + j) * image.channels + c]);
+        const char* const names[] = {"red", "green", "blue"};
+        whole.parts.push_back(
+            {image.channels == 3 ? names[c] : "", std::move(a), {whole.m, whole.n, vectors}});
+    }
+    svdOf(std::move(whole), task, &image);
+}
+
+}  // namespace
+
+void svd(SvdTask task) {
+    std::vector<int>& ranks = task.ranks;
+    std::sort(ranks.begin(), ranks.end());
+    ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
+    if (isImage(task.a)) return svdOfImage(readImage(task.a), task);
+    const Dense A = readFilled(task.a);
+    if (A.isComplex())
+        svdOfMatrix<std::complex<float>>(A, task);
+    else
+        svdOfMatrix<float>(A, task);
+}
+
+}  // namespace lumo
