@@ -1,6 +1,6 @@
 # `make packages`: Debian packages of the installed tree's components.
-set(components runtime development tools)
-set(built lumo lumo-command)
+set(components runtime development dropin tools)
+set(built lumo lumo-lapack lumo-command)
 if(LUMO_HAVE_CUDA)
     list(APPEND components cuda)
     list(APPEND built lumo-cuda)
@@ -29,6 +29,9 @@ lumo_package(runtime liblumo0 libs
 lumo_package(development liblumo-dev libdevel
     "Headers, reference manual, and what CMake and pkg-config need to build"
     "programs with the library.")
+lumo_package(dropin liblumo-lapack libs
+    "The drop-in library: preloaded, it lets the library serve the BLAS and"
+    "LAPACK calls of programs that were written without it.")
 lumo_package(tools lumo-tools math
     "The lumo command: it solves systems that lie in Matrix Market or NumPy"
     "files, measures the library against the CPU LAPACK, and shows what it"
@@ -37,6 +40,12 @@ lumo_package(cuda liblumo-cuda libs
     "The plugin with which liblumo0 and lumo-tools run on a GPU. CUBLAS, of the"
     "CUDA toolkit that the plugin was built with, must be installed beside it.")
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
+set(CPACK_COMPONENT_DROPIN_DEPENDS runtime)
+# For `lumo tune`, and pictures of `lumo svd`.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "liblumo-lapack")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "gnuplot-nox")
+# It is preloaded, and no program's dependency.
+set(CPACK_DEBIAN_DROPIN_PACKAGE_GENERATE_SHLIBS OFF)
 # The driver and CUBLAS are often in no package.
 set(CPACK_DEBIAN_CUDA_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_CUDA_PACKAGE_GENERATE_SHLIBS OFF)

@@ -1,14 +1,14 @@
 // `lumo bench`: Lumo's speed beside the CPU library's, by size.
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
+#include <memory>
 #include <stdexcept>
 
 #include "bench_plot.h"
 #include "bench_routines.h"
 #include "commands.h"
 #include "common/progress.h"
+#include "output_file.h"
 #include "session.h"
 
 namespace lumo {
@@ -17,36 +17,18 @@ namespace {
 // A ladder ends where a call takes longer.
 constexpr double longCall = 1;
 
-// A file that appears complete or not at all; without a name, none. It is tried before the
-// measurement, which would be in vain if it could not be written.
-class Report {
-  public:
-    explicit Report(const std::string& name) : name_(name), part_(name + ".part") {
-        if (name_.empty()) return;
-        if (std::filesystem::is_directory(name_))
-            throw std::runtime_error(name_ + ": is a directory");
-        out_.open(part_);
-        if (!out_) throw std::runtime_error(name_ + ": cannot be written");
-    }
-    Report(const Report&) = delete;
-    Report& operator=(const Report&) = delete;
-    ~Report() {
-        std::error_code ignored;
-        if (!name_.empty()) std::filesystem::remove(part_, ignored);
-    }
-    bool wanted() const { return !name_.empty(); }
-    void write(const std::string& text) {
-        out_ << text;
-        out_.close();
-        if (!out_) throw std::runtime_error(name_ + ": cannot be written");
-        std::filesystem::rename(part_, name_);
-        std::printf("written: %s\n", name_.c_str());
-    }
+// A wanted file is opened before the measurement, which would be in vain if it could not be.
+std::unique_ptr<OutputFile> opened(const std::string& file) {
+    if (file.empty()) return nullptr;
+    checkIsFileOrNew(file);
+    return std::make_unique<OutputFile>(file);
+}
 
-  private:
-    std::string name_, part_;
-    std::ofstream out_;
-};
+void write(OutputFile& file, const std::string& text) {
+    file.stream() << text;
+    file.commit();
+    std::printf("written: %s\n", file.name().c_str());
+}
 
 std::vector<BenchRoutine> chosen(const std::vector<std::string>& names) {
     const auto& all = benchRoutines();
@@ -122,7 +104,7 @@ std::string json(const std::string& device, const std::vector<SpeedCurve>& curve
 
 void bench(const BenchOptions& options) {
     const auto routines = chosen(options.routines);
-    Report table(options.json), picture(options.plot);
+    const auto table = opened(options.json), picture = opened(options.plot);
     const Session session;
     const std::string device = session.device();
     std::printf("device: %s\n\n%-8s %6s %11s %11s %10s %10s %8s\n", device.c_str(), "routine", "n",
@@ -136,8 +118,8 @@ void bench(const BenchOptions& options) {
             routine,
             std::to_string(curves.size() + 1) + " of " + std::to_string(routines.size()) + ": ",
             options.largest));
-    if (table.wanted()) table.write(json(device, curves));
-    if (picture.wanted()) picture.write(plotSpeeds("lumo bench: " + device, curves));
+    if (table) write(*table, json(device, curves));
+    if (picture) write(*picture, plotSpeeds("lumo bench: " + device, curves));
 }
 
 }  // namespace lumo
