@@ -78,7 +78,7 @@ install: build
 bundle: build
 	cd build/default && cpack -G TGZ >/dev/null && ls -l lumo-bundle.tar.gz
 
-# build/package/*.deb: the library, what is needed to build with it, the command.
+# build/package/debian/*.deb: the library, what builds with it need, the drop-in, the command.
 packages: setup
 	@mkdir -p build
 	@cmake --preset package >build/package.log 2>&1 || { cat build/package.log; exit 1; }
