@@ -87,7 +87,7 @@ packages: setup
 # The packages in a clean Debian root. As root; a minute when the root is made, then 15 seconds.
 test-packages: packages
 	@tools/setup.sh debootstrap
-	tools/test-packages
+	tools/test-packages || [ $$? = 77 ]
 
 # The reference as a page for browsers.
 docs: configure
