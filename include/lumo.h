@@ -389,7 +389,8 @@ LUMO_API lumoStatus lumoDeviceCgesv(int n, int nrhs, lumoFloatComplex* a, int ld
  * Status 7, info -1: m < 0; -2: n < 0; -4: lda < max(1, m); -3, -5: null a, tau unless the matrix
  * is empty or 1 x 1.
  * Device memory beside the operands: none for k <= nb (96 columns for S, 64 for C), else
- * 2 nb^2 + nb (m + n) elements. */
+ * 2 nb^2 + nb (m + n) elements. Here and below, each of up to ten workspaces is rounded up to
+ * 4096 bytes. */
 LUMO_API lumoStatus lumoSgeqrf(int m, int n, float* a, int lda, float* tau);
 LUMO_API lumoStatus lumoCgeqrf(int m, int n, lumoFloatComplex* a, int lda, lumoFloatComplex* tau);
 LUMO_API lumoStatus lumoDeviceSgeqrf(int m, int n, float* a, int lda, float* tau);
@@ -435,8 +436,8 @@ LUMO_API lumoStatus lumoDeviceCgels(char trans, int m, int n, int nrhs, lumoFloa
  * -10: null x.
  * Status 8, info 1: B has not full rank; info 2: (A; B) has not. x then holds what was found, the
  * host functions' x zeros elsewhere.
- * Device memory beside the operands: at most p + min(m, n) + 2 nb^2 + nb (m + n + p) elements, with
- * nb as for geqrf or n if that is less. */
+ * Device memory beside the operands: at most p + min(m, n) + 4 nb^2 + nb (2 m + 2 n + p) elements,
+ * with nb as for geqrf or n if that is less. */
 LUMO_API lumoStatus lumoSgglse(int m, int n, int p, float* a, int lda, float* b, int ldb, float* c,
                                float* d, float* x);
 LUMO_API lumoStatus lumoCgglse(int m, int n, int p, lumoFloatComplex* a, int lda,
@@ -463,8 +464,9 @@ LUMO_API lumoStatus lumoDeviceCgglse(int m, int n, int p, lumoFloatComplex* a, i
  * Status 7, info -1: jobu; -2: jobvt, or "O" twice; -3: m < 0; -4: n < 0; -6: lda < max(1, m);
  * -9: ldu < 1, or < m where u is used; -11: ldvt < 1, or < n ("A"), < k ("S"); and for m, n > 0
  * -5: null a; -7: null s; -8: null u where it is used; -10: null vt likewise.
- * Status 8, info i > 0: i off-diagonals of an intermediate bidiagonal matrix did not converge to
- * zero, or A holds a NaN or an infinity, in which case s holds NaN.
+ * Status 8, info i > 0: A holds a NaN or an infinity, and s holds NaN; or i off-diagonals of an
+ * intermediate bidiagonal matrix did not converge to zero: s is its diagonal, neither sorted nor
+ * positive, and the vectors are those of the transformations made so far.
  * Device memory beside the operands: at most 4 k^2 + 3 nb (m + n) + 6 nb^2 + 8 k elements and
  * reals, with nb = 96 for S, 64 for C, and no n^2 for a matrix much wider than tall or m^2 for one
  * much taller than wide. */

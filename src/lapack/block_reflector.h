@@ -37,7 +37,6 @@ class BlockReflector {
 
     // The workspace of T, width x width, for what forms it elsewhere.
     T* t() const { return t_.data(); }
-    int width() const { return width_; }
 
   private:
     T* triangle() const;

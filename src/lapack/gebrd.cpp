@@ -49,8 +49,8 @@ class BidiagonalReduction {
                      tauq_ + i, taup_ + i, x.data(), m_,       y.data(), n_,     row.data()}
                 .run();
             const int next = i + nb, rows = m_ - next, columns = n_ - next;
-            gemm('N', isComplex<T> ? 'C' : 'T', rows, columns, nb, T(-1), at(next, i), lda_,
-                 y.data() + nb, n_, T(1), at(next, next), lda_);
+            gemm('N', adjointLetter<T>, rows, columns, nb, T(-1), at(next, i), lda_, y.data() + nb,
+                 n_, T(1), at(next, next), lda_);
             gemm('N', 'N', rows, columns, nb, T(-1), x.data() + nb, m_, at(i, next), lda_, T(1),
                  at(next, next), lda_);
             // Where the update needed ones.

@@ -4,7 +4,7 @@
 namespace lumo {
 
 // The device routine behind lumoSgels and lumoCgels (lumo.h has the contract) for all element
-// types, with the device memory that it tells.
+// types. Device memory: as told there.
 template <class T>
 void gels(char trans, int m, int n, int nrhs, T* a, int lda, T* b, int ldb);
 

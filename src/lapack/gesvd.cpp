@@ -3,6 +3,7 @@
 #include "lapack/gesvd.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "basic/LACPY/LACPY.h"
 #include "basic/LASET/LASET.h"
@@ -78,6 +79,7 @@ class SingularValues {
             bySquare();
         else
             valuesBySquare();
+        if (failure_) throw *failure_;
     }
 
   private:
@@ -102,7 +104,7 @@ class SingularValues {
               lda_);
         reduce(mn_, mn_, a_, lda_);
         if (near().wanted()) orgbr(nearFactor(), mn_, mn_, mn_, a_, lda_, nearTau());
-        iterate('U', {'N', nullptr, 1}, {near().job, a_, lda_});
+        iterate({'N', nullptr, 1}, {near().job, a_, lda_});
         if (separate(near().job)) LACPY('F', mn_, mn_, a_, lda_, near().at, near().ld);
     }
 
@@ -127,7 +129,7 @@ class SingularValues {
             orgbr(nearFactor(), mn_, mn_, mn_, nearOfK.at, nearOfK.ld, nearTau());
         }
         orgbr(farFactor(), mn_, mn_, mn_, k, mn_, farTau());
-        iterate('U', {'S', k, mn_}, nearOfK);
+        iterate({'S', k, mn_}, nearOfK);
 
         if (far().job == 'S') {
             multiply(a_, lda_, k, far().at, far().ld, 0, longSide());
@@ -152,8 +154,7 @@ class SingularValues {
             orgbr('Q', m_, left.job == 'A' ? m_ : mn_, n_, left.at, left.ld, tauq_.data());
         if (right.wanted())
             orgbr('P', right.job == 'A' ? n_ : mn_, n_, m_, right.at, right.ld, taup_.data());
-        bdsqr(tall() ? 'U' : 'L', mn_, right.wanted() ? n_ : 0, left.wanted() ? m_ : 0, 0, s_,
-              e_.data(), right.at, right.ld, left.at, left.ld, static_cast<T*>(nullptr), 1);
+        iterate(tall() ? 'U' : 'L', right, n_, left, m_);
     }
 
     int longSide() const { return std::max(m_, n_); }
@@ -179,12 +180,21 @@ class SingularValues {
         gebrd(m, n, a, lda, s_, e_.data(), tauq_.data(), taup_.data());
     }
 
-    // The vectors of a square bidiagonal matrix, its far and its near side's.
-    void iterate(char uplo, Vectors<T> farOfK, Vectors<T> nearOfK) {
-        const Vectors<T>& left = tall() ? farOfK : nearOfK;
-        const Vectors<T>& right = tall() ? nearOfK : farOfK;
-        bdsqr(uplo, mn_, right.wanted() ? mn_ : 0, left.wanted() ? mn_ : 0, 0, s_, e_.data(),
-              right.at, right.ld, left.at, left.ld, static_cast<T*>(nullptr), 1);
+    // Of a square matrix, by its far and its near side.
+    void iterate(const Vectors<T>& farOfK, const Vectors<T>& nearOfK) {
+        iterate('U', tall() ? nearOfK : farOfK, mn_, tall() ? farOfK : nearOfK, mn_);
+    }
+    // Bad data and an iteration that does not end are told when all vectors are where they belong,
+    // so that nothing is left unwritten.
+    void iterate(char uplo, const Vectors<T>& right, int columns, const Vectors<T>& left,
+                 int rows) {
+        try {
+            bdsqr(uplo, mn_, right.wanted() ? columns : 0, left.wanted() ? rows : 0, 0, s_,
+                  e_.data(), right.at, right.ld, left.at, left.ld, static_cast<T*>(nullptr), 1);
+        } catch (const InfoException& e) {
+            if (e.info() < 1) throw;
+            failure_ = e;
+        }
     }
 
     // `count` of the rows of result := Q K (tall) or of the columns of K Q, from `first` on of Q.
@@ -216,6 +226,7 @@ class SingularValues {
     const Vectors<T> u_, vt_;
     cudalib::Workspace<T> tauq_, taup_;
     cudalib::Workspace<RealOf<T>> e_;
+    std::optional<InfoException> failure_;
 };
 
 }  // namespace
@@ -249,7 +260,8 @@ lumoStatus hostGesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<
     using namespace cudalib;
     return computeFrame<T>(hostCall, [&] {
         checkGesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
-        if (m == 0 || n == 0) return guarded(synchronizeAndCheck);
+        if (m == 0 || n == 0)  // no operand is looked at
+            return settled(deviceGesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt));
         const int mn = std::min(m, n);
         auto mode = [](char job) { return separate(job) ? download : noTransfer; };
         HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload);

@@ -4,7 +4,7 @@
 namespace lumo {
 
 // The device routine behind lumoSgglse and lumoCgglse (lumo.h has the contract) for all element
-// types, with the device memory that it tells.
+// types. Device memory: as told there.
 template <class T>
 void gglse(int m, int n, int p, T* a, int lda, T* b, int ldb, T* c, T* d, T* x);
 

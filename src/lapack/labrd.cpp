@@ -7,14 +7,12 @@
 #include "basic/Scale/Scale.h"
 #include "basic/larfg/larfg.h"
 #include "blas/cublas.h"
+#include "blas/gemm.h"
 #include "blas/gemv/gemvt.h"
 #include "brd/brd/brd.h"
 
 namespace lumo {
 namespace {
-
-template <class T>
-constexpr char adjoint = isComplex<T> ? 'C' : 'T';
 
 template <class T>
 T* at(T* a, int lda, int i, int j) {
@@ -76,10 +74,10 @@ void Labrd<T>::reduceColumn(int i, int head, RealOf<T>* value) const {
     // by; element i between them is nobody's.
     T* const yi = at(y, ldy, 0, i);
     T* const below = yi + i + 1;
-    product(adjoint<T>, rows, n, a + head, lda, v, yi);
+    product(adjointLetter<T>, rows, n, a + head, lda, v, yi);
     subtractProduct('N', right, i, y + i + 1, ldy, yi, 1, below);
-    panelProduct(adjoint<T>, rows, head, x + head, ldx, v, yi);
-    subtractProduct(adjoint<T>, head, right, at(a, lda, 0, i + 1), lda, yi, 1, below);
+    panelProduct(adjointLetter<T>, rows, head, x + head, ldx, v, yi);
+    subtractProduct(adjointLetter<T>, head, right, at(a, lda, 0, i + 1), lda, yi, 1, below);
     scale(right, below, tauq + i, 1, 1);
 }
 
@@ -95,7 +93,7 @@ void Labrd<T>::reduceRow(int i, int head, RealOf<T>* value) const {
     subtractProduct('N', columns, head, y + head, ldy, a + i, lda, row);
     conjugateIfComplex(head, a + i, lda);
     conjugateIfComplex(i, x + i, ldx);
-    subtractProduct(adjoint<T>, i, columns, rest, lda, x + i, ldx, row);
+    subtractProduct(adjointLetter<T>, i, columns, rest, lda, x + i, ldx, row);
     conjugateIfComplex(i, x + i, ldx);
     larfg(columns, row, row + 1, 1, taup + i);
     takeHead(row, value);
@@ -104,7 +102,7 @@ void Labrd<T>::reduceRow(int i, int head, RealOf<T>* value) const {
     T* const below = xi + i + 1;
     product('N', m, columns, rest, lda, row, xi);
     subtractProduct('N', down, i, x + i + 1, ldx, xi, 1, below);
-    panelProduct(adjoint<T>, columns, head, y + head, ldy, row, xi);
+    panelProduct(adjointLetter<T>, columns, head, y + head, ldy, row, xi);
     subtractProduct('N', down, head, a + i + 1, lda, xi, 1, below);
     scale(down, below, taup + i, 1, 1);
     conjugateIfComplex(columns, row, 1);

@@ -159,13 +159,12 @@ class Factorization {
     // QR: W = T^H V^H, count x order. LQ and RQ, which apply H to the right: W = V T, order x
     // count.
     void formW(const Panel& p, const BlockReflector<T>& reflector, T* w) {
-        constexpr char adjoint = isComplex<T> ? 'C' : 'T';
         if (columns())
-            gemm('N', adjoint, p.count, p.order, p.count, one, reflector.t(), p.count, p.start,
-                 lda_, zero, w, p.count);
+            gemm('N', adjointLetter<T>, p.count, p.order, p.count, one, reflector.t(), p.count,
+                 p.start, lda_, zero, w, p.count);
         else
-            gemm(adjoint, 'N', p.order, p.count, p.count, one, p.start, lda_, reflector.t(),
-                 p.count, zero, w, p.order);
+            gemm(adjointLetter<T>, 'N', p.order, p.count, p.count, one, p.start, lda_,
+                 reflector.t(), p.count, zero, w, p.order);
     }
 
     // `lines` of the lines after the panel, from the `first` on.

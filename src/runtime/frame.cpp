@@ -38,6 +38,7 @@ lumoStatus mapCurrentException() noexcept {
         try {
             cudalib::synchronizeAndCheck();
         } catch (...) {
+            setInfo(0);
             status = classify();
         }
     }

@@ -328,6 +328,23 @@ const bool registered =
     registerLeastSquares<float>("S") && registerLeastSquares<Complex<float>>("C") &&
     registerLeastSquares<double>("D") && registerLeastSquares<Complex<double>>("Z");
 
+// A device that fails leaves bad data behind; the failure is told, not the data's.
+TEST_F(OnSoftwareDevice, FailureComesBeforeBadData) {
+    const auto blocks = shrinkPanels<float>();
+    auto a = Matrix<float>::random(12, 9);
+    for (int i = 0; i < 12; ++i) a(i, 2) = 0;
+    software::Fault fault{1, "cublasSgemm", 30, 14};
+    for (auto [cublasError, status, info] :
+         {std::tuple{14, lumoBlasError, 14}, {3, lumoInsufficientMemory, 0}}) {
+        auto call = gelsCall<float>({'N', 12, 9, 2}, a, Interface::host, true);
+        fault.cublasError = cublasError;
+        software::inject(fault);
+        EXPECT_EQ(status, call->run());
+        EXPECT_EQ(info, lumoGetErrorInfo());
+        software::removeFault();
+    }
+}
+
 // --- Memory ---------------------------------------------------------------------------------
 
 // The most device memory that a device routine takes beside its operands is what lumo.h says, up
@@ -357,10 +374,11 @@ TEST_F(PeakMemory, IsAsTold) {
                    [&] { return lumoDeviceSgels('N', m, n, 3, a.data(), m, b.data(), m); });
     OnDevice<float> constraints(Matrix<float>::random(p, n, 0, 2)), c(Matrix<float>::random(m, 1)),
         d(Matrix<float>::random(p, 1)), x(blank<float>(n));
-    expectElements(p + n + 2 * nb * nb + nb * (m + n + p), [&] {
-        return lumoDeviceSgglse(m, n, p, a.data(), m, constraints.data(), p, c.data(), d.data(),
-                                x.data());
-    });
+    for (auto [unknowns, most] : {std::pair{n, p}, {std::size_t(100), std::size_t(90)}})
+        expectElements(most + unknowns + 4 * nb * nb + nb * (2 * m + 2 * unknowns + most), [&] {
+            return lumoDeviceSgglse(m, unknowns, most, a.data(), m, constraints.data(), p, c.data(),
+                                    d.data(), x.data());
+        });
 }
 
 }  // namespace
