@@ -7,7 +7,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check bench install bundle format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check bench install bundle packages test-packages docs format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -77,6 +77,22 @@ install: build
 # build/default/lumo-bundle.tar.gz, for a machine with a GPU: unpack it and ./run-checks.
 bundle: build
 	cd build/default && cpack -G TGZ >/dev/null && ls -l lumo-bundle.tar.gz
+
+# build/package/debian/*.deb: the library, what builds with it need, the drop-in, the command.
+packages: setup
+	@mkdir -p build
+	@cmake --preset package >build/package.log 2>&1 || { cat build/package.log; exit 1; }
+	cmake --build --preset package
+
+# The packages in a clean Debian root. As root; a minute when the root is made, then 15 seconds.
+test-packages: packages
+	@tools/setup.sh debootstrap
+	tools/test-packages || [ $$? = 77 ]
+
+# The reference as a page for browsers.
+docs: configure
+	cmake --build --preset default --target manual
+	@echo build/default/lumo.html
 
 format:
 	git ls-files '*.c' '*.cpp' '*.cu' '*.h' | xargs clang-format-14 -i

@@ -5,40 +5,21 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <complex>
 #include <cstdio>
 #include <functional>
 #include <memory>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "lumo.h"
+#include "tools/common/measure.h"
 
 namespace bench {
 
-inline double median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-    return values[values.size() / 2];
-}
-
-// Uniform in [-1, 1].
-template <class T>
-std::vector<T> randomElements(std::size_t count) {
-    std::mt19937 engine(1);
-    std::uniform_real_distribution<double> uniform(-1, 1);
-    std::vector<T> elements(count);
-    for (T& x : elements) {
-        const double re = uniform(engine);
-        if constexpr (std::is_floating_point_v<T>)
-            x = T(re);
-        else
-            x = T(typename T::value_type(re), typename T::value_type(uniform(engine)));
-    }
-    return elements;
-}
+using lumo::median;
+using lumo::randomElements;
 
 // Measures Lumo alone (--lumo_only), for a profile of its calls.
 inline bool lumoOnly = false;
@@ -61,11 +42,10 @@ void run(benchmark::State& state, const Contest<Data>& contest, const MakeData<D
     Data& data = *owner;
     auto seconds = [&](const std::function<int(Data&)>& call) {
         data.restore();
-        const auto start = std::chrono::steady_clock::now();
-        const int failed = call(data);
-        const auto stop = std::chrono::steady_clock::now();
+        int failed = 0;
+        const double elapsed = lumo::secondsOf([&] { failed = call(data); });
         if (failed) state.SkipWithError("a call failed");
-        return std::chrono::duration<double>(stop - start).count();
+        return elapsed;
     };
     seconds(contest.lumo);
     if (!lumoOnly) seconds(contest.other);

@@ -1,28 +1,31 @@
-# The installed tree: library, headers, command, and how other builds find them.
+# The installed tree: library, headers, command, manual, and how other builds find them. Its
+# components are the packages of packages.cmake.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS lumo EXPORT LumoTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS lumo-lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS lumo-command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS lumo EXPORT LumoTargets LIBRARY
+    DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
+install(TARGETS lumo-lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dropin)
+install(TARGETS lumo-command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 if(LUMO_HAVE_CUDA)
     # CUBLAS is found where the toolkit had it when the plugin was built.
     set_target_properties(lumo-cuda PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
-    install(TARGETS lumo-cuda LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(TARGETS lumo-cuda LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT cuda)
 endif()
-install(FILES include/lumo.h include/lumo_memory.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES include/lumo.h include/lumo_memory.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
 set(LUMO_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Lumo)
-install(EXPORT LumoTargets NAMESPACE Lumo:: DESTINATION ${LUMO_CMAKE_DIR})
+install(EXPORT LumoTargets NAMESPACE Lumo:: DESTINATION ${LUMO_CMAKE_DIR} COMPONENT development)
 configure_package_config_file(cmake/lumoConfig.cmake.in lumoConfig.cmake
     INSTALL_DESTINATION ${LUMO_CMAKE_DIR})
 write_basic_package_version_file(lumoConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/lumoConfig.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/lumoConfigVersion.cmake
-    DESTINATION ${LUMO_CMAKE_DIR})
+    DESTINATION ${LUMO_CMAKE_DIR} COMPONENT development)
 
 # Relative to itself, so that the tree may be installed anywhere.
 file(RELATIVE_PATH LUMO_PC_PREFIX /p/${CMAKE_INSTALL_LIBDIR}/pkgconfig /p)
 configure_file(cmake/lumo.pc.in lumo.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/lumo.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

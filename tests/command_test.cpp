@@ -13,6 +13,8 @@
 #include <set>
 #include <sstream>
 
+#include "tools/lumo/speed_curve.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -631,6 +633,30 @@ TEST_F(Command, TellsWhatItRunsOn) {
     setenv("LUMO_PLATFORM", "software", 1);
     EXPECT_EQ(1, refused.code);
     EXPECT_NE(std::string::npos, refused.out.find("LUMO_PLATFORM=abacus names no platform"));
+}
+
+TEST_F(Command, MeasuresItsSpeed) {
+    const Outcome outcome = run("bench zgemm sgels -n 100 --json speeds.json --plot speeds.svg");
+    EXPECT_EQ(0, outcome.code) << outcome.err;
+    EXPECT_EQ((std::set<std::string>{"err", "out", "speeds.json", "speeds.svg"}), files());
+    const std::string json = read(folder / "speeds.json"), svg = read(folder / "speeds.svg");
+    for (const char* word : {"\"zgemm\"", "\"sgels\"", "\"crossover\": ", "{\"n\": 100, \"lumo_"})
+        EXPECT_NE(std::string::npos, json.find(word)) << word << "\n" << json;
+    for (const char* word : {">zgemm<", ">sgels<", "</svg>"})
+        EXPECT_NE(std::string::npos, svg.find(word)) << word;
+    expectRefusal("bench sgemm dgels --plot speeds.png", {"dgels", "zgemm"});
+    expectRefusal("bench sgemm -n 16 --json j --plot absent/speeds.svg", {"absent/speeds.svg: "});
+}
+
+TEST(SpeedCurve, CrossesWhereLumoStaysFaster) {
+    const std::vector<int> n{64, 128, 256};
+    const auto crossover = [&](std::vector<double> lumo) {
+        return lumo::SpeedCurve{"", n, lumo, {1, 1, 1}}.crossover();
+    };
+    EXPECT_EQ(0, crossover({2, 2, 1}));
+    EXPECT_EQ(64, crossover({2, 1.1, 3}));
+    EXPECT_DOUBLE_EQ(128 * std::sqrt(2.), crossover({2, 0.5, 2}));
+    EXPECT_DOUBLE_EQ(64 * std::cbrt(2.), crossover({0.5, 4, 9}));
 }
 
 TEST_F(Command, TunesWhatItIsAskedTo) {

@@ -15,6 +15,13 @@ struct SystemFiles {
 void solve(const SystemFiles& files);
 void lstsq(const SystemFiles& files);
 
+struct BenchOptions {
+    std::vector<std::string> routines;  // as "sgemm"; all if empty
+    std::string json, plot;             // files, if wanted
+    int largest = 2048;                 // order of the problems
+};
+void bench(const BenchOptions& options);
+
 struct TuneOptions {
     std::vector<std::string> routines;  // as "sgemm"; all if empty
     std::string file;                   // the usual one if empty

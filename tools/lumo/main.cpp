@@ -40,6 +40,18 @@ void addLstsq(CLI::App& app, lumo::SystemFiles& files) {
         "keep the largest elements of A and of B between 1e-31 and 1e31.");
 }
 
+void addBench(CLI::App& app, lumo::BenchOptions& options) {
+    CLI::App* command =
+        app.add_subcommand("bench", "Measure Lumo's speed beside the CPU library's, by size");
+    command->add_option("ROUTINE", options.routines, "As sgemm; all of them if none is named");
+    command->add_option("-n,--largest", options.largest, "The largest order that is measured")
+        ->check(CLI::Range(16, 32768))
+        ->capture_default_str();
+    command->add_option("--json", options.json, "Write the speeds to this file");
+    command->add_option("--plot", options.plot, "Draw the speeds to this file, an SVG image");
+    command->callback([&options] { lumo::bench(options); });
+}
+
 void addTune(CLI::App& app, lumo::TuneOptions& options) {
     CLI::App* command = app.add_subcommand(
         "tune", "Measure from which sizes on the drop-in library should let Lumo serve a routine");
@@ -87,11 +99,13 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.set_version_flag("--version", LUMO_VERSION);
     lumo::SystemFiles files;
+    lumo::BenchOptions benchOptions;
     lumo::SvdTask svdTask;
     lumo::TuneOptions tuneOptions;
     addInfo(app);
     addSolve(app, files);
     addLstsq(app, files);
+    addBench(app, benchOptions);
     addSvd(app, svdTask);
     addTune(app, tuneOptions);
     try {

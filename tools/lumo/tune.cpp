@@ -2,7 +2,6 @@
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <chrono>
 #include <complex>
 #include <cstdio>
 #include <cstdlib>
@@ -11,14 +10,13 @@
 #include <limits>
 
 #include "commands.h"
+#include "common/measure.h"
 #include "common/progress.h"
 #include "dropin/crossover_file.h"
 #include "lumo.h"
 
 namespace lumo {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 // The operands of a problem of order n, as they were and as a routine gets and overwrites them.
 // `a` has a heavy diagonal, so that its triangles are well-conditioned.
@@ -254,7 +252,9 @@ class Tuner {
             Operands<T> operands(n);
             const auto [lumoTime, cpuTime] = [&] {
                 const Progress progress(name + ", n = " + std::to_string(n));
-                return medians(routine, operands, lumo, cpu);
+                return pairedMedians(
+                    3, 0.1, [&] { operands.restore(); }, [&] { routine.call(lumo, operands); },
+                    [&] { routine.call(cpu, operands); });
             }();
             std::printf("  %d: %.2f", n, lumoTime / cpuTime);
             std::fflush(stdout);
@@ -266,26 +266,6 @@ class Tuner {
         }
         std::printf("  -> %s\n", size.c_str());
         sizes_.emplace_back(name, size);
-    }
-
-    // Both in turn, on the same data, after one call each that counts for nothing.
-    template <class T>
-    static std::pair<double, double> medians(const Routine<T>& routine, Operands<T>& operands,
-                                             void* lumo, void* cpu) {
-        std::vector<double> times[2];
-        const Clock::time_point start = Clock::now();
-        for (int round = 0; round < 4 || (round < 20 && seconds(start) < 0.1); ++round)
-            for (const bool isCpu : {false, true}) {
-                operands.restore();
-                const Clock::time_point begin = Clock::now();
-                routine.call(isCpu ? cpu : lumo, operands);
-                if (round > 0) times[isCpu].push_back(seconds(begin));
-            }
-        for (auto& t : times) std::nth_element(t.begin(), t.begin() + t.size() / 2, t.end());
-        return {times[0][times[0].size() / 2], times[1][times[1].size() / 2]};
-    }
-    static double seconds(Clock::time_point since) {
-        return std::chrono::duration<double>(Clock::now() - since).count();
     }
 
     const TuneOptions& options_;

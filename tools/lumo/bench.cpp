@@ -1,0 +1,125 @@
+// `lumo bench`: Lumo's speed beside the CPU library's, by size.
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+#include "bench_plot.h"
+#include "bench_routines.h"
+#include "commands.h"
+#include "common/progress.h"
+#include "output_file.h"
+#include "session.h"
+
+namespace lumo {
+namespace {
+
+// A ladder ends where a call takes longer.
+constexpr double longCall = 1;
+
+// A wanted file is opened before the measurement, which would be in vain if it could not be.
+std::unique_ptr<OutputFile> opened(const std::string& file) {
+    if (file.empty()) return nullptr;
+    checkIsFileOrNew(file);
+    return std::make_unique<OutputFile>(file);
+}
+
+void write(OutputFile& file, const std::string& text) {
+    file.stream() << text;
+    file.commit();
+    std::printf("written: %s\n", file.name().c_str());
+}
+
+std::vector<BenchRoutine> chosen(const std::vector<std::string>& names) {
+    const auto& all = benchRoutines();
+    if (names.empty()) return all;
+    std::vector<BenchRoutine> routines;
+    for (const std::string& name : names) {
+        const auto found = std::find_if(all.begin(), all.end(),
+                                        [&](const BenchRoutine& r) { return r.name == name; });
+        if (found == all.end()) {
+            std::string refusal = name + " is not measured; these are:";
+            for (const BenchRoutine& r : all) refusal += " " + r.name;
+            throw std::runtime_error(refusal);
+        }
+        routines.push_back(*found);
+    }
+    return routines;
+}
+
+SpeedCurve measure(const BenchRoutine& routine, const std::string& place, int largest) {
+    SpeedCurve curve{routine.name, {}, {}, {}};
+    std::vector<int> sizes;
+    for (int n = 64; n < largest; n *= 2) sizes.push_back(n);
+    sizes.push_back(largest);
+    for (const int n : sizes) {
+        const Times times = [&] {
+            const Progress progress(place + routine.name + ", n = " + std::to_string(n));
+            return routine.measure(n);
+        }();
+        const double work = routine.flops * n * n * n / 1e9;
+        curve.n.push_back(n);
+        curve.lumo.push_back(work / times.lumo);
+        curve.cpu.push_back(work / times.cpu);
+        std::printf("%-8s %6d %11.3f %11.3f %10.2f %10.2f %8.2f\n", routine.name.c_str(), n,
+                    1e3 * times.lumo, 1e3 * times.cpu, curve.lumo.back(), curve.cpu.back(),
+                    times.lumo / times.cpu);
+        std::fflush(stdout);
+        if (std::max(times.lumo, times.cpu) > longCall) break;
+    }
+    if (const double crossover = curve.crossover(); crossover > 0)
+        std::printf("%-8s Lumo is faster from n = %.0f on\n", "", crossover);
+    else
+        std::printf("%-8s no crossover up to n = %d\n", "", curve.n.back());
+    return curve;
+}
+
+std::string quoted(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) result += (c == '"' || c == '\\' ? "\\" : "") + std::string(1, c);
+    return result + "\"";
+}
+
+std::string json(const std::string& device, const std::vector<SpeedCurve>& curves) {
+    char line[200];
+    std::string text = "{\n  \"version\": " + quoted(LUMO_VERSION) +
+                       ",\n  \"device\": " + quoted(device) + ",\n  \"routines\": [";
+    for (const SpeedCurve& c : curves) {
+        text += (&c == curves.data() ? "\n" : ",\n");
+        const double crossover = c.crossover();
+        std::snprintf(line, sizeof line, crossover > 0 ? "%.0f" : "null", crossover);
+        text += "    {\"name\": " + quoted(c.name) + ", \"crossover\": " + line + ", \"sizes\": [";
+        for (std::size_t k = 0; k < c.n.size(); ++k) {
+            std::snprintf(line, sizeof line,
+                          "%s\n      {\"n\": %d, \"lumo_gflops\": %.5g, \"cpu_gflops\": %.5g}",
+                          k ? "," : "", c.n[k], c.lumo[k], c.cpu[k]);
+            text += line;
+        }
+        text += "]}";
+    }
+    return text + "\n  ]\n}\n";
+}
+
+}  // namespace
+
+void bench(const BenchOptions& options) {
+    const auto routines = chosen(options.routines);
+    const auto table = opened(options.json), picture = opened(options.plot);
+    const Session session;
+    const std::string device = session.device();
+    std::printf("device: %s\n\n%-8s %6s %11s %11s %10s %10s %8s\n", device.c_str(), "routine", "n",
+                "Lumo ms", "CPU ms", "Lumo", "CPU", "Lumo ms");
+    std::printf("%-8s %6s %11s %11s %10s %10s %8s\n", "", "", "", "", "Gflop/s", "Gflop/s",
+                "/ CPU ms");
+    std::vector<SpeedCurve> curves;
+    curves.reserve(routines.size());
+    for (const BenchRoutine& routine : routines)
+        curves.push_back(measure(
+            routine,
+            std::to_string(curves.size() + 1) + " of " + std::to_string(routines.size()) + ": ",
+            options.largest));
+    if (table) write(*table, json(device, curves));
+    if (picture) write(*picture, plotSpeeds("lumo bench: " + device, curves));
+}
+
+}  // namespace lumo
