@@ -2,9 +2,13 @@
 // or std::complex<float>.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <complex>
+#include <string>
 #include <vector>
 
+#include "common/residual.h"
 #include "lumo.h"
 
 namespace lumo {
@@ -18,6 +22,43 @@ struct Decomposition {
     int m, n;
     std::vector<float> s;
     std::vector<T> u, vt;
+};
+
+// A matrix, or a channel of an image.
+template <class T>
+struct Part {
+    std::string name;  // of the channel; empty if there is but one
+    std::vector<T> a;
+    Decomposition<T> d;
+};
+
+// What is decomposed. All norms are those of diag(part, part, ...).
+template <class T>
+struct Whole {
+    int m = 0, n = 0;
+    std::vector<Part<T>> parts;
+    bool vectors = false;
+
+    int count() const { return std::min(m, n); }
+    double frobenius() const {
+        double norm = 0;
+        for (const Part<T>& part : parts)
+            norm = std::hypot(norm, euclideanNorm(part.a.size(), part.a.data()));
+        return norm;
+    }
+    // The norms of what an approximation of this rank leaves out; of the whole, for rank 0.
+    double frobeniusBeyond(int rank) const {
+        double norm = 0;
+        for (const Part<T>& part : parts)
+            norm = std::hypot(norm, euclideanNorm(part.d.s.size() - rank, part.d.s.data() + rank));
+        return norm;
+    }
+    double largestBeyond(int rank) const {
+        float largest = 0;
+        for (const Part<T>& part : parts)
+            if (rank < count()) largest = std::max(largest, part.d.s[rank]);
+        return largest;
+    }
 };
 
 // Fills d by the library. Overwrites a.

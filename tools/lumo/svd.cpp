@@ -13,6 +13,7 @@
 #include "matrix_file.h"
 #include "output_file.h"
 #include "spectrum_plot.h"
+#include "svd_files.h"
 
 namespace lumo {
 namespace {
@@ -25,80 +26,16 @@ constexpr const char* routine = isComplexNumber<T> ? "lumoCgesvd" : "lumoSgesvd"
 // LAPACK's xGESVD scales a matrix whose largest element is smaller, or larger than 1 / this.
 const double leastUnscaled = std::sqrt(double(FLT_MIN)) / FLT_EPSILON;
 
-// A matrix, or a channel of an image.
-template <class T>
-struct Part {
-    std::string name;  // of the channel; empty if there is but one
-    std::vector<T> a;
-    Decomposition<T> d;
-};
-
-// What is decomposed. All norms are those of diag(part, part, ...).
-template <class T>
-struct Whole {
-    int m = 0, n = 0;
-    std::vector<Part<T>> parts;
-    bool vectors = false;
-
-    int count() const { return std::min(m, n); }
-    double frobenius() const {
-        double norm = 0;
-        for (const Part<T>& part : parts)
-            norm = std::hypot(norm, euclideanNorm(part.a.size(), part.a.data()));
-        return norm;
-    }
-    // The norms of what an approximation of this rank leaves out; of the whole, for rank 0.
-    double frobeniusBeyond(int rank) const {
-        double norm = 0;
-        for (const Part<T>& part : parts)
-            norm = std::hypot(norm, euclideanNorm(part.d.s.size() - rank, part.d.s.data() + rank));
-        return norm;
-    }
-    double largestBeyond(int rank) const {
-        float largest = 0;
-        for (const Part<T>& part : parts)
-            if (rank < count()) largest = std::max(largest, part.d.s[rank]);
-        return largest;
-    }
-    // How much of the whole's norm rounding errors may be. A backward stable decomposition's grow
-    // like the square root of the size or less.
-    double tolerance() const { return errorBound * singleEps * std::sqrt(count()); }
-};
-
 double ratio(double part, double whole) {
     return whole == 0 ? 0 : part / whole;
 }
 
-// The names of the files that the task is to write.
-class Names {
-  public:
-    Names(const SvdTask& task, const Image* image)
-        : prefix_(task.prefix),
-          matrix_(!image && fs::path(task.a).extension() == ".npy" ? ".npy" : ".mtx"),
-          approximation_(image ? "." + std::string(image->extension) : matrix_) {
-        if (prefix_.empty()) return;
-        std::vector<std::string> all{values(), plot()};
-        for (const int rank : task.ranks) all.push_back(approximation(rank));
-        if (task.ranks.empty() && !image) all.insert(all.end(), {left(), right()});
-        for (const std::string& file : all) {
-            checkIsFileOrNew(file);
-            std::error_code ignored;
-            if (fs::equivalent(file, task.a, ignored))
-                throw FileError(file + ": would overwrite A; choose another name for -o");
-        }
-    }
-    bool wanted() const { return !prefix_.empty(); }
-    std::string values() const { return prefix_ + ".s" + matrix_; }
-    std::string left() const { return prefix_ + ".u" + matrix_; }
-    std::string right() const { return prefix_ + ".vt" + matrix_; }
-    std::string plot() const { return prefix_ + ".spectrum.png"; }
-    std::string approximation(int rank) const {
-        return prefix_ + ".k" + std::to_string(rank) + approximation_;
-    }
-
-  private:
-    std::string prefix_, matrix_, approximation_;
-};
+// How much of the whole's norm rounding errors may be. A backward stable decomposition's grow like
+// the square root of the size or less.
+template <class T>
+double tolerance(const Whole<T>& whole) {
+    return errorBound * singleEps * std::sqrt(whole.count());
+}
 
 // Files that appear all together.
 using Outputs = std::list<OutputFile>;
@@ -113,6 +50,23 @@ void checkRanks(const SvdTask& task, int m, int n) {
 [[noreturn]] void throwInaccurate(const SvdTask& task, const std::string& what) {
     throw std::runtime_error(task.a + ": the decomposition is not accurate: " + what +
                              "; do the data need scaling?");
+}
+
+void succeed(lumoStatus status) {
+    if (status != lumoNoError) throw std::runtime_error(describe(status, lumoGetErrorInfo()));
+}
+
+template <class T>
+std::vector<T> approximated(const Part<T>& part, int rank) {
+    std::vector<T> result;
+    succeed(approximate(part.d, rank, result));
+    return result;
+}
+
+template <class T>
+std::vector<T> difference(std::vector<T> a, const std::vector<T>& b) {
+    for (std::size_t k = 0; k < a.size(); ++k) a[k] -= b[k];
+    return a;
 }
 
 template <class T>
@@ -152,25 +106,36 @@ void reportValues(const Whole<T>& whole) {
     }
 }
 
-// Even without vectors the values can be checked a little.
+// Whether the decomposition is one of A, as far as can be told.
 template <class T>
-void checkNorm(const Whole<T>& whole, const SvdTask& task) {
+void checkDecomposition(const Whole<T>& whole, const SvdTask& task) {
     const double norm = whole.frobenius(), sum = whole.frobeniusBeyond(0);
-    const double difference = ratio(std::abs(norm - sum), norm);
-    std::printf("norm:       %.6g, and ||s|| is that but for %.1e of it\n", norm, difference);
-    if (!(difference <= whole.tolerance())) throwInaccurate(task, "||s|| is not ||A||");
+    const double apart = ratio(std::abs(norm - sum), norm);
+    std::printf("norm:       %.6g, and ||s|| is that but for %.1e of it\n", norm, apart);
+    if (!(apart <= tolerance(whole))) throwInaccurate(task, "||s|| is not ||A||");
+    if (!whole.vectors) return;
+    double residual = 0;
+    for (const Part<T>& part : whole.parts) {
+        const std::vector<T> r = difference(part.a, approximated(part, whole.count()));
+        residual = std::hypot(residual, euclideanNorm(r.size(), r.data()));
+    }
+    residual = ratio(residual, norm);
+    std::printf("residual:   %.1e  (||A - U diag(s) V^H|| / ||A||)\n", residual);
+    if (!(residual <= tolerance(whole))) throwInaccurate(task, "U diag(s) V^H is not A");
 }
 
 template <class T>
 void compareWithCpu(const Whole<T>& whole, const SvdTask& task) {
     constexpr int runs = 3;
     std::array<double, runs> ours{}, theirs{};
-    double difference = 0;
+    double apart = 0;
     for (int run = 0; run < runs; ++run)
         for (const Part<T>& part : whole.parts) {
             std::vector<T> a = part.a;
             Decomposition<T> d(whole.m, whole.n, whole.vectors);
-            ours[run] += timed([&] { return decompose(a, d); }, "decomposing").seconds;
+            const Outcome outcome = timed([&] { return decompose(a, d); }, "decomposing");
+            succeed(outcome.status);
+            ours[run] += outcome.seconds;
             a = part.a;
             int info = 0;
             const auto byCpu = [&] {
@@ -180,34 +145,15 @@ void compareWithCpu(const Whole<T>& whole, const SvdTask& task) {
             theirs[run] += timed(byCpu, "decomposing, CPU LAPACK").seconds;
             if (info) throw std::runtime_error("the CPU LAPACK fails with " + std::to_string(info));
             for (std::size_t i = 0; i < d.s.size(); ++i)
-                difference =
-                    larger(difference, ratio(std::abs(double(part.d.s[i]) - d.s[i]), d.s[0]));
+                apart = larger(apart, ratio(std::abs(double(part.d.s[i]) - d.s[i]), d.s[0]));
         }
     std::sort(ours.begin(), ours.end());
     std::sort(theirs.begin(), theirs.end());
     std::printf("compared:   Lumo %.4f s, CPU LAPACK %.4f s: %.2f times its time (medians of %d)\n",
                 ours[runs / 2], theirs[runs / 2], ours[runs / 2] / theirs[runs / 2], runs);
-    std::printf("            singular values differ by %.1e s1 at most\n", difference);
-    if (!(difference <= whole.tolerance()))
+    std::printf("            singular values differ by %.1e s1 at most\n", apart);
+    if (!(apart <= tolerance(whole)))
         throwInaccurate(task, "the CPU LAPACK's singular values differ");
-}
-
-// What an image loses to an approximation of its channels, which it takes the place of.
-struct Loss {
-    double rms, psnr;
-};
-Loss replace(Image& image, const std::vector<std::vector<float>>& channels) {
-    double squares = 0;
-    for (std::size_t k = 0; k < image.samples.size(); ++k) {
-        const std::size_t c = k % std::size_t(image.channels), pixel = k / image.channels;
-        const std::size_t i = pixel / image.width, j = pixel % image.width;
-        const float value = std::round(channels[c][j * image.height + i]);
-        const int sample = int(std::clamp(value, 0.F, float(image.white)));
-        squares += std::pow(double(sample) - image.samples[k], 2);
-        image.samples[k] = std::uint16_t(sample);
-    }
-    const double rms = std::sqrt(squares / double(image.samples.size()));
-    return {rms, 20 * std::log10(image.white / rms)};
 }
 
 template <class T>
@@ -216,23 +162,17 @@ struct Approximation {
     double frobenius = 0, largest = 0;  // the norms of the differences, relative
 };
 
-void succeed(lumoStatus status) {
-    if (status != lumoNoError) throw std::runtime_error(describe(status, lumoGetErrorInfo()));
-}
-
 template <class T>
 Approximation<T> approximateAll(const Whole<T>& whole, int rank) {
     const Progress progress("approximating");
     Approximation<T> result;
     for (const Part<T>& part : whole.parts) {
-        std::vector<T> b, difference = part.a;
-        succeed(approximate(part.d, rank, b));
-        for (std::size_t k = 0; k < b.size(); ++k) difference[k] -= b[k];
-        result.frobenius =
-            std::hypot(result.frobenius, euclideanNorm(difference.size(), difference.data()));
+        std::vector<T> b = approximated(part, rank);
+        std::vector<T> r = difference(part.a, b);
+        result.frobenius = std::hypot(result.frobenius, euclideanNorm(r.size(), r.data()));
         Decomposition<T> d(whole.m, whole.n, false);
-        succeed(decompose(difference, d));
-        result.largest = std::max(result.largest, double(d.s[0]));
+        succeed(decompose(r, d));
+        result.largest = larger(result.largest, d.s[0]);
         result.parts.push_back(std::move(b));
     }
     result.frobenius = ratio(result.frobenius, whole.frobeniusBeyond(0));
@@ -243,7 +183,7 @@ Approximation<T> approximateAll(const Whole<T>& whole, int rank) {
 // A row of the table for each rank, and its file.
 template <class T>
 void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Image* image,
-                          const Names& names, Outputs& outputs) {
+                          const SvdFiles& names, Outputs& outputs) {
     if (task.ranks.empty()) return;
     std::printf(
         "\n||A - A_K|| / ||A||, from the singular values beyond K and as measured; stored: "
@@ -260,7 +200,7 @@ void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Imag
         if constexpr (!isComplexNumber<T>)
             if (image) {
                 Image copy = *image;
-                const Loss loss = replace(copy, b.parts);
+                const Loss loss = replaceChannels(copy, b.parts);
                 std::printf("  %8.3f", loss.rms);
                 if (loss.rms > 0)
                     std::printf("  %5.1f dB", loss.psnr);
@@ -272,8 +212,8 @@ void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Imag
         if (names.wanted() && !image)
             writeMatrix(outputs.back(), whole.m, whole.n, b.parts[0].data(), false);
         if (names.wanted()) outputs.back().close();
-        if (!(std::abs(b.frobenius - frobenius) <= whole.tolerance() &&
-              std::abs(b.largest - largest) <= whole.tolerance()))
+        if (!(std::abs(b.frobenius - frobenius) <= tolerance(whole) &&
+              std::abs(b.largest - largest) <= tolerance(whole)))
             throwInaccurate(task, "the error at rank " + std::to_string(rank) +
                                       " is not what the singular values say");
     }
@@ -282,7 +222,7 @@ void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Imag
 
 template <class T>
 void writeFactors(const Whole<T>& whole, const SvdTask& task, const Image* image,
-                  const Names& names, Outputs& outputs) {
+                  const SvdFiles& names, Outputs& outputs) {
     std::vector<float> values;
     std::vector<Spectrum> spectra;
     for (const Part<T>& part : whole.parts) {
@@ -307,7 +247,7 @@ void writeFactors(const Whole<T>& whole, const SvdTask& task, const Image* image
 
 template <class T>
 void svdOf(Whole<T> whole, const SvdTask& task, const Image* image) {
-    const Names names(task, image);
+    const SvdFiles names(task, image);
     checkRanks(task, whole.m, whole.n);
     for (const Part<T>& part : whole.parts)
         warnOfExtremes(part.a, task.a, routine<T>, leastUnscaled);
@@ -320,7 +260,7 @@ void svdOf(Whole<T> whole, const SvdTask& task, const Image* image) {
     std::printf("routine:    %s, %s\nseconds:    %.3g\n", routine<T>,
                 whole.vectors ? "with vectors" : "values only", seconds);
     reportValues(whole);
-    checkNorm(whole, task);
+    checkDecomposition(whole, task);
     if (task.compare) compareWithCpu(whole, task);
 
     Outputs outputs;
@@ -345,14 +285,10 @@ void svdOfImage(const Image& image, const SvdTask& task) {
     const bool vectors = !task.ranks.empty();
     Whole<float> whole{image.height, image.width, {}, vectors};
     for (int c = 0; c < image.channels; ++c) {
-        std::vector<float> a;
-        a.reserve(image.samples.size() / std::size_t(image.channels));
-        for (int j = 0; j < image.width; ++j)
-            for (int i = 0; i < image.height; ++i)
-                a.push_back(image.samples[(std::size_t(i) * image.width + j) * image.channels + c]);
         const char* const names[] = {"red", "green", "blue"};
-        whole.parts.push_back(
-            {image.channels == 3 ? names[c] : "", std::move(a), {whole.m, whole.n, vectors}});
+        whole.parts.push_back({image.channels == 3 ? names[c] : "",
+                               channelOf(image, c),
+                               {whole.m, whole.n, vectors}});
     }
     svdOf(std::move(whole), task, &image);
 }
