@@ -45,11 +45,6 @@ set(CPACK_COMPONENT_DROPIN_DEPENDS runtime)
 # For `lumo tune`, and pictures of `lumo svd`.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "liblumo-lapack")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "gnuplot-nox")
-# It is preloaded, and no program's dependency.
-set(CPACK_DEBIAN_DROPIN_PACKAGE_GENERATE_SHLIBS OFF)
-# The driver and CUBLAS are often in no package.
-set(CPACK_DEBIAN_CUDA_PACKAGE_SHLIBDEPS OFF)
-set(CPACK_DEBIAN_CUDA_PACKAGE_GENERATE_SHLIBS OFF)
 set(CPACK_DEBIAN_CUDA_PACKAGE_ENHANCES "liblumo0, lumo-tools")
 
 # One configuration serves this and the bundle.

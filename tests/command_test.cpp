@@ -650,7 +650,7 @@ TEST_F(Command, MeasuresItsSpeed) {
 
 TEST(SpeedCurve, CrossesWhereLumoStaysFaster) {
     const std::vector<int> n{64, 128, 256};
-    const auto crossover = [&](std::vector<double> lumo) {
+    const auto crossover = [&](const std::vector<double>& lumo) {
         return lumo::SpeedCurve{"", n, lumo, {1, 1, 1}}.crossover();
     };
     EXPECT_EQ(0, crossover({2, 2, 1}));
