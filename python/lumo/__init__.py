@@ -59,7 +59,7 @@ def info():
     device = _core.executing_device()
     return {
         "version": __version__,
-        "library": _core.library,
+        "library": _core.loaded_from,
         "device": device,
         "device_name": _core.devices()[device],
     }

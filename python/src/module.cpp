@@ -46,7 +46,7 @@ std::string fileOf(const void* function) {
 
 PYBIND11_MODULE(_core, m) {
     m.attr("__version__") = LUMO_VERSION;
-    m.attr("library") = fileOf(reinterpret_cast<const void*>(&lumoInitialize));
+    m.attr("loaded_from") = fileOf(reinterpret_cast<const void*>(&lumoInitialize));
     m.def("devices", &devices, Unlocked());
     m.def("executing_device", &executingDevice, Unlocked());
     m.def(
