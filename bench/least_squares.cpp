@@ -32,7 +32,7 @@ struct Operands {
     std::vector<std::vector<T>> original, at;
     std::vector<T> work;
 
-    Operands(int rows, int columns, int more, std::vector<std::size_t> sizes)
+    Operands(int rows, int columns, int more, const std::vector<std::size_t>& sizes)
         : m(rows), n(columns), extra(more), work(std::size_t(64) * (rows + columns + more)) {
         for (std::size_t size : sizes) original.push_back(bench::randomElements<T>(size));
         restore();

@@ -108,15 +108,20 @@ struct Shape {
 };
 
 template <class T>
-void add(const char* name, char job, const std::vector<Shape>& shapes) {
+void addAgainst(const char* rival, int (*call)(Decomposition<T>&), const std::string& name,
+                char job, const std::vector<Shape>& shapes) {
     using Data = Decomposition<T>;
-    auto lumoCall = [](Data& d) { return lumo(d); };
-    for (auto [rival, call] :
-         {std::pair<const char*, int (*)(Data&)>{"gesvd", gesvd}, {"gesdd", gesdd}})
-        for (const Shape& s : shapes)
-            bench::add<Data>({name + std::string{'/', job, job}, lumoCall, call, rival},
-                             std::to_string(s.m) + "x" + std::to_string(s.n), s.rounds,
-                             [=] { return std::make_unique<Data>(job, s.m, s.n); });
+    const bench::Contest<Data> contest{name, [](Data& d) { return lumo(d); }, call, rival};
+    for (const Shape& s : shapes)
+        bench::add<Data>(contest, std::to_string(s.m) + "x" + std::to_string(s.n), s.rounds,
+                         [=] { return std::make_unique<Data>(job, s.m, s.n); });
+}
+
+template <class T>
+void add(const std::string& name, char job, const std::vector<Shape>& shapes) {
+    const std::string full = name + "/" + job + job;
+    addAgainst<T>("gesvd", gesvd, full, job, shapes);
+    addAgainst<T>("gesdd", gesdd, full, job, shapes);
 }
 
 }  // namespace

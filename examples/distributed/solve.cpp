@@ -79,6 +79,13 @@ void set(Complex& x, std::uint64_t i, std::uint64_t j, std::uint64_t seed) {
     x = {uniform(i, j, seed), uniform(i, j, seed + 1)};
 }
 
+// The global index of a local one.
+std::uint64_t global(int local, int block, int rank, int ranks) {
+    const std::uint64_t blocksBefore =
+        std::uint64_t(local / block) * unsigned(ranks) + unsigned(rank);
+    return blocksBefore * unsigned(block) + unsigned(local % block);
+}
+
 // A block-cyclic matrix, this rank's part of it.
 template <class T>
 struct Distributed {
@@ -95,10 +102,8 @@ struct Distributed {
         local.resize(std::size_t(ld) * std::max(1, localColumns));
         for (int j = 0; j < localColumns; ++j)
             for (int i = 0; i < localRows; ++i)
-                set(local[std::size_t(j) * ld + i],
-                    std::uint64_t((i / block * grid.rows + grid.row) * block + i % block),
-                    std::uint64_t((j / block * grid.columns + grid.column) * block + j % block),
-                    seed);
+                set(local[std::size_t(j) * ld + i], global(i, block, grid.row, grid.rows),
+                    global(j, block, grid.column, grid.columns), seed);
     }
 };
 
