@@ -174,18 +174,18 @@ void LASWP(benchmark::State& state) {
 }
 
 void TransposedProduct(benchmark::State& state) {
-    const int m = int(state.range(0)), n = int(state.range(1)), inc = 1;
+    const int m = int(state.range(0)), n = int(state.range(1)), lda = m + 32, inc = 1;
     const float one = 1, zero = 0;
     const DeviceMatrix a = deviceMatrix(), vectors = deviceMatrix();
     const HostMatrix x = hostMatrix(), y = hostMatrix();
     compare(
         state,
         [&] {
-            lumo::gemv('T', m, n, one, a.get(), order, vectors.get(), 1, zero,
+            lumo::gemv('T', m, n, one, a.get(), lda, vectors.get(), 1, zero,
                        vectors.get() + order, 1);
         },
         [&] {
-            sgemv_("T", &m, &n, &one, x.get(), &order, y.get(), &inc, &zero, y.get() + order, &inc);
+            sgemv_("T", &m, &n, &one, x.get(), &lda, y.get(), &inc, &zero, y.get() + order, &inc);
         });
 }
 

@@ -59,6 +59,7 @@ add_library(lumo_objects OBJECT
     src/lapack/apply_q.cpp
     src/lapack/bdsqr.cpp
     src/lapack/block_reflector.cpp
+    src/lapack/dqds.cpp
     src/lapack/gebrd.cpp
     src/lapack/gels.cpp
     src/lapack/generate_q.cpp

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "lapack/bdsqr_vectors.h"
+#include "lapack/dqds.h"
 #include "lapack/tuning.h"
 #include "runtime/letters.h"
 
@@ -77,12 +78,16 @@ void bdsqr(char uplo, int n, int ncvt, int nru, int ncc, RealOf<T>* d, RealOf<T>
         throwDataError(std::max(1, int(n - 1 - std::count(es.begin(), es.end(), Real(0)))));
     }
 
-    SingularVectors<T> vectors(n, {vt, ldvt, ncvt}, {u, ldu, nru}, {c, ldc, ncc});
-    vectors.turn();
-    if (uplo == 'L') makeUpper(n, ds.data(), es.data(), vectors);
     const std::int64_t maxSteps = std::int64_t(bdsqrTuning<T>.stepsPerSquare) * n * n;
-    const int unconverged = BidiagonalIteration(n, ds.data(), es.data(), vectors, maxSteps).run();
-    vectors.turnBack();
+    const bool valuesOnly = ncvt == 0 && nru == 0 && ncc == 0;
+    int unconverged = 0;
+    if (!valuesOnly || !dqds(n, ds.data(), es.data(), maxSteps)) {
+        SingularVectors<T> vectors(n, {vt, ldvt, ncvt}, {u, ldu, nru}, {c, ldc, ncc});
+        vectors.turn();
+        if (uplo == 'L') makeUpper(n, ds.data(), es.data(), vectors);
+        unconverged = BidiagonalIteration(n, ds.data(), es.data(), vectors, maxSteps).run();
+        vectors.turnBack();
+    }
     diagonal.copyBack();
     off.copyBack();
     if (unconverged) throwDataError(unconverged);

@@ -4,12 +4,12 @@
 using lumo::Complex;
 
 // So many lanes share a dot product, and so many rows of lanes work on the columns of a block: a
-// warp each on a GPU; on a CPU two vectors, and columns enough to a row that x is read once for
+// warp each on a GPU; on a CPU a vector, and columns enough to a row that x is read once for
 // several.
 #ifdef __CUDACC__
 constexpr int dotWidth = 32, dotRows = 16;
 #else
-constexpr int dotWidth = 16, dotRows = 8;
+constexpr int dotWidth = 8, dotRows = 8;
 #endif
 
 // A block computes 32 dot products with columns of A. x goes through shared memory in chunks of an
@@ -74,10 +74,15 @@ struct DotProductsBody : cudalib::KernelBody<cudalib::Team<32, teamRows>, 64> {
         auto addRows = [&](int from, int count) {
             team.barrier();
             team.rows(teamRows, [&](int row) {
-                team.lanes(count - row * Team::X, [&](int lane) {
-                    const int i = row * Team::X + lane;
-                    part[i] = x[std::size_t(from + i) * std::size_t(incx)];
-                });
+                const int start = row * Team::X, left = count - start;
+                if (incx == 1)  // by vectors, on a CPU
+                    team.lanes(left,
+                               [&](int lane) { part[start + lane] = x[from + start + lane]; });
+                else
+                    team.lanes(left, [&](int lane) {
+                        const int i = start + lane;
+                        part[i] = x[std::size_t(from + i) * std::size_t(incx)];
+                    });
             });
             team.barrier();
             team.rows(rowsHere, [&](int row) {
