@@ -181,8 +181,8 @@ void TransposedProduct(benchmark::State& state) {
     compare(
         state,
         [&] {
-            lumo::gemv('T', m, n, one, a.get(), lda, vectors.get(), 1, zero,
-                       vectors.get() + order, 1);
+            lumo::gemv('T', m, n, one, a.get(), lda, vectors.get(), 1, zero, vectors.get() + order,
+                       1);
         },
         [&] {
             sgemv_("T", &m, &n, &one, x.get(), &lda, y.get(), &inc, &zero, y.get() + order, &inc);
