@@ -7,5 +7,6 @@ cd "$(dirname "$0")/.."
 built=$(mktemp)
 trap 'rm -f "$built"' EXIT
 sed -n "s|^ *\"file\": \"$PWD/\(.*\)\".*|\1|p" build/default/compile_commands.json >"$built"
+[ -s "$built" ] || { echo "build/default/compile_commands.json names no file of $PWD" >&2; exit 1; }
 git ls-files '*.cpp' ':!tests' | grep -Fxf "$built" |
     xargs -P 2 -n 8 clang-tidy-14 -p build/default --quiet --warnings-as-errors='*'

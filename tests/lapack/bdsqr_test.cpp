@@ -101,7 +101,7 @@ class Bdsqr : public OnMachine {
         const double n = double(expected.size()), least = std::numeric_limits<Real>::min();
         for (std::size_t i = 0; i < expected.size(); ++i)
             EXPECT_NEAR(expected[i], actual[i],
-                        std::max(100.0, n) * 2 * epsilon<T> * expected[i] + 6 * n * n * least)
+                        std::max(100.0, n) * epsilon<T> * expected[i] + 6 * n * n * least)
                 << i;
     }
 

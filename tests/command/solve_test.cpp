@@ -1,0 +1,270 @@
+// lumo solve: every format, and every way to get it wrong.
+#include <cmath>
+#include <cstdint>
+
+#include "command/command.h"
+
+namespace test {
+namespace {
+
+using Square = std::vector<Number>;  // by rows
+
+const Number solution[] = {1, -2, 0.5};
+
+bool isComplex(const Square& a) {
+    return std::any_of(a.begin(), a.end(), [](Number z) { return z.imag() != 0; });
+}
+
+// b = A * solution, as a Matrix Market file that is complex only if it must be.
+std::string rightHandSide(const Square& a) {
+    const std::size_t n = a.size() == 9 ? 3 : 2;
+    std::ostringstream out;
+    out << "%%MatrixMarket matrix array " << (isComplex(a) ? "complex" : "real") << " general\n"
+        << n << " 1\n";
+    for (std::size_t i = 0; i < n; ++i) {
+        Number sum = 0;
+        for (std::size_t j = 0; j < n; ++j) sum += a[n * i + j] * solution[j];
+        out << sum.real();
+        if (isComplex(a)) out << ' ' << sum.imag();
+        out << '\n';
+    }
+    return out.str();
+}
+
+const Square general{4, 1, 2, 0, 5, 1, 3, 0, 6};
+const Square generalComplex{{4, 1}, 1, 2, 0, {5, -2}, 1, 3, 0, {6, 3}};
+
+// The general matrix in another element type.
+template <class T>
+std::string bytes(bool fortran, bool bigEndian) {
+    std::string data;
+    const auto append = [&](auto value) {
+        std::string text(reinterpret_cast<const char*>(&value), sizeof value);
+        if (bigEndian) std::reverse(text.begin(), text.end());
+        data += text;
+    };
+    for (int k = 0; k < 9; ++k) {
+        const int at = fortran ? k % 3 * 3 + k / 3 : k;
+        if constexpr (std::is_arithmetic_v<T>) {
+            append(T(general[at].real()));
+        } else {
+            append(typename T::value_type(generalComplex[at].real()));
+            append(typename T::value_type(generalComplex[at].imag()));
+        }
+    }
+    return data;
+}
+
+TEST_F(Command, SolvesEveryFormat) {
+    using Single = std::complex<float>;
+    const struct {
+        const char* name;
+        std::string file;
+        Square meaning;
+    } cases[] = {
+        {"comments, blank lines, carriage returns, signs and exponents",
+         "%%MatrixMarket MATRIX Array Real general\r\n% a\n\n%b\r\n 3\t3\r\n+4\n0.\n.3E1\n\n1e0\r\n"
+         "5\n0\n2\n1\n60e-1",
+         general},
+        {"integer", mtx("array integer general", "3 3\n4\n0\n3\n1\n5\n0\n2\n1\n6\n"), general},
+        {"coordinates in any order, one twice",
+         mtx("coordinate real general",
+             "3 3 8\n3 3 6\n1 1 4\n1 2 1\n1 3 2\n2 2 2.5\n2 3 1\n3 1 3\n2 2 2.5\n"),
+         general},
+        {"complex coordinates",
+         mtx("coordinate complex general",
+             "3 3 7\n1 1 4 1\n1 2 1 0\n1 3 2 0\n2 2 5 -2\n2 3 1 0\n3 1 3 0\n3 3 6 3\n"),
+         generalComplex},
+        {"symmetric coordinates",
+         mtx("coordinate real symmetric", "3 3 4\n1 1 4\n2 1 1\n2 2 5\n3 3 6\n"),
+         {4, 1, 0, 1, 5, 0, 0, 0, 6}},
+        {"symmetric array",
+         mtx("array real symmetric", "3 3\n4\n1\n2\n5\n3\n6\n"),
+         {4, 1, 2, 1, 5, 3, 2, 3, 6}},
+        {"complex symmetric",
+         mtx("array complex symmetric", "2 2\n4 0\n1 1\n5 2\n"),
+         {4, {1, 1}, {1, 1}, {5, 2}}},
+        {"Hermitian",
+         mtx("coordinate complex hermitian", "2 2 3\n1 1 4 0\n2 1 1 1\n2 2 5 0\n"),
+         {4, {1, -1}, {1, 1}, 5}},
+        {"skew-symmetric",
+         mtx("array complex skew-symmetric", "2 2\n3 1\n"),
+         {0, {-3, -1}, {3, 1}, 0}},
+        {"f4", npy("<f4", false, "3, 3", bytes<float>(false, false)), general},
+        {"f8 by columns", npy("<f8", true, "3, 3", bytes<double>(true, false)), general},
+        {"f8 big endian, version 2", npy(">f8", false, "3, 3", bytes<double>(false, true), 2),
+         general},
+        {"c8", npy("<c8", false, "3, 3", bytes<Single>(false, false)), generalComplex},
+        {"c16 big endian by columns, version 3",
+         npy(">c16", true, "3, 3", bytes<Number>(true, true), 3), generalComplex},
+        {"i1", npy("|i1", false, "3, 3", bytes<std::int8_t>(false, false)), general},
+        {"u1 by columns", npy("|u1", true, "3,3,", bytes<std::uint8_t>(true, false)), general},
+        {"i2 big endian", npy(">i2", false, "3, 3", bytes<std::int16_t>(false, true)), general},
+        {"u4", npy("<u4", false, "3, 3", bytes<std::uint32_t>(false, false)), general},
+        {"i8 big endian", npy(">i8", false, "3, 3", bytes<std::int64_t>(false, true)), general},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        write("A", c.file);
+        write("b", rightHandSide(c.meaning));
+        const Outcome outcome = run("solve A b -o x.mtx");
+        EXPECT_EQ(0, outcome.code);
+        EXPECT_EQ("", outcome.err);
+        const bool wide = isComplex(c.meaning);
+        EXPECT_NE(std::string::npos, outcome.out.find(wide ? "lumoCgesv" : "lumoSgesv"));
+        const std::size_t n = c.meaning.size() == 9 ? 3 : 2;
+        const auto x =
+            numbers("x.mtx", (wide ? "array complex general, " : "array real general, ") +
+                                 std::to_string(n) + " 1");
+        ASSERT_EQ(n * (wide ? 2 : 1), x.size());
+        for (std::size_t i = 0; i < n; ++i) {
+            const Number xi = wide ? Number(x[2 * i], x[2 * i + 1]) : Number(x[i]);
+            EXPECT_LT(std::abs(xi - solution[i]), 1e-5) << i;
+        }
+    }
+}
+
+// A real matrix with complex right-hand sides; what is written as .npy is read again.
+TEST_F(Command, WritesNumpyFilesThatItReads) {
+    write("A.mtx", mtx("coordinate real general", "2 2 2\n1 1 2\n2 2 4\n"));
+    write("I.mtx", mtx("coordinate real general", "2 2 2\n1 1 1\n2 2 1\n"));
+    write("B.mtx", mtx("array complex general", "2 2\n2 0\n0 4\n2 2\n8 0\n"));
+    EXPECT_EQ(0, run("solve A.mtx B.mtx -o X.npy").code);
+    const std::string file = read(folder / "X.npy");
+    EXPECT_NE(std::string::npos,
+              file.find("{'descr': '<c8', 'fortran_order': True, 'shape': (2, 2), }"));
+    EXPECT_EQ(128 + 4 * sizeof(std::complex<float>), file.size());
+    EXPECT_EQ(0, run("solve I.mtx X.npy -o Y.mtx").code);
+    EXPECT_EQ((std::vector<double>{1, 0, 0, 1, 1, 1, 2, 0}),
+              numbers("Y.mtx", "array complex general, 2 2"));
+
+    const float b[] = {6, 2};
+    write("b.npy", npy("<f4", false, "2,", {reinterpret_cast<const char*>(b), sizeof b}));
+    EXPECT_EQ(0, run("solve A.mtx b.npy -o x.npy").code);
+    const float x[] = {3, 0.5};
+    const std::string vector = read(folder / "x.npy");
+    EXPECT_NE(std::string::npos, vector.find("'<f4', 'fortran_order': True, 'shape': (2,), }"));
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(x), sizeof x),
+              vector.substr(vector.size() - sizeof x));
+}
+
+TEST_F(Command, SaysWhenPrecisionIsLost) {
+    write("b", mtx("array real general", "1 1\n1\n"));
+    write("exact", npy("<f8", false, "1,1", std::string(6, '\0') + "\xf8\x3f"));  // 1.5
+    write("more", mtx("array real general", "1 1\n1.1\n"));
+    EXPECT_EQ(std::string::npos, run("solve exact b").out.find("rounded"));
+    EXPECT_NE(std::string::npos, run("solve more b").out.find("more: rounded"));
+}
+
+TEST_F(Command, RefusesBadFilesInOneLine) {
+    const std::string real = "array real general", sparse = "coordinate real general";
+    const std::string infinity("\0\0\x80\x7f", 4);
+    const struct {
+        std::string file;
+        std::vector<std::string> words;
+    } cases[] = {
+        {"", {"empty"}},
+        {"1 2\n3 4\n", {"neither"}},
+        {"%%MatrixMarket tensor array real general\n1 1\n1\n", {"line 1", "tensor"}},
+        {mtx("coordinate pattern general", "2 2 1\n1 1\n"), {"pattern"}},
+        {mtx("array real hermitian", "1 1\n1\n"), {"Hermitian"}},
+        {mtx(real, mtx(real, "2 2\n1\n0\n0\n1\n")), {"line 2", "second header"}},
+        {mtx(real, "% nothing more\n"), {"ends"}},
+        {mtx(real, "2 two\n1\n"), {"line 2", "number of columns"}},
+        {mtx(real, "2 2 2\n1\n0\n0\n1\n"), {"line 2"}},
+        {mtx(real, "-1 2\n"), {"negative"}},
+        {mtx(real, "2 3\n1\n0\n0\n1\n0\n0\n"), {"not square", "2 x 3"}},
+        {mtx(real, "0 0\n"), {"no elements"}},
+        {mtx(real, "2 2\n1\n0\n0\n"), {"ends in column 2"}},
+        {mtx(real, "2 2\n1\n0\n0\n1\n1\n"), {"line 7", "more than"}},
+        {mtx(real, "2 2\n1\n0x\n0\n1\n"), {"line 4", "number"}},
+        {mtx(real, "2 2\n1\n0 0\n0\n1\n"), {"line 4"}},
+        {mtx(real, "2 2\n1\n0\nnan\n1\n"), {"(1, 2)", "not finite"}},
+        {mtx(real, "2 2\n1\n1e999\n0\n1\n"), {"(2, 1)", "not finite"}},
+        {mtx(real, "2 2\n1\n-1e39\n0\n1\n"), {"(2, 1)", "too large for single"}},
+        {mtx(real, "2000000000 2000000000\n1\n"), {"2000000000 x 2000000000"}},
+        {mtx(real, "99999999999999999999 1\n1\n"), {"line 2"}},
+        {mtx("array integer general", "1 1\n1.5\n"), {"line 3", "integer"}},
+        {mtx(sparse, "2000000000 2000000000 1\n1 1 1\n"), {"too large"}},
+        {mtx(sparse, "3000000000 3000000000 1\n1 1 1\n"), {"too large"}},
+        {mtx(sparse, "2 2 2\n1 1 1\n3 2 1\n"), {"line 4", "(3, 2)"}},
+        {mtx(sparse, "2 2 2\n1 1 1\n0 2 1\n"), {"line 4", "(0, 2)"}},
+        {mtx(sparse, "2 2 9\n1 1 1\n2 2 1\n"), {"after 2 of 9"}},
+        {mtx("coordinate real symmetric", "2 2 1\n1 2 1\n"), {"line 3", "above the diagonal"}},
+        {mtx("coordinate real symmetric", "2 3 1\n1 1 1\n"), {"line 2", "not square"}},
+        {mtx("coordinate real skew-symmetric", "2 2 1\n1 1 1\n"), {"line 3", "diagonal"}},
+        {mtx("coordinate complex hermitian", "1 1 1\n1 1 1 1\n"), {"line 3", "diagonal"}},
+        {"\x93NUMPX", {"ends early"}},
+        {"\x93NUMPX\1\0.."s, {"not a NumPy"}},
+        {"\x93NUMPY\t\0v\0{}"s, {"version 9"}},
+        {npy("<f2", false, "1, 1", ".."), {"'<f2'"}},
+        {npy("|O", false, "1, 1", ".."), {"'|O'"}},
+        {npy("<f4", false, "1, 1, 1", "...."), {"3 dimensions"}},
+        {npy("<f4", false, "", "...."), {"0 dimensions"}},
+        {npy("<f4", false, "4", std::string(16, 'a')), {"not square"}},
+        {npy("<f4", false, "-1, 1", "...."), {"negative"}},
+        {npy("<f4", false, "2000000000, 2000000000", "...."), {"2000000000 x 2000000000"}},
+        {npy("<f4", false, "99999999999999999999, 1", "...."), {"header"}},
+        {npy("<f4', 'descr': '<f4", false, "1, 1", "...."), {"header"}},
+        {npy("<f4", false, "1, 1", "..."), {"ends"}},
+        {npy("<f4", false, "1, 1", "....."), {"more than"}},
+        {npy("<f4", true, "2, 2", "aaaaaaaa" + infinity + "aaaa"), {"(1, 2)", "not finite"}},
+        {"\x93NUMPY\2\0\xff\xff\xff\xff{}"s, {"header"}},
+    };
+    write("b", mtx(real, "2 1\n1\n1\n"));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        write("A", c.file);
+        std::vector<std::string> words = c.words;
+        words.push_back("lumo: A: ");
+        expectRefusal("solve A b -o x.mtx", words);
+    }
+}
+
+TEST_F(Command, RefusesWhatDoesNotFit) {
+    write("A", mtx("array real general", "2 2\n1\n0\n0\n1\n"));
+    write("b", mtx("array real general", "2 1\n1\n1\n"));
+    write("long", mtx("array real general", "3 1\n1\n1\n1\n"));
+    write("none", mtx("array real general", "2 0\n"));
+    fs::create_directory(folder / "folder.mtx");
+    expectRefusal("solve A long -o x.mtx", {"long: ", "3 rows"});
+    expectRefusal("solve A none -o x.mtx", {"none: "});
+    expectRefusal("solve A absent -o x.mtx", {"absent: ", "No such file"});
+    expectRefusal("solve folder.mtx b -o x.mtx", {"folder.mtx: ", "directory"});
+    expectRefusal("solve A b -o x.txt", {"x.txt: "});
+    expectRefusal("solve A b -o folder.mtx", {"folder.mtx: "});
+    expectRefusal("solve A b -o absent/x.mtx", {"absent/x.mtx: "});
+    EXPECT_NE(0, run("solve A").code);
+    EXPECT_NE(0, run("").code);
+}
+
+TEST_F(Command, NamesTheColumnOfASingularMatrix) {
+    // The third column is the sum of the first two, exactly.
+    write("A", mtx("array real general", "3 3\n1\n0\n0\n0\n2\n0\n1\n2\n0\n"));
+    write("b", mtx("array real general", "3 1\n1\n1\n1\n"));
+    write("x.mtx", "an older solution");
+    expectRefusal("solve A b -o x.mtx", {"A: ", "singular", "column 3"});
+    EXPECT_EQ("an older solution", read(folder / "x.mtx"));
+
+    write("A", mtx("array real general", "1 1\n1e-30\n"));
+    write("b", mtx("array real general", "1 1\n1e30\n"));
+    expectRefusal("solve A b -o x.mtx", {"A: ", "not finite"});
+    write("b", mtx("array real general", "1 2\n1e30\n1\n"));  // the second solution is finite
+    expectRefusal("solve A b -o x.mtx", {"A: ", "not finite"});
+    expectRefusal("lstsq A b -o x.mtx", {"A: ", "not finite"});
+}
+
+// The answers that examples/data/README.md derives.
+TEST_F(Command, SolvesTheExampleCircuits) {
+    const std::string data = LUMO_DATA "/";
+    ASSERT_EQ(0, run("solve " + data + "cube.mtx " + data + "cube_current.mtx -o x.mtx").code);
+    const auto voltage = numbers("x.mtx", "array real general, 7 1");
+    EXPECT_NEAR(5. / 6, voltage.at(0), 1e-6);
+    EXPECT_NEAR(1. / 3, voltage.at(6), 1e-6);
+    ASSERT_EQ(0, run("solve " + data + "filter.mtx " + data + "filter_current.mtx -o x.mtx").code);
+    const auto parts = numbers("x.mtx", "array complex general, 3 1");
+    EXPECT_NEAR(std::sqrt(1. / 8), std::abs(Number(parts.at(4), parts.at(5))), 1e-6);
+}
+
+}  // namespace
+}  // namespace test

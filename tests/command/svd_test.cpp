@@ -1,0 +1,188 @@
+// lumo svd, of matrices and of images.
+#include <cmath>
+
+#include "command/command.h"
+
+namespace test {
+namespace {
+
+// The values, norms and approximations of matrices small enough to be worked out by hand.
+TEST_F(Command, DecomposesMatrices) {
+    const struct {
+        const char *name, *A, *k;
+        int m, n;
+        std::vector<double> s, best;  // singular values, the approximation of rank 1
+        std::vector<std::string> words;
+    } cases[] = {
+        {"wide",
+         "real general\n2 3\n3\n2\n2\n3\n2\n-2\n",
+         "-k 1,2,1",
+         2,
+         3,
+         {5, 3},
+         {2.5, 2.5, 2.5, 2.5, 0, 0},
+         {"lumoSgesvd", "2 x 3", "values:     5 3\n", "condition:  1.67", "rank:       2 ",
+          "residual:  ", "norm:       5.83095",
+          "1   5.1450e-01  5.1450e-01   6.0000e-01  6.0000e-01   100.0 %", "2   0.0000e+00"}},
+        {"complex and tall",
+         "complex general\n3 2\n2 0\n0 1\n0 0\n0 2\n1 0\n0 0\n",
+         "-k 1",
+         3,
+         2,
+         {std::sqrt(8), std::sqrt(2)},
+         {2, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0},
+         {"lumoCgesvd", "3 x 2", "condition:  2  ",
+          "1   4.4721e-01  4.4721e-01   5.0000e-01  5.0000e-01   100.0 %"}},
+        {"of lower rank",
+         "real general\n3 2\n1\n2\n2\n2\n4\n4\n",
+         "-k 1",
+         3,
+         2,
+         {std::sqrt(45), 0},
+         {1, 2, 2, 2, 4, 4},
+         {"rank:       1 "}},
+        {"zero", "real general\n1 2\n0\n0\n", "-k 1", 1, 2, {0}, {0, 0}, {"rank:       0 "}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const bool wide = std::string(c.A).rfind("complex", 0) == 0;
+        const std::string kind = wide ? "array complex general, " : "array real general, ";
+        const int count = int(c.s.size());
+        const auto shape = [](int m, int n) { return std::to_string(m) + " " + std::to_string(n); };
+        const auto expectNear = [](const std::vector<double>& expected,
+                                   const std::vector<double>& x) {
+            ASSERT_EQ(expected.size(), x.size());
+            for (std::size_t i = 0; i < x.size(); ++i) EXPECT_NEAR(expected[i], x[i], 5e-6) << i;
+        };
+        fs::remove(folder / "x.u.mtx");
+        write("A", mtx("array "s + c.A, ""));
+        const Outcome best = run("svd "s + c.k + " A -o x --compare");
+        EXPECT_EQ(0, best.code);
+        EXPECT_EQ("", best.err);
+        for (const std::string& word : c.words)
+            EXPECT_NE(std::string::npos, best.out.find(word)) << word << "\n" << best.out;
+        expectNear(c.s, numbers("x.s.mtx", "array real general, " + shape(count, 1)));
+        expectNear(c.best, numbers("x.k1.mtx", kind + shape(c.m, c.n)));
+        EXPECT_EQ(0u, files().count("x.u.mtx"));
+
+        // The factors' product.
+        EXPECT_NE(std::string::npos, run("svd A").out.find("values only"));
+        EXPECT_EQ(0, run("svd A -o x").code);
+        const auto s = numbers("x.s.mtx", "array real general, " + shape(count, 1));
+        const auto u = numbers("x.u.mtx", kind + shape(c.m, count));
+        const auto vt = numbers("x.vt.mtx", kind + shape(count, c.n));
+        const auto at = [&](const std::vector<double>& x, int k) {
+            return wide ? Number(x.at(2 * k), x.at(2 * k + 1)) : Number(x.at(k));
+        };
+        std::vector<double> product;
+        for (int j = 0; j < c.n; ++j)
+            for (int i = 0; i < c.m; ++i) {
+                Number sum = 0;
+                for (int l = 0; l < count; ++l)
+                    sum += at(u, l * c.m + i) * s[l] * at(vt, j * count + l);
+                product.push_back(sum.real());
+                if (wide) product.push_back(sum.imag());
+            }
+        write("A.npy", npy("<f4", false, "1,", "aaaa"));  // the factors are of the same format
+        EXPECT_EQ(0, run("svd A.npy -o y").code);
+        EXPECT_EQ(1u, files().count("y.vt.npy"));
+        expectNear(numbers("A", kind + shape(c.m, c.n)), product);
+    }
+}
+
+// An image of full rank is itself; samples in the wrong channel or place would show.
+TEST_F(Command, DecomposesImages) {
+    std::string samples, plain, wide = "\xff\xff"s;
+    for (int k = 0; k < 60; ++k) {
+        const int sample = k * k * 37 % 251 + (k % 7 == 0 ? 4 : 0);
+        samples.push_back(char(sample));
+        plain += std::to_string(sample) + (k % 9 ? " " : " # comment\n");
+        if (k < 11) wide += {char(k * 23), char(k * k)};
+    }
+    const struct {
+        const char* extension;
+        std::string file, raw;  // as it is, as it is written
+        const char* rank;
+    } cases[] = {
+        {"ppm", "P6\n5 4\n255\n" + samples, "", "4"},
+        {"ppm", "P3 4 # x\n5 255\n" + plain, "P6\n4 5\n255\n" + samples, "4"},
+        {"pgm", "P5\n6 10\n255\n" + samples, "", "6"},
+        {"pgm", "P2 60 1 255 " + plain, "P5\n60 1\n255\n" + samples, "1"},
+        {"pgm", "P5\n4 3\n65535\n" + wide, "", "3"},
+        {"pgm", "P2 3 2 12  1 2 3  4 8 12", "P5\n3 2\n12\n\1\2\3\4\10\14", "2"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file.substr(0, 12));
+        write("image", c.file);
+        const Outcome outcome = run("svd image -o x -k "s + c.rank);
+        EXPECT_EQ(0, outcome.code) << outcome.err;
+        EXPECT_NE(std::string::npos, outcome.out.find("0.000  identical")) << outcome.out;
+        const std::string name = "x.k"s + c.rank + "." + c.extension;
+        EXPECT_EQ(c.raw.empty() ? c.file : c.raw, read(folder / name));
+    }
+    // Of rank 1: 255 where the sum of the squares is 2 * 255^2, and a half of it at rank 1.
+    write("image", "P2 2 2 255 255 0 0 255");
+    const Outcome outcome = run("svd image -k 1");
+    EXPECT_NE(std::string::npos, outcome.out.find("7.0711e-01  7.0711e-01")) << outcome.out;
+    EXPECT_NE(std::string::npos, outcome.out.find("127.500    6.0 dB")) << outcome.out;
+}
+
+#ifdef LUMO_HAVE_PNG
+TEST_F(Command, DecomposesThePhotograph) {
+    const std::string photograph = LUMO_DATA "/chelsea.png";
+    const Outcome outcome = run("svd " + photograph + " -k 20,300 -o x");
+    EXPECT_EQ(0, outcome.code) << outcome.err;
+    EXPECT_NE(std::string::npos, outcome.out.find("300 x 451, red, green and blue"));
+    EXPECT_NE(std::string::npos, outcome.out.find("0.000  identical")) << outcome.out;
+    ASSERT_EQ(0, run("svd x.k300.png -k 300 -o y").code);
+    EXPECT_EQ(read(folder / "x.s.mtx"), read(folder / "y.s.mtx"));
+    const std::string data = read(photograph);
+    write("early.png", data.substr(0, data.size() / 2));
+    expectRefusal("svd early.png -k 20 -o z", {"early.png: "});
+    write("other.png", data.substr(0, 99999) + "x" + data.substr(100000));
+    expectRefusal("svd other.png -k 20 -o z", {"other.png: "});
+}
+#endif
+
+TEST_F(Command, RefusesWhatItCannotDecompose) {
+    const std::string refused[][2] = {
+        {"P5\n3 2\n255\nabcde", "ends early"},
+        {"P5\n3 2\n300\nabcdefghijk", "ends early"},
+        {"P5\n2000000000 2000000000\n255\n", "ends early"},
+        {"P2 2 2 255 1 2 3", "ends early"},
+        {"P5\n3 2\n255\nabcdefg", "more than"},
+        {"P2 1 1 255 1 2", "more than"},
+        {"P5\n0 2\n255\n", "no pixels"},
+        {"P5\n-3 2\n255\nabcdef", "the width"},
+        {"P2 1 1 65536 1", "65536"},
+        {"P2 1 1 12 13", "a sample of 13"},
+        {"P2 1 1 12 x", "a sample"},
+        {"P6", "neither"},
+        {"P6\n", "ends early"},
+        {mtx("array real general", "2 2\n1\n0\nnan\n1\n"), "(1, 2) is not finite"},
+        {mtx("array real general", "2 0\n"), "no elements"},
+        {mtx("array real general", "2 2\n3e38\n3e38\n3e38\n3e38\n"), "scaling"},
+    };
+    for (const auto& [file, words] : refused) {
+        SCOPED_TRACE(file);
+        write("A", file);
+        expectRefusal("svd A -k 1 -o x", {"A: ", words});
+    }
+    const std::string good = mtx("array real general", "2 1\n1\n1\n");
+    write("A", good);
+    write("x.k1.mtx", good);
+    fs::create_directory(folder / "y.vt.mtx");
+    expectRefusal("svd A -k 2 -o x", {"A: 2 x 1 has no rank 2"});
+    expectRefusal("svd A -o y", {"y.vt.mtx: ", "not a file"});
+    expectRefusal("svd A -o absent/x", {"absent/x.s.mtx: "});
+    // Found out when the approximation is written already.
+    expectRefusal("svd A -k 1 -o " + std::string(235, 'x'), {".spectrum.png: ", "too long"});
+    expectRefusal("svd x.k1.mtx -k 1 -o x", {"x.k1.mtx: ", "overwrite"});
+    EXPECT_NE(0, run("svd A -k 0").code);
+    EXPECT_EQ(std::string::npos, run("svd A").out.find("scale"));
+    write("A", mtx("array real general", "1 1\n1e13\n"));
+    EXPECT_NE(std::string::npos, run("svd A").out.find("does not scale"));
+}
+
+}  // namespace
+}  // namespace test
