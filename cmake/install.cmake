@@ -11,7 +11,7 @@ if(LUMO_HAVE_CUDA)
     set_target_properties(lumo-cuda PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
     install(TARGETS lumo-cuda LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT cuda)
 endif()
-install(FILES include/lumo.h include/lumo_memory.h
+install(FILES ${LUMO_HEADERS}
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
 set(LUMO_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Lumo)

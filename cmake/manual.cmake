@@ -6,14 +6,13 @@ if(NOT Python_Interpreter_FOUND)
     message(STATUS "Reference manual: not made, no Python")
     return()
 endif()
-set(headers ${PROJECT_SOURCE_DIR}/include/lumo.h ${PROJECT_SOURCE_DIR}/include/lumo_memory.h)
 set(LUMO_LIBRARY_PAGE ${PROJECT_BINARY_DIR}/lumo.3)
 set(browser_page ${PROJECT_BINARY_DIR}/lumo.html)
 function(lumo_reference form output)
     add_custom_command(OUTPUT ${output}
         COMMAND ${Python_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tools/reference.py
-            ${form} ${PROJECT_VERSION} ${output} ${headers}
-        DEPENDS tools/reference.py ${headers}
+            ${form} ${PROJECT_VERSION} ${output} ${LUMO_HEADERS}
+        DEPENDS tools/reference.py ${LUMO_HEADERS}
         VERBATIM)
 endfunction()
 lumo_reference(man ${LUMO_LIBRARY_PAGE})

@@ -16,8 +16,8 @@
 extern "C" {
 #endif
 
-/* Allocates device memory, aligned for every type; *pointer is null for 0 bytes or on failure.
- * Status 7, info -1: null pointer. Status 5: not so much memory. */
+/* Allocates device memory, aligned for every type; *pointer is null for 0 bytes or on failure of
+ * any kind. Status 7, info -1: null pointer. Status 5: not so much memory. */
 LUMO_API lumoStatus lumoDeviceMalloc(void** pointer, size_t bytes);
 
 /* Frees what lumoDeviceMalloc gave; null is allowed. Status 10, info 17: no such block. */
@@ -27,7 +27,8 @@ LUMO_API lumoStatus lumoDeviceFree(void* pointer);
  * bytes; leading dimensions count elements.
  *
  * Status 7, info -1: rows < 0; -2: columns < 0; -3: elementSize is 0; -5, -7: a leading dimension
- * below max(1, rows); -4, -6: null while rows, columns > 0. */
+ * below max(1, rows); and while rows, columns > 0 -4, -6: null; -3: elements so large that a
+ * matrix would not fit the address space. */
 LUMO_API lumoStatus lumoDeviceSetMatrix(int rows, int columns, size_t elementSize, const void* host,
                                         int ldhost, void* device, int lddevice);
 LUMO_API lumoStatus lumoDeviceGetMatrix(int rows, int columns, size_t elementSize,

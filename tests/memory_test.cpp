@@ -407,10 +407,15 @@ TEST_F(MemoryTest, Exports) {
         void* to;
         int ldto, info;
     } cases[] = {
-        {-1, -1, 0, nullptr, 0, nullptr, 0, -1}, {1, -1, 0, nullptr, 0, nullptr, 0, -2},
-        {1, 1, 0, nullptr, 0, nullptr, 0, -3},   {2, 1, 4, nullptr, 1, nullptr, 0, -5},
-        {2, 1, 4, nullptr, 2, nullptr, 1, -7},   {1, 1, 4, nullptr, 1, nullptr, 1, -4},
-        {1, 1, 4, &a, 1, nullptr, 1, -6},        {0, 1, 4, nullptr, 1, nullptr, 1, 0},
+        {-1, -1, 0, nullptr, 0, nullptr, 0, -1},
+        {1, -1, 0, nullptr, 0, nullptr, 0, -2},
+        {1, 1, 0, nullptr, 0, nullptr, 0, -3},
+        {2, 1, 4, nullptr, 1, nullptr, 0, -5},
+        {2, 1, 4, nullptr, 2, nullptr, 1, -7},
+        {1, 1, 4, nullptr, 1, nullptr, 1, -4},
+        {1, 1, 4, &a, 1, nullptr, 1, -6},
+        {0, 1, 4, nullptr, 1, nullptr, 1, 0},
+        {1, 2, ~std::size_t(0) / 4 + 1, &a, 4, &back, 1, -3},
     };
     for (const auto& c : cases)
         for (auto copy : {lumoDeviceSetMatrix, lumoDeviceGetMatrix}) {
@@ -427,6 +432,10 @@ TEST_F(MemoryTest, Exports) {
     EXPECT_EQ(lumoRuntimeError, lumoDeviceMalloc(&p, 8));
     EXPECT_EQ(nullptr, p);
     EXPECT_EQ(lumoNoError, lumoDeviceFree(nullptr));
+    p = &back;
+    lumoShutdown();
+    EXPECT_EQ(lumoNotInitialized, lumoDeviceMalloc(&p, 8));
+    EXPECT_EQ(nullptr, p);
 }
 
 }  // namespace

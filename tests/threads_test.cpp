@@ -5,6 +5,7 @@
 #include <cmath>
 #include <thread>
 
+#include "lumo_thread.h"
 #include "runtime/frame.h"
 #include "support/machine.h"
 #include "support/matrix.h"
@@ -83,6 +84,37 @@ TEST_P(ThreadsTest, SharedState) {
         });
     for (auto& thread : threads) thread.join();
     EXPECT_FALSE(lumo::initialized());
+}
+
+// The shared words are the last writer's; a thread's own are those of its last call, and so is the
+// info that a call brings out of its body.
+TEST_P(ThreadsTest, EachItsOwnInfo) {
+    ASSERT_EQ(lumoNoError, lumoInitialize());
+    std::vector<std::thread> threads;
+    for (int t = 1; t <= 4; ++t)
+        threads.emplace_back([=] {
+            EXPECT_EQ(lumoNoError, lumoGetThreadStatus());
+            for (int k = 0; k < 2000; ++k) {
+                const int sizes[] = {t == 1 ? -1 : 1, t == 2 ? -1 : 1};
+                float x[16] = {1};
+                int pivots[4];
+                if (t < 3) {
+                    EXPECT_EQ(lumoArgumentError, lumoSgetrf(sizes[0], sizes[1], x, 1, pivots));
+                    EXPECT_EQ(-t, lumoGetThreadErrorInfo());
+                } else {  // singular from column t - 1 on
+                    for (int i = 0; i < t - 2; ++i) x[5 * i] = 1;
+                    EXPECT_EQ(lumoDataError, lumoSgetrf(4, 4, x, 4, pivots));
+                    EXPECT_EQ(t - 1, lumoGetThreadErrorInfo());
+                }
+                EXPECT_EQ(t < 3 ? lumoArgumentError : lumoDataError, lumoGetThreadStatus());
+            }
+        });
+    for (auto& thread : threads) thread.join();
+    lumoShutdown();
+    EXPECT_EQ(lumoNoError, lumoGetThreadStatus()) << "shutdown returns none";
+    EXPECT_EQ(lumoNotInitialized, lumoSgetrf(1, 1, nullptr, 1, nullptr));
+    EXPECT_EQ(lumoNotInitialized, lumoGetThreadStatus());
+    EXPECT_EQ(0, lumoGetThreadErrorInfo());
 }
 
 INSTANTIATE_TEST_SUITE_P(, ThreadsTest,

@@ -16,13 +16,21 @@ struct Extent {
     unsigned rows, columns;
 };
 
+// Whether a * b * c * ... fits size_t, where it is stored.
+template <class... Factors>
+bool multiply(std::size_t& product, Factors... factors) {
+    product = 1;
+    bool overflow = false;
+    ((overflow |= __builtin_mul_overflow(product, std::size_t(factors), &product)), ...);
+    return !overflow;
+}
+
 // a * b * c * ... ; a product beyond size_t is memory that no machine has.
 template <class... Factors>
 std::size_t checkedProduct(Factors... factors) {
-    std::size_t product = 1;
-    bool overflow = false;
-    ((overflow |= __builtin_mul_overflow(product, std::size_t(factors), &product)), ...);
-    if (overflow) throw CudaMemoryException("allocation beyond the address space");
+    std::size_t product;
+    if (!multiply(product, factors...))
+        throw CudaMemoryException("allocation beyond the address space");
     return product;
 }
 

@@ -28,6 +28,9 @@ lumoStatus copyMatrix(const MatrixCopy& c, cudaMemcpyKind kind) {
         if (c.rows == 0 || c.columns == 0) return;
         if (!c.from) lumo::throwArgumentError(-4);
         if (!c.to) lumo::throwArgumentError(-6);
+        std::size_t whole;
+        if (!cudalib::multiply(whole, std::max(c.ldfrom, c.ldto), c.columns, c.elementSize))
+            lumo::throwArgumentError(-3);
         auto bytes = [&](int elements) { return std::size_t(elements) * c.elementSize; };
         cudalib::checkCudaError(cudalib::copy2D(c.to, bytes(c.ldto), c.from, bytes(c.ldfrom),
                                                 bytes(c.rows), std::size_t(c.columns), kind));
@@ -38,9 +41,9 @@ lumoStatus copyMatrix(const MatrixCopy& c, cudaMemcpyKind kind) {
 
 lumoStatus lumoDeviceMalloc(void** pointer, size_t bytes) {
     void* block = nullptr;
+    if (pointer) *pointer = nullptr;
     const lumoStatus status = lumo::initializedFrame([&] {
         if (!pointer) lumo::throwArgumentError(-1);
-        *pointer = nullptr;
         cudalib::allocateOrThrow([&] { return cudaMalloc(&block, bytes); });
     });
     // The check that follows may find a failure of something earlier.

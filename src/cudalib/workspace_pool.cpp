@@ -1,8 +1,10 @@
 #include "cudalib/workspace_pool.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -33,11 +35,14 @@ Pools& pools() {
     return *instance;
 }
 
+bool isIdle(const Held& held) {
+    return !held.inUse;
+}
+
 // Moves idle blocks from a pool to `out`, which frees them when the lock is no longer held.
 void takeIdle(std::vector<Held>& pool, std::vector<Held>& out) {
-    auto idle = std::stable_partition(pool.begin(), pool.end(),
-                                      [](const Held& held) { return held.inUse; });
-    std::move(idle, pool.end(), std::back_inserter(out));
+    auto idle = std::partition(pool.begin(), pool.end(), std::not_fn(isIdle));
+    out.insert(out.end(), idle, pool.end());
     pool.erase(idle, pool.end());
 }
 
@@ -72,28 +77,25 @@ void* WorkspacePool::acquire(std::size_t bytes) {
     return block.data();
 }
 
+// Destructors call this: it must do without host memory.
 void WorkspacePool::release(void* buffer) {
     if (!buffer) return;
-    std::vector<Held> dropped;
+    std::optional<Held> dropped;  // freed when the lock is no longer held
     std::lock_guard<std::mutex> lock(pools().mutex);
     auto pool = pools().ofThread.find(lumo::threadId());
     if (pool == pools().ofThread.end()) throw std::runtime_error("MemoryPool: empty");
+    std::vector<Held>& all = pool->second;
     auto isIt = [&](const Held& h) { return h.inUse && h.block.data() == buffer; };
-    auto held = std::find_if(pool->second.begin(), pool->second.end(), isIt);
-    if (held == pool->second.end()) throw std::runtime_error("MemoryPool: empty");
+    auto held = std::find_if(all.begin(), all.end(), isIt);
+    if (held == all.end()) throw std::runtime_error("MemoryPool: empty");
     held->inUse = false;
 
-    auto idle = [](const Held& h) { return !h.inUse; };
-    while (std::size_t(std::count_if(pool->second.begin(), pool->second.end(), idle)) >
-           heldAtMost) {
-        auto smallest = std::min_element(pool->second.begin(), pool->second.end(),
-                                         [](const Held& a, const Held& b) {
-                                             return std::make_pair(a.inUse, a.block.bytes()) <
-                                                    std::make_pair(b.inUse, b.block.bytes());
-                                         });
-        dropped.push_back(*smallest);
-        pool->second.erase(smallest);
-    }
+    if (std::size_t(std::count_if(all.begin(), all.end(), isIdle)) <= heldAtMost) return;
+    auto smallest = std::min_element(all.begin(), all.end(), [](const Held& a, const Held& b) {
+        return std::make_pair(a.inUse, a.block.bytes()) < std::make_pair(b.inUse, b.block.bytes());
+    });
+    dropped = std::move(*smallest);
+    all.erase(smallest);
 }
 
 void WorkspacePool::releaseIdleOfThisThread() {

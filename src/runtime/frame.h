@@ -44,8 +44,7 @@ lumoStatus queryFrame(Body&& body) noexcept {
 template <class Body>
 lumoStatus initializedFrame(Body&& body) noexcept {
     if (initialized()) return queryFrame(std::forward<Body>(body));
-    setLastStatus(lumoNotInitialized);
-    return lumoNotInitialized;
+    return refuse(lumoNotInitialized);
 }
 
 struct CallHooks {
@@ -58,14 +57,9 @@ constexpr CallHooks deviceCall{HookPoint::deviceCallBegin, HookPoint::deviceCall
 // followed by the check of the device's errors; one that returns a status has made that check.
 template <class T, class Body>
 lumoStatus computeFrame(const CallHooks& hooks, Body&& body) noexcept {
-    if (!initialized()) {
-        setLastStatus(lumoNotInitialized);
-        return lumoNotInitialized;
-    }
-    if (std::is_same_v<RealOf<T>, double> && !doublePrecision()) {
-        setLastStatus(lumoInsufficientComputeCapability);
-        return lumoInsufficientComputeCapability;
-    }
+    if (!initialized()) return refuse(lumoNotInitialized);
+    if (std::is_same_v<RealOf<T>, double> && !doublePrecision())
+        return refuse(lumoInsufficientComputeCapability);
     setInfo(0);
     lumoStatus result = lumoNoError;
     lumoStatus status = guarded([&] {
@@ -80,7 +74,7 @@ lumoStatus computeFrame(const CallHooks& hooks, Body&& body) noexcept {
     if (status == lumoNoError) status = result;
     // The end hook runs in any case. Its own failure counts unless the call has failed before;
     // calls that a hook makes of its own leave no trace in this one's info.
-    const int infoOfCall = status == lumoNoError ? 0 : info();
+    const int infoOfCall = status == lumoNoError ? 0 : threadInfo();
     const lumoStatus hookStatus = guarded([&] { runHook(hooks.end); });
     if (status == lumoNoError && hookStatus != lumoNoError)
         status = hookStatus;

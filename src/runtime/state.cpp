@@ -13,6 +13,10 @@ namespace {
 std::atomic<int> theStatus{lumoNoError};
 std::atomic<int> theInfo{0};
 
+// The same two as this thread alone knows them.
+thread_local lumoStatus statusOfThread = lumoNoError;
+thread_local int infoOfThread = 0;
+
 std::atomic<bool> isInitialized{false};
 std::atomic<bool> hasDoublePrecision{false};
 std::atomic<int> capability{-1};
@@ -25,6 +29,7 @@ lumoStatus lastStatus() {
 
 void setLastStatus(lumoStatus status) {
     theStatus.store(status, std::memory_order_relaxed);
+    statusOfThread = status;
 }
 
 int info() {
@@ -33,6 +38,21 @@ int info() {
 
 void setInfo(int info) {
     theInfo.store(info, std::memory_order_relaxed);
+    infoOfThread = info;
+}
+
+lumoStatus threadStatus() {
+    return statusOfThread;
+}
+
+int threadInfo() {
+    return infoOfThread;
+}
+
+lumoStatus refuse(lumoStatus status) {
+    setLastStatus(status);
+    infoOfThread = 0;
+    return status;
 }
 
 bool initialized() {

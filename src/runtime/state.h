@@ -7,9 +7,16 @@ namespace lumo {
 
 // The last status and its info. Shared by all threads, the last writer wins.
 lumoStatus lastStatus();
-void setLastStatus(lumoStatus status);
 int info();
+// The calling thread's own last status and info, which nobody else overwrites.
+lumoStatus threadStatus();
+int threadInfo();
+// Store both.
+void setLastStatus(lumoStatus status);
 void setInfo(int info);
+// Stores and returns the status of a call that did not come to its body. The shared info stays as
+// it was.
+lumoStatus refuse(lumoStatus status);
 
 // Whether the device and CUBLAS are ready. The other two are written just before it is set and
 // keep their values after a shutdown.

@@ -1,7 +1,10 @@
-// lumoGetLastStatus, lumoGetErrorInfo, lumoGetStatusString, lumoGetErrorInfoString.
+// lumoGetLastStatus, lumoGetErrorInfo, lumoGetStatusString, lumoGetErrorInfoString; and the words
+// of this thread, lumoGetThreadStatus, lumoGetThreadErrorInfo; and lumoGetVersion.
 #include <cstdio>
 #include <cstdlib>
 
+#include "lumo_thread.h"
+#include "lumo_version.h"
 #include "runtime/frame.h"
 
 namespace {
@@ -84,6 +87,18 @@ lumoStatus lumoGetLastStatus() {
 
 int lumoGetErrorInfo() {
     return lumo::info();
+}
+
+lumoStatus lumoGetThreadStatus() {
+    return lumo::threadStatus();
+}
+
+int lumoGetThreadErrorInfo() {
+    return lumo::threadInfo();
+}
+
+int lumoGetVersion() {
+    return LUMO_VERSION;
 }
 
 const char* lumoGetStatusString(lumoStatus status) {
