@@ -18,12 +18,6 @@ namespace software {
 // Whether CUBLAS has been started.
 inline std::atomic<bool> blasReady{false};
 
-// A scalar of any element type, by value.
-struct Scalar {
-    alignas(16) unsigned char bytes[16];
-    Scalar(const void* value, std::size_t size) { std::memcpy(bytes, value, size); }
-};
-
 inline std::size_t realSize(char type) {
     return platform::isDouble(type) ? 8 : 4;
 }
@@ -31,48 +25,64 @@ inline std::size_t elementSize(char type) {
     return realSize(type) * (platform::isComplex(type) ? 2 : 1);
 }
 
-// The beta of gemv and the rank updates. If it is not a number neither is the result, but a CPU
-// BLAS may scale by it as if by zero. So it goes into the result ahead of the call, and beta
-// becomes 1.
-class Beta {
-  public:
-    Beta(const void* value, char type, std::size_t size)
-        : value_(value, size), elementSize_(elementSize(type)) {
-        const double oneDouble = 1;
-        const float oneFloat = 1;
-        for (std::size_t at = 0; at < size; at += realSize(type))
-            nan_ = nan_ || (platform::isDouble(type) ? isNan<double>(at) : isNan<float>(at));
-        if (!nan_) return;
-        std::memset(value_.bytes, 0, sizeof value_.bytes);
-        if (platform::isDouble(type))
-            std::memcpy(value_.bytes, &oneDouble, sizeof oneDouble);
-        else
-            std::memcpy(value_.bytes, &oneFloat, sizeof oneFloat);
+// A scalar of any element type, or a real one for complex elements, by value.
+struct Scalar {
+    alignas(16) unsigned char bytes[16] = {};
+    Scalar() = default;  // zero, in any type
+    Scalar(const void* value, std::size_t size) { std::memcpy(bytes, value, size); }
+
+    bool isNan(char type) const {
+        return any(type, [](double part) { return part != part; });
+    }
+    bool isZero(char type) const {
+        return !any(type, [](double part) { return part != 0; });
     }
 
-    // What to hand to the routine that is about to write this triangle (or all, uplo "A") of c.
-    const void* over(char uplo, int m, int n, void* c, std::size_t ld) const {
-        for (int j = 0; nan_ && j < n; ++j) {
+  private:
+    // Whether a part is so; behind the last one there are zeros.
+    template <class Predicate>
+    bool any(char type, Predicate is) const {
+        float singles[4];
+        double doubles[2];
+        std::memcpy(singles, bytes, sizeof singles);
+        std::memcpy(doubles, bytes, sizeof doubles);
+        return platform::isDouble(type) ? is(doubles[0]) || is(doubles[1])
+                                        : is(double(singles[0])) || is(double(singles[1]));
+    }
+};
+
+// The scalars of C := alpha (a product of extent k) + beta C, and what a CPU BLAS may get wrong of
+// them. If one that counts is not a number neither is any element of the result, but a BLAS may
+// scale by it as if by zero. And without a product, alpha or k being zero, its operands, and alpha,
+// are not to be read, but kernels for small matrices read them.
+class Update {
+  public:
+    Update(char type, const Scalar& alphaOfCall, const Scalar& betaOfCall, int extent = 1)
+        : alpha(alphaOfCall), beta(betaOfCall), k(alphaOfCall.isZero(type) ? 0 : extent) {
+        if (k == 0) alpha = Scalar();
+        elementSize_ = elementSize(type);
+        nan_ = alpha.isNan(type) || beta.isNan(type);
+    }
+
+    // Runs the routine that writes this triangle (or all, uplo "A") of the m x n matrix c.
+    template <class Routine>
+    void apply(char uplo, int m, int n, void* c, std::size_t ld, Routine routine) const {
+        if (!nan_) return routine();
+        for (int j = 0; j < n; ++j) {
             const std::size_t begin = platform::oneOf(uplo, "L") ? j : 0;
             const std::size_t end = platform::oneOf(uplo, "U") ? j + 1 : m;
             constexpr int nan = 0xFF;  // in every byte
             std::memset(static_cast<char*>(c) + (j * ld + begin) * elementSize_, nan,
                         (end - begin) * elementSize_);
         }
-        return value_.bytes;
     }
+
+    Scalar alpha, beta;
+    int k;
 
   private:
-    template <class Real>
-    bool isNan(std::size_t at) const {
-        Real part;
-        std::memcpy(&part, value_.bytes + at, sizeof part);
-        return part != part;
-    }
-
-    Scalar value_;
     std::size_t elementSize_;
-    bool nan_ = false;
+    bool nan_;
 };
 
 // The bytes behind an operand, null if they are not all memory of the device.

@@ -48,13 +48,14 @@ void rot(char type, int n, void* x, int incx, void* y, int incy, const void* c, 
 
 void symv(char type, char uplo, int n, const void* alpha, const void* a, int lda, const void* x,
           int incx, const void* beta, void* y, int incy) {
-    const Scalar by(alpha, elementSize(type));
-    const Beta to(beta, type, elementSize(type));
+    const Update by(type, {alpha, elementSize(type)}, {beta, elementSize(type)});
     blasCall(
         type, "symv", platform::symvOperands(uplo, n, a, lda, x, incx, y, incy),
         [=](auto routines, auto at) {
-            routines.symv(uplo, n, by.bytes, at[0], lda, at[1], incx,
-                          to.over('A', 1, n, at[2], std::labs(incy)), at[2], incy);
+            by.apply('A', 1, n, at[2], std::labs(incy), [&] {
+                routines.symv(uplo, n, by.alpha.bytes, at[0], lda, at[1], incx, by.beta.bytes,
+                              at[2], incy);
+            });
         },
         uplo, n, a, lda, x, incx, y, incy);
 }
@@ -71,15 +72,16 @@ void trmv(char type, char uplo, char trans, char diag, int n, const void* a, int
 
 void gemv(char type, char trans, int m, int n, const void* alpha, const void* a, int lda,
           const void* x, int incx, const void* beta, void* y, int incy) {
-    const Scalar by(alpha, elementSize(type));
-    const Beta to(beta, type, elementSize(type));
+    const Update by(type, {alpha, elementSize(type)}, {beta, elementSize(type)});
     const int lengthY = platform::oneOf(trans, "N") ? m : n;
     blasCall(
         type, "gemv", platform::gemvOperands(trans, m, n, a, lda, x, incx, y, incy),
         [=](auto routines, auto at) {
             if (m == 0 || n == 0) return;
-            routines.gemv(trans, m, n, by.bytes, at[0], lda, at[1], incx,
-                          to.over('A', 1, lengthY, at[2], std::labs(incy)), at[2], incy);
+            by.apply('A', 1, lengthY, at[2], std::labs(incy), [&] {
+                routines.gemv(trans, m, n, by.alpha.bytes, at[0], lda, at[1], incx, by.beta.bytes,
+                              at[2], incy);
+            });
         },
         trans, m, n, a, lda, x, incx, y, incy);
 }
