@@ -1,5 +1,6 @@
 // Legacy CUBLAS over the CPU BLAS: its state, and the routines on matrices.
 #include "platform/software/blas_call.h"
+#include "platform/software/triangular_solve.h"
 
 namespace software {
 
@@ -119,6 +120,16 @@ void trmm(char type, char side, char uplo, char transa, char diag, int m, int n,
         side, uplo, transa, diag, m, n, a, lda, b, ldb);
 }
 
+template <class T>
+void solveTriangular(blas::Routines<T>, char side, char uplo, char transa, char diag, int m, int n,
+                     const Scalar& alpha, const void* a, int lda, void* b, int ldb) {
+    T by;
+    std::memcpy(&by, alpha.bytes, sizeof by);
+    TriangularSolve<T>{
+        side, uplo, transa, diag, m, n, by, static_cast<const T*>(a), lda, static_cast<T*>(b), ldb}
+        .run();
+}
+
 void trsm(char type, char side, char uplo, char transa, char diag, int m, int n, const void* alpha,
           const void* a, int lda, void* b, int ldb) {
     const Update by(type, {alpha, elementSize(type)}, {});
@@ -126,8 +137,8 @@ void trsm(char type, char side, char uplo, char transa, char diag, int m, int n,
         type, "trsm", platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
         [=](auto routines, auto at) {
             by.apply('A', m, n, at[1], ldb, [&] {
-                routines.trsm(side, uplo, transa, diag, m, n, by.alpha.bytes, at[0], lda, at[1],
-                              ldb);
+                solveTriangular(routines, side, uplo, transa, diag, m, n, by.alpha, at[0], lda,
+                                at[1], ldb);
             });
         },
         side, uplo, transa, diag, m, n, a, lda, b, ldb);

@@ -239,6 +239,42 @@ TEST_F(BlasPaths, CTravelsUpWhereItCounts) {
     expectTransfers<ComplexD>();
 }
 
+// The reciprocal of a subnormal pivot may be infinite, where the quotient is not.
+template <class T>
+void expectTinyPivotsToDivide() {
+    const double tiny = 3 * std::numeric_limits<RealOf<T>>::denorm_min() / epsilon<T> / 16;
+    const auto trsm = operation<T>("trsm");
+    for (const char* letters : {"LUNN", "LLNN", "LUTN", "LLCN", "RUNN", "RLNN", "RUCN", "RLTN"})
+        for (int order : {1, 5}) {
+            SCOPED_TRACE(letters);
+            auto a = Matrix<T>::random(order, order, order + 1, 1);
+            const int at = order / 2;
+            for (int i = 0; i < order; ++i) {
+                a(i, i) = a(i, i) + T(2);
+                a(i, at) = a(at, i) = i == at ? scalar<T>(tiny, -tiny / 2) : T(0);
+            }
+            const bool left = letters[0] == 'L';
+            const WideMatrix x(Matrix<T>::random(left ? order : 3, left ? 3 : order, 0, 2));
+            const auto opA = op(letters[2], triangular(letters[1], 'N', WideMatrix(a)));
+            const WideMatrix product = left ? opA * x : x * opA;
+            Matrix<T> b(x.m, x.n);
+            for (std::size_t i = 0; i < b.data.size(); ++i)
+                b.data[i] = scalar<T>(product.data[i].real(), product.data[i].imag());
+            EXPECT_EQ(lumoNoError,
+                      trsm.call(inHost, {letters, b.m, b.n, 0, T(1), a.data.data(), a.ld, nullptr,
+                                         0, T(0), b.data.data(), b.ld}));
+            for (std::size_t i = 0; i < b.data.size(); ++i)
+                EXPECT_NEAR(0, std::abs(wide(b.data[i]) - x.data[i]), 1e-4);
+        }
+}
+
+TEST_F(BlasPaths, SubnormalPivotsDivide) {
+    expectTinyPivotsToDivide<float>();
+    expectTinyPivotsToDivide<double>();
+    expectTinyPivotsToDivide<ComplexF>();
+    expectTinyPivotsToDivide<ComplexD>();
+}
+
 // A call that is refused, or has nothing to do, allocates nothing and reads nothing.
 TEST_F(BlasPaths, NoMemoryForNothing) {
     float x[9] = {};
