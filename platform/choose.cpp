@@ -24,10 +24,11 @@ namespace {
 struct Decision {
     const Table* table;
     std::string reason;
+    bool available = true;
 };
 
 Decision unavailable(std::string reason) {
-    return {&unavailableTable(), std::move(reason)};
+    return {&unavailableTable(), std::move(reason), false};
 }
 
 // Cheap to ask (0.1 ms), where loading CUBLAS takes up to 0.6 s.
@@ -40,7 +41,8 @@ bool driverPresent() {
 // Beside this library; or, for a program that has the library built in, where the program's
 // libraries are installed.
 std::filesystem::path pluginPath() {
-    if (const char* file = std::getenv("LUMO_CUDA_PLUGIN")) return file;
+    // What a program with raised rights loads is not its caller's to say.
+    if (const char* file = secure_getenv("LUMO_CUDA_PLUGIN")) return file;
     std::filesystem::path name = "liblumo-cuda.so";
     Dl_info self;
     if (!dladdr(reinterpret_cast<const void*>(&pluginPath), &self) || !self.dli_fname) return name;
@@ -109,7 +111,7 @@ const Choice& choice() {
         if (profile && *profile && *profile != '0') made->table = &profiled(*made->table);
         return made;
     }();
-    static const Choice chosen{decision->table, decision->reason.c_str()};
+    static const Choice chosen{decision->table, decision->reason.c_str(), decision->available};
     return chosen;
 }
 

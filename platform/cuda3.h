@@ -225,6 +225,7 @@ bool isDevicePointer(const void* pointer);
 struct Choice {
     const Table* table;
     const char* reason;
+    bool available;  // or the reason is why nothing can run
 };
 const Choice& choice();
 

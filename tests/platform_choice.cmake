@@ -46,7 +46,7 @@ lumo_platform_test(cuda_no_driver NO_DRIVER "^.none. .*no NVIDIA driver. ${refus
     LUMO_PLATFORM=cuda)
 lumo_platform_test(cuda_no_plugin DRIVER "^.none. .*not installed .* ${refused}"
     LUMO_PLATFORM=cuda LUMO_CUDA_PLUGIN=${CMAKE_CURRENT_BINARY_DIR}/nothing.so)
-lumo_platform_test(unknown DRIVER "^.none. .LUMO_PLATFORM=gpu names no platform.*${refused}"
+lumo_platform_test(unknown DRIVER "^.none. .LUMO_PLATFORM=gpu names no platform.*${refused}\nCUDA Error: .* version: LUMO_PLATFORM=gpu names.* .see .*supported: LUMO_PLATFORM=gpu names no platform"
     LUMO_PLATFORM=gpu)
 lumo_platform_test(other_version DRIVER "^.none. .*built for another version.*${refused}"
     FAKE_TABLE_VERSION=0)

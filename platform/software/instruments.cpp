@@ -1,5 +1,8 @@
 #include "platform/software/instruments.h"
 
+#include <fcntl.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,13 +26,21 @@ struct Instruments {
     std::FILE* log = nullptr;  // LUMO_TRACE
 
     Instruments() {
-        const char* path = std::getenv("LUMO_TRACE");
+        const char* path = secure_getenv("LUMO_TRACE");
         if (!path || !*path) return;
-        log = std::strcmp(path, "-") == 0 ? stderr : std::fopen(path, "w");
+        log = std::strcmp(path, "-") == 0 ? stderr : create(path);
         if (log)
             std::setvbuf(log, nullptr, _IOLBF, BUFSIZ);
         else
-            std::fprintf(stderr, "lumo: cannot write the trace to %s\n", path);
+            std::fprintf(stderr, "lumo: cannot write the trace to %s: %s\n", path,
+                         std::strerror(errno));
+    }
+
+    // Follows no link: in a folder that others write to, one may lie in wait.
+    static std::FILE* create(const char* path) {
+        constexpr int mode = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
+        const int file = open(path, mode, 0666);
+        return file < 0 ? nullptr : fdopen(file, "w");
     }
 
     void update() { instrumented = tracing || faultSet || log; }

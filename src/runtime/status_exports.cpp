@@ -2,6 +2,7 @@
 // of this thread, lumoGetThreadStatus, lumoGetThreadErrorInfo; and lumoGetVersion.
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "lumo_thread.h"
 #include "lumo_version.h"
@@ -52,6 +53,12 @@ const char* cublasText(unsigned status) {
     }
 }
 
+// Where the platform that was asked for cannot run: why, to follow the text that CUDA has for it.
+std::string whyUnavailable() {
+    const platform::Choice& choice = platform::choice();
+    return choice.available ? "" : std::string(": ") + choice.reason;
+}
+
 void describe(lumoStatus status, unsigned info, char* buffer, std::size_t size) {
     switch (status) {
         case lumoArgumentError:
@@ -70,8 +77,13 @@ void describe(lumoStatus status, unsigned info, char* buffer, std::size_t size) 
             std::snprintf(buffer, size, "CUBLAS error: %s", cublasText(info));
             break;
         case lumoRuntimeError:
-            std::snprintf(buffer, size, "CUDA Error: %s (see Programmer's Guide)",
-                          cudaGetErrorString(cudaError_t(info)));
+            std::snprintf(buffer, size, "CUDA Error: %s%s (see Programmer's Guide)",
+                          cudaGetErrorString(cudaError_t(info)),
+                          info == cudaErrorInsufficientDriver ? whyUnavailable().c_str() : "");
+            break;
+        case lumoInsufficientRuntime:
+            std::snprintf(buffer, size, "%s%s", lumoGetStatusString(status),
+                          whyUnavailable().c_str());
             break;
         default:
             std::snprintf(buffer, size, "%s", lumoGetStatusString(status));
