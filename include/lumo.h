@@ -32,7 +32,8 @@
 extern "C" {
 #endif
 
-/* The outcome of a call. `info`, read by lumoGetErrorInfo, says more about some of them. */
+/* The outcome of a call. `info`, read by lumoGetErrorInfo, says more about some of them; it is 0 for
+ * 0, 2, 3, 5 and 6, and left as it was by 1 and 4. */
 typedef enum lumoStatus LUMO_ANY_INT {
     lumoNoError = 0,
     lumoNotInitialized = 1,
@@ -73,7 +74,8 @@ LUMO_API void lumoFreeBuffers(void);
 
 /* ---- What happened ----------------------------------------------------------------------- */
 
-/* The last status and its info, as the most recent call of any thread stored them. */
+/* The last status and its info, as the most recent call of any thread stored them. Those of the
+ * calling thread alone are in lumo_thread.h. */
 LUMO_API lumoStatus lumoGetLastStatus(void);
 LUMO_API int lumoGetErrorInfo(void);
 
@@ -81,17 +83,21 @@ LUMO_API int lumoGetErrorInfo(void);
 LUMO_API const char* lumoGetStatusString(lumoStatus status);
 
 /* Writes what `status` and `info` mean together to buffer[0 .. bufferSize-1], cut to fit and
- * always terminated. Status 7, info -1: no such status; -3: null buffer; -4: bufferSize < 1. */
+ * always terminated. It is a call like any other: the last status and info are its own afterwards,
+ * so read the info first. Status 7, info -1: no such status; -3: null buffer; -4: bufferSize < 1. */
 LUMO_API lumoStatus lumoGetErrorInfoString(lumoStatus status, int info, char* buffer,
                                            int bufferSize);
 
 /* ---- Devices ----------------------------------------------------------------------------- */
 
+/* Those that need no initialisation return status 10, info 35, where CUDA was asked for and cannot
+ * run (lumoInitialize: status 3), and report errors of the device left over from earlier calls. */
+
 /* The number of usable devices, 0 without error where there is none. Status 7, info -1: null. */
 LUMO_API lumoStatus lumoGetDeviceCount(int* count);
 
 /* Chooses the device to run on, before lumoInitialize. Status 7, info -1: no such device.
- * Status 10, info 36: a device is already active in this process. */
+ * Status 10, info 36: a device is already active in this process, be it the same one. */
 LUMO_API lumoStatus lumoSelectDevice(int device);
 
 /* The device in use. Status 1 before lumoInitialize; status 7, info -1: null. */
@@ -114,7 +120,12 @@ LUMO_API lumoStatus lumoGetDeviceInfo(int device, char* buffer, int bufferSize);
  * each other: some take a leading dimension of 0 for a matrix without rows, some want 1. Null
  * operands are fine where the sizes leave nothing to do, and status 10, info 11, where only C is
  * left to scale and is null. Status 9: CUBLAS failed, its status in info. The host functions leave
- * the result as it was if an argument is bad or the device has no memory (status 5). */
+ * the result as it was if an argument is bad or the device has no memory (status 5).
+ *
+ * A large product may be several of CUBLAS's. If one of these fails (status 9 or 10), a result that
+ * is also read is left partly updated, in host memory, too; the host functions leave one that is
+ * only written as it was. Of all host functions of this header: if copying a result back fails when
+ * the work has succeeded, the call returns 0 nevertheless, and the result is not written. */
 
 /* C = alpha op(A) op(B) + beta C, C m x n, op(A) m x k, op(B) k x n. With beta = 0 C is not read,
  * and a host C not copied to the device.
@@ -150,7 +161,8 @@ LUMO_API lumoStatus lumoDeviceZgemm(char transa, char transb, int m, int n, int 
                                     const lumoDoubleComplex* b, int ldb, lumoDoubleComplex beta,
                                     lumoDoubleComplex* c, int ldc);
 
-/* y = alpha op(A) x + beta y, A m x n. Increments may be negative, as in BLAS: the first element is
+/* y = alpha op(A) x + beta y, A m x n. If m or n is 0, y is left as it is, whatever beta, as in the
+ * reference BLAS. Increments may be negative, as in BLAS: the first element is
  * then the last in memory. With an increment of 0 CUBLAS refuses: status 9, info 7.
  *
  * Status 7, info -1: trans; -2, -3: m, n < 0; -5: null a; -6: lda < max(1, m); -7, -10: null x, y,
@@ -371,7 +383,8 @@ LUMO_API lumoStatus lumoDeviceCgetrf(int m, int n, lumoFloatComplex* a, int lda,
  *
  * Status 7, info -1: n < 0; -2: nrhs < 0; -4: lda < max(1, n); -7: ldb < max(1, n);
  * -3, -5, -6: null a, ipiv, b while n > 0.
- * Status 8, info j > 0: U(j, j) is exactly zero; a and ipiv hold the factors, b is unchanged. */
+ * Status 8, info j > 0: U(j, j) is exactly zero; a and ipiv hold the factors, b is unchanged. An
+ * infinite U(j, j) is no error: its unknown is 0, as in LAPACK's routine. */
 LUMO_API lumoStatus lumoSgesv(int n, int nrhs, float* a, int lda, int* ipiv, float* b, int ldb);
 LUMO_API lumoStatus lumoCgesv(int n, int nrhs, lumoFloatComplex* a, int lda, int* ipiv,
                               lumoFloatComplex* b, int ldb);
@@ -402,7 +415,7 @@ LUMO_API lumoStatus lumoDeviceCgeqrf(int m, int n, lumoFloatComplex* a, int lda,
 /* For op(A) = A (trans "N") or its conjugate transpose, for real elements its transpose (trans "T"
  * or "C"), a matrix of full rank: the X that minimises || B - op(A) X || if op(A) has at least as
  * many rows as columns, else the shortest X of those with op(A) X = B. Unlike LAPACK's routine it
- * does not scale: elements whose squares overflow or underflow are the caller's to scale.
+ * does not scale: keep the largest elements of A and of B between 1e-31 and 1e31.
  *
  * a: m x n, overwritten by its QR (m >= n) or LQ factors (m < n). b: ldb x nrhs, B in its first m
  * (trans "N") or n rows, overwritten by X in its first n or m; below a least-squares X the squares
@@ -412,7 +425,7 @@ LUMO_API lumoStatus lumoDeviceCgeqrf(int m, int n, lumoFloatComplex* a, int lda,
  * Status 7, info -1: trans; -2: m < 0; -3: n < 0; -4: nrhs < 0; -6: lda < max(1, m);
  * -8: ldb < max(1, m, n); -5, -7: null a, b while m, n, nrhs > 0.
  * Status 8, info i > 0: A has not full rank, the i-th diagonal element of its triangular factor is
- * exactly zero; b is partly transformed.
+ * exactly zero; b is partly transformed. Infinities are no error: what depends on one may be 0.
  * Device memory beside the operands: at most min(m, n) + 2 nb^2 + nb (m + n + nrhs) elements, with
  * nb as for geqrf or min(m, n) if that is less. */
 LUMO_API lumoStatus lumoSgels(char trans, int m, int n, int nrhs, float* a, int lda, float* b,
@@ -435,7 +448,8 @@ LUMO_API lumoStatus lumoDeviceCgels(char trans, int m, int n, int nrhs, lumoFloa
  * and for n > 0 -4: null a; -6: null b while p > 0; -8: null c; -9: null d while p > 0;
  * -10: null x.
  * Status 8, info 1: B has not full rank; info 2: (A; B) has not. x then holds what was found, the
- * host functions' x zeros elsewhere.
+ * host functions' x zeros elsewhere. Infinities are no error: what depends
+ * on one may be 0.
  * Device memory beside the operands: at most p + min(m, n) + 4 nb^2 + nb (2 m + 2 n + p) elements,
  * with nb as for geqrf or n if that is less. */
 LUMO_API lumoStatus lumoSgglse(int m, int n, int p, float* a, int lda, float* b, int ldb, float* c,
@@ -459,12 +473,14 @@ LUMO_API lumoStatus lumoDeviceCgglse(int m, int n, int p, lumoFloatComplex* a, i
  *   "N"  none is computed.
  * a: m x n, overwritten. s: the k singular values, descending. u and vt are output only and are not
  * looked at where the job is "O" or "N"; ldu, ldvt are at least 1 then. Unlike LAPACK's routine it
- * does not scale: elements whose squares overflow or underflow are the caller's to scale.
+ * does not scale: keep the largest element between 1e-12 and 1e12, between which LAPACK does not
+ * scale either. Smaller ones lose accuracy, larger ones may overflow.
  *
  * Status 7, info -1: jobu; -2: jobvt, or "O" twice; -3: m < 0; -4: n < 0; -6: lda < max(1, m);
  * -9: ldu < 1, or < m where u is used; -11: ldvt < 1, or < n ("A"), < k ("S"); and for m, n > 0
  * -5: null a; -7: null s; -8: null u where it is used; -10: null vt likewise.
- * Status 8, info i > 0: A holds a NaN or an infinity, and s holds NaN; or i off-diagonals of an
+ * Status 8, info i > 0: A holds a NaN or an infinity, or the reduction to bidiagonal form has
+ * overflowed, and s holds NaN; or i off-diagonals of an
  * intermediate bidiagonal matrix did not converge to zero: s is its diagonal, neither sorted nor
  * positive, and the vectors are those of the transformations made so far.
  * Device memory beside the operands: at most 4 k^2 + 3 nb (m + n) + 6 nb^2 + 8 k elements and
