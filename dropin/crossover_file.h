@@ -7,12 +7,12 @@
 namespace lumo::dropin {
 
 // LUMO_CROSSOVER_FILE, else $XDG_CONFIG_HOME/lumo/crossover, else ~/.config/lumo/crossover; empty
-// if there is no home.
+// if there is no home. A program with more rights than its user takes no file's name from them.
 inline std::string crossoverFile() {
-    if (const char* file = std::getenv("LUMO_CROSSOVER_FILE"); file && *file) return file;
-    if (const char* config = std::getenv("XDG_CONFIG_HOME"); config && *config)
+    if (const char* file = secure_getenv("LUMO_CROSSOVER_FILE"); file && *file) return file;
+    if (const char* config = secure_getenv("XDG_CONFIG_HOME"); config && *config)
         return std::string(config) + "/lumo/crossover";
-    const char* home = std::getenv("HOME");
+    const char* home = secure_getenv("HOME");
     return home ? std::string(home) + "/.config/lumo/crossover" : std::string();
 }
 

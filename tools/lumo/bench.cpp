@@ -1,13 +1,14 @@
 // `lumo bench`: Lumo's speed beside the CPU library's, by size.
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <stdexcept>
 
 #include "bench_plot.h"
 #include "bench_routines.h"
+#include "choice.h"
 #include "commands.h"
 #include "common/progress.h"
+#include "gnuplot.h"
 #include "output_file.h"
 #include "session.h"
 
@@ -16,36 +17,6 @@ namespace {
 
 // A ladder ends where a call takes longer.
 constexpr double longCall = 1;
-
-// A wanted file is opened before the measurement, which would be in vain if it could not be.
-std::unique_ptr<OutputFile> opened(const std::string& file) {
-    if (file.empty()) return nullptr;
-    checkIsFileOrNew(file);
-    return std::make_unique<OutputFile>(file);
-}
-
-void write(OutputFile& file, const std::string& text) {
-    file.stream() << text;
-    file.commit();
-    std::printf("written: %s\n", file.name().c_str());
-}
-
-std::vector<BenchRoutine> chosen(const std::vector<std::string>& names) {
-    const auto& all = benchRoutines();
-    if (names.empty()) return all;
-    std::vector<BenchRoutine> routines;
-    for (const std::string& name : names) {
-        const auto found = std::find_if(all.begin(), all.end(),
-                                        [&](const BenchRoutine& r) { return r.name == name; });
-        if (found == all.end()) {
-            std::string refusal = name + " is not measured; these are:";
-            for (const BenchRoutine& r : all) refusal += " " + r.name;
-            throw std::runtime_error(refusal);
-        }
-        routines.push_back(*found);
-    }
-    return routines;
-}
 
 SpeedCurve measure(const BenchRoutine& routine, const std::string& place, int largest) {
     SpeedCurve curve{routine.name, {}, {}, {}};
@@ -103,8 +74,11 @@ std::string json(const std::string& device, const std::vector<SpeedCurve>& curve
 }  // namespace
 
 void bench(const BenchOptions& options) {
-    const auto routines = chosen(options.routines);
-    const auto table = opened(options.json), picture = opened(options.plot);
+    const auto routines = choose(benchRoutines(), options.routines);
+    const auto table = openOutput(options.json), picture = openOutput(options.plot);
+    if (picture)
+        if (const std::string obstacle = obstacleToPlot(options.plot); !obstacle.empty())
+            throw FileError(options.plot + ": " + obstacle);
     const Session session;
     const std::string device = session.device();
     std::printf("device: %s\n\n%-8s %6s %11s %11s %10s %10s %8s\n", device.c_str(), "routine", "n",
@@ -118,8 +92,13 @@ void bench(const BenchOptions& options) {
             routine,
             std::to_string(curves.size() + 1) + " of " + std::to_string(routines.size()) + ": ",
             options.largest));
-    if (table) write(*table, json(device, curves));
-    if (picture) write(*picture, plotSpeeds("lumo bench: " + device, curves));
+    if (table) table->stream() << json(device, curves);
+    if (picture) plotSpeeds(*picture, "lumo bench: " + device, curves);
+    for (OutputFile* file : {table.get(), picture.get()})
+        if (file) {
+            file->commit();
+            std::printf("written: %s\n", file->name().c_str());
+        }
 }
 
 }  // namespace lumo

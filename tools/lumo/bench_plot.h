@@ -4,11 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "output_file.h"
 #include "speed_curve.h"
 
 namespace lumo {
 
-// An SVG image: a panel for each routine, both axes logarithmic, the crossover marked.
-std::string plotSpeeds(const std::string& title, const std::vector<SpeedCurve>& curves);
+// A panel for each routine, both axes logarithmic, the crossover marked.
+void plotSpeeds(OutputFile& file, const std::string& title, const std::vector<SpeedCurve>& curves);
 
 }  // namespace lumo

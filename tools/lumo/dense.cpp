@@ -27,7 +27,7 @@ void checkSize(std::int64_t rows, std::int64_t columns, bool isComplex) {
     const double memory = double(sysconf(_SC_PHYS_PAGES)) * double(sysconf(_SC_PAGESIZE));
     if (bytes > memory)
         throw FileError("too large: " + size + " takes " + gigabytes(bytes) +
-                        " to solve, this machine has " + gigabytes(memory));
+                        ", this machine has " + gigabytes(memory));
 }
 
 Dense::Dense(std::int64_t rows, std::int64_t columns, bool isComplex) : complex_(isComplex) {

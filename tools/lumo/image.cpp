@@ -3,20 +3,15 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
+#include <ostream>
 #include <string_view>
 
 #include "dense.h"
-#ifdef LUMO_HAVE_PNG
-#include <png.h>
-#endif
+#include "png_image.h"
 
 namespace lumo {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::string_view pngMagic = "\x89PNG\r\n\x1a\n";
 constexpr std::string_view blanks = " \t\r\n\v\f";
@@ -25,15 +20,6 @@ bool isPnm(std::string_view bytes) {
     return bytes.size() > 2 && bytes[0] == 'P' &&
            std::string_view("2356").find(bytes[1]) != std::string_view::npos &&
            (blanks.find(bytes[2]) != std::string_view::npos || bytes[2] == '#');
-}
-
-// Refuses, before room is made for them, samples that the machine could not hold.
-void reserveSamples(Image& image, std::int64_t height, std::int64_t width) {
-    if (height < 1 || width < 1) throw FileError("the image has no pixels");
-    checkSize(height, width * image.channels, false);
-    image.height = int(height);
-    image.width = int(width);
-    image.samples.resize(std::size_t(height) * std::size_t(width) * std::size_t(image.channels));
 }
 
 // The numbers of a header or of plain samples.
@@ -113,80 +99,27 @@ void writePnm(std::ostream& out, const Image& image) {
     out << data;
 }
 
-#ifdef LUMO_HAVE_PNG
-
-// libpng's description of an image, and what it has allocated for it.
-struct Png : png_image {
-    Png() : png_image() { version = PNG_IMAGE_VERSION; }
-    Png(const Png&) = delete;
-    Png& operator=(const Png&) = delete;
-    ~Png() { png_image_free(this); }
-};
-
-Image readPng(std::string_view bytes) {
-    Png png;
-    if (!png_image_begin_read_from_memory(&png, bytes.data(), bytes.size()))
-        throw FileError(png.message);
-    if (png.format & PNG_FORMAT_FLAG_ALPHA) throw FileError("has transparency, flatten it first");
-    if (png.format & PNG_FORMAT_FLAG_LINEAR) throw FileError("has 16 bits for a sample, not 8");
-    Image image{"png"};
-    image.channels = png.format & PNG_FORMAT_FLAG_COLOR ? 3 : 1;
-    png.format = image.channels == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
-    // A deflated file is at best a thousandth of what is in it.
-    if (double(png.height) * png.width > 1100. * double(bytes.size()))
-        throw FileError("ends early");
-    reserveSamples(image, png.height, png.width);
-    std::vector<png_byte> samples(image.samples.size());
-    if (!png_image_finish_read(&png, nullptr, samples.data(), 0, nullptr))
-        throw FileError(png.message);
-    std::copy(samples.begin(), samples.end(), image.samples.begin());
-    return image;
-}
-
-void writePng(std::ostream& out, const Image& image) {
-    Png png;
-    png.width = png_uint_32(image.width);
-    png.height = png_uint_32(image.height);
-    png.format = image.channels == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
-    const std::vector<png_byte> samples(image.samples.begin(), image.samples.end());
-    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(png);
-    std::string data(size, '\0');
-    if (!png_image_write_to_memory(&png, data.data(), &size, 0, samples.data(), 0, nullptr))
-        throw FileError(png.message);
-    out.write(data.data(), std::streamsize(size));
-}
-
-#else
-
-Image readPng(std::string_view) {
-    throw FileError(
-        "a PNG image, which this command was built without libpng for; convert it to "
-        "PGM or PPM, or install libpng-dev and build again");
-}
-void writePng(std::ostream&, const Image&) {}  // none was read
-
-#endif
-
 }  // namespace
 
-bool isImage(const std::string& file) {
-    std::error_code ignored;
-    if (!fs::is_regular_file(file, ignored)) return false;  // do not read from a pipe twice
-    std::ifstream in(file, std::ios::binary);
-    char bytes[pngMagic.size()] = {};
-    in.read(bytes, sizeof bytes);
-    const std::string_view start(bytes, std::size_t(in.gcount()));
+void reserveSamples(Image& image, std::int64_t height, std::int64_t width) {
+    if (height < 1 || width < 1) throw FileError("the image has no pixels");
+    checkSize(height, width * image.channels, false);
+    image.height = int(height);
+    image.width = int(width);
+    image.samples.resize(std::size_t(height) * std::size_t(width) * std::size_t(image.channels));
+}
+
+bool isImage(const std::string& start) {
     return start == pngMagic || isPnm(start);
 }
 
-Image readImage(const std::string& file) try {
-    std::ifstream in(file, std::ios::binary);
+Image readImage(InputFile& in) try {
     const std::string bytes{std::istreambuf_iterator<char>(in), {}};
     return isPnm(bytes) ? readPnm(bytes) : readPng(bytes);
 } catch (const FileError& error) {
-    throw FileError(file + ": " + error.what());
+    throw FileError(in.name() + ": " + error.what());
 } catch (const std::bad_alloc&) {
-    throw FileError(file + ": too large for this machine's memory");
+    throw FileError(in.name() + ": too large for this machine's memory");
 }
 
 void writeImage(std::ostream& out, const Image& image) {

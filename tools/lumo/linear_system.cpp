@@ -19,20 +19,29 @@ bool isFinite(std::complex<float> z) {
 
 }  // namespace
 
-Dense readFilled(const std::string& file) {
-    const Progress progress("reading " + file);
-    Dense matrix = readMatrix(file);
-    if (matrix.count() == 0) throw FileError(file + ": the matrix has no elements");
+Dense readFilled(InputFile& in, const char* others) {
+    const Progress progress("reading " + in.name());
+    Dense matrix = readMatrix(in, others);
+    if (matrix.count() == 0) throw FileError(in.name() + ": the matrix has no elements");
     return matrix;
 }
 
+void warn(const std::string& text) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "lumo: warning: %s\n", text.c_str());
+}
+
 System readSystem(const SystemFiles& files, Shape shape) {
-    if (!files.x.empty()) checkOutputName(files.x);
-    Dense A = readFilled(files.a);
+    if (files.a == "-" && files.b == "-") throw FileError("A and B cannot both be standard input");
+    const auto read = [](const std::string& file) {
+        InputFile in(file);
+        return readFilled(in);
+    };
+    Dense A = read(files.a);
     if (shape == Shape::square && A.rows() != A.columns())
         throw FileError(files.a + ": not square: " + std::to_string(A.rows()) + " x " +
                         std::to_string(A.columns()));
-    Dense B = readFilled(files.b);
+    Dense B = read(files.b);
     if (B.rows() != A.rows())
         throw FileError(files.b + ": has " + std::to_string(B.rows()) + " rows, but " + files.a +
                         " has " + std::to_string(A.rows()));
@@ -73,10 +82,12 @@ void warnOfExtremes(const std::vector<T>& data, const std::string& file, const c
     double largest = 0;
     for (const T value : data) largest = std::max(largest, double(std::abs(value)));
     if (largest == 0 || (largest >= least && largest <= 1 / least)) return;
-    std::printf(
-        "%s: the largest element is %.2g, but %s does not scale its data: outside %.2g to "
-        "%.2g accuracy may be lost; multiply them by a power of two\n",
-        file.c_str(), largest, routine, least, 1 / least);
+    char text[200];
+    std::snprintf(text, sizeof text,
+                  ": the largest element is %.2g, but %s does not scale its data: outside %.2g to "
+                  "%.2g accuracy may be lost; multiply them by a power of two",
+                  largest, routine, least, 1 / least);
+    warn(file + text);
 }
 
 template void warnOfExtremes(const std::vector<float>&, const std::string&, const char*, double);
@@ -89,16 +100,16 @@ void printPlatform(const Session& session) {
 }
 
 template <class T>
-void deliver(const SystemFiles& files, const Dense& B, int n, const std::vector<T>& x) {
-    if (!files.x.empty()) {
-        writeMatrix(files.x, n, B.columns(), x.data(), B.isVector);
-        std::printf("solution:   %s\n", files.x.c_str());
+void deliver(OutputFile* file, const Dense& B, int n, const std::vector<T>& x) {
+    if (file) {
+        writeMatrix(*file, n, B.columns(), x.data(), B.isVector);
+        file->commit();
+        std::printf("solution:   %s\n", file->name().c_str());
     }
     std::printf("solved: status 0, no errors\n");
 }
 
-template void deliver(const SystemFiles&, const Dense&, int, const std::vector<float>&);
-template void deliver(const SystemFiles&, const Dense&, int,
-                      const std::vector<std::complex<float>>&);
+template void deliver(OutputFile*, const Dense&, int, const std::vector<float>&);
+template void deliver(OutputFile*, const Dense&, int, const std::vector<std::complex<float>>&);
 
 }  // namespace lumo

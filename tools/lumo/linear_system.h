@@ -10,19 +10,24 @@
 #include "commands.h"
 #include "common/progress.h"
 #include "dense.h"
+#include "input_file.h"
+#include "output_file.h"
 #include "session.h"
 
 namespace lumo {
 
-// The matrix in a file, which has elements. Throws a FileError.
-Dense readFilled(const std::string& file);
+// The matrix in a file, which has elements. See readMatrix.
+Dense readFilled(InputFile& in, const char* others = "");
+
+// A line on the standard error stream: the result has to be taken with care.
+void warn(const std::string& text);
 
 // A and B have the same number of rows, and are both complex if either file is.
 struct System {
     Dense A, B;
 };
 
-// Throws a FileError if the files do not hold such a system, or `files.x` cannot be a solution's.
+// Throws a FileError if the files do not hold such a system.
 enum class Shape { square, any };
 System readSystem(const SystemFiles& files, Shape shape);
 
@@ -62,8 +67,8 @@ Outcome timed(Call call, const char* what = "solving") {
 // pivoting can fail, if hardly ever.
 constexpr double errorBound = 30;
 
-// Ends the report: writes the n x nrhs solution, if that is wanted, and tells of the success.
+// Ends the report: writes the n x nrhs solution, if `file` is not null, and tells of the success.
 template <class T>
-void deliver(const SystemFiles& files, const Dense& B, int n, const std::vector<T>& x);
+void deliver(OutputFile* file, const Dense& B, int n, const std::vector<T>& x);
 
 }  // namespace lumo

@@ -6,6 +6,7 @@
 
 #include "common/residual.h"
 #include "linear_system.h"
+#include "matrix_file.h"
 
 namespace lumo {
 namespace {
@@ -55,11 +56,13 @@ void warnOfDependence(int m, int n, const std::vector<T>& factor, const std::str
     }
     if (least > 10 * count * singleEps) return;
     const char* line = m >= n ? "column" : "row";
-    std::printf(
-        "%s: hardly has full rank: %s %d is a combination of the %ss before it but for %.1g "
-        "of its length, no more than rounding errors: X may be far off; leave it out or "
-        "correct it\n",
-        file.c_str(), line, at, line, least);
+    char text[250];
+    std::snprintf(text, sizeof text,
+                  ": hardly has full rank: %s %d is a combination of the %ss before it but for "
+                  "%.1g of its length, no more than rounding errors: X may be far off; leave it "
+                  "out or correct it",
+                  line, at, line, least);
+    warn(file + text);
 }
 
 // Why there is no solution.
@@ -118,7 +121,7 @@ double reportMinimumNorm(const System& system, const std::vector<T>& x) {
 }
 
 template <class T>
-void lstsqAs(const System& system, const SystemFiles& files) {
+void lstsqAs(const System& system, const SystemFiles& files, OutputFile* output) {
     const int m = system.A.rows(), n = system.A.columns(), nrhs = system.B.columns();
     const bool tall = m >= n;
     std::vector<T> a = toSingle<T>(system.A, files.a), x = toSingle<T>(system.B, files.b);
@@ -147,17 +150,18 @@ void lstsqAs(const System& system, const SystemFiles& files) {
         throw std::runtime_error(files.a +
                                  ": the solution is not accurate; do the data need "
                                  "scaling?");
-    deliver(files, system.B, n, x);
+    deliver(output, system.B, n, x);
 }
 
 }  // namespace
 
 void lstsq(const SystemFiles& files) {
+    const auto output = openMatrix(files.x);
     const System system = readSystem(files, Shape::any);
     if (system.A.isComplex())
-        lstsqAs<std::complex<float>>(system, files);
+        lstsqAs<std::complex<float>>(system, files, output.get());
     else
-        lstsqAs<float>(system, files);
+        lstsqAs<float>(system, files, output.get());
 }
 
 }  // namespace lumo

@@ -1,7 +1,13 @@
 // The `lumo` command.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <limits>
 #include <new>
 
 #include "commands.h"
@@ -14,30 +20,32 @@ void addInfo(CLI::App& app) {
 }
 
 // A command that takes A and B from files and may write X.
-CLI::App* addSolver(CLI::App& app, const char* name, const char* description, const char* shape,
-                    lumo::SystemFiles& files, void (*run)(const lumo::SystemFiles&)) {
+void addSolver(CLI::App& app, const char* name, const char* description, const char* shape,
+               const char* limits, lumo::SystemFiles& files,
+               void (*run)(const lumo::SystemFiles&)) {
     CLI::App* command = app.add_subcommand(name, description);
     command->add_option("A", files.a, shape)->required();
     command->add_option("B", files.b, "The right-hand sides")->required();
     command->add_option("-o,--output", files.x, "Write the solution to this .mtx or .npy file");
     command->callback([&files, run] { run(files); });
-    return command;
+    command->footer(
+        std::string("In single precision; A and B are Matrix Market or NumPy files, which gzip may "
+                    "have\ncompressed. A file named - is the standard input, or output.") +
+        limits);
 }
 
 void addSolve(CLI::App& app, lumo::SystemFiles& files) {
-    addSolver(app, "solve",
-              "Solve A X = B in single precision; A and B are Matrix Market or NumPy files",
-              "The square matrix", files, lumo::solve);
+    addSolver(app, "solve", "Solve A X = B", "The square matrix", "", files, lumo::solve);
 }
 
 void addLstsq(CLI::App& app, lumo::SystemFiles& files) {
-    CLI::App* command = addSolver(
+    addSolver(
         app, "lstsq",
         "Minimise ||B - A X||, or find the smallest X with A X = B if A has more columns than rows",
-        "The m x n matrix, of full rank", files, lumo::lstsq);
-    command->footer(
-        "In single precision; A and B are Matrix Market or NumPy files. The data are not scaled:\n"
-        "keep the largest elements of A and of B between 1e-31 and 1e31.");
+        "The m x n matrix, of full rank",
+        " The data are not scaled:\nkeep the largest elements of A and of B between 1e-31 and "
+        "1e31.",
+        files, lumo::lstsq);
 }
 
 void addBench(CLI::App& app, lumo::BenchOptions& options) {
@@ -48,7 +56,7 @@ void addBench(CLI::App& app, lumo::BenchOptions& options) {
         ->check(CLI::Range(16, 32768))
         ->capture_default_str();
     command->add_option("--json", options.json, "Write the speeds to this file");
-    command->add_option("--plot", options.plot, "Draw the speeds to this file, an SVG image");
+    command->add_option("--plot", options.plot, "Draw the speeds to this .svg, .png or .pdf file");
     command->callback([&options] { lumo::bench(options); });
 }
 
@@ -58,7 +66,7 @@ void addTune(CLI::App& app, lumo::TuneOptions& options) {
     command->add_option("ROUTINE", options.routines, "As sgemm; all of them if none is named");
     command->add_option("-o,--output", options.file, "Write to this file");
     command->add_option("-n,--largest", options.largest, "The largest order that is measured")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(64, 32768))
         ->capture_default_str();
     command->callback([&options] { lumo::tune(options); });
 }
@@ -73,7 +81,7 @@ void addSvd(CLI::App& app, lumo::SvdTask& task) {
                      "Approximate A by rank K, and check the errors; several: K,K,K")
         ->delimiter(',')
         ->allow_extra_args(false)  // which would be A
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::Range(1, std::numeric_limits<int>::max()).description(""))
         ->type_name("K");
     command->add_option("-o,--output", task.prefix, "Write files whose names begin so; see below")
         ->type_name("PREFIX");
@@ -92,12 +100,41 @@ void addSvd(CLI::App& app, lumo::SvdTask& task) {
         "The data are not scaled: keep the largest element between 1e-12 and 1e12.");
 }
 
+// The parser counts commands, and does not say which word is none.
+CLI::RequiredError withoutCommand(const CLI::App& app, const CLI::RequiredError& error) {
+    if (!app.get_subcommands().empty()) return error;
+    const std::vector<std::string> words = app.remaining();
+    std::string text =
+        words.empty() ? "A command is wanted:" : words[0] + " is no command; these are:";
+    for (const CLI::App* command : app.get_subcommands({})) text += " " + command->get_name();
+    return {text, error.get_exit_code()};
+}
+
+// Takes the places of standard streams that are closed: a file opened later would become one, and
+// get what is printed. These cannot be written to.
+void fillStandardStreams() {
+    int descriptor = 0;
+    do descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    close(descriptor);
+}
+
+// Throws if something was printed in vain.
+void finishOutput() {
+    const bool failed = std::ferror(stdout);
+    errno = 0;
+    if (std::fflush(stdout) != 0 || failed)
+        throw std::runtime_error(std::string("standard output: ") +
+                                 std::strerror(errno ? errno : EIO));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     CLI::App app("Dense linear algebra on NVIDIA GPUs, and whole without one", "lumo");
     app.require_subcommand(1);
     app.set_version_flag("--version", LUMO_VERSION);
+    fillStandardStreams();
     lumo::SystemFiles files;
     lumo::BenchOptions benchOptions;
     lumo::SvdTask svdTask;
@@ -109,10 +146,16 @@ int main(int argc, char** argv) {
     addSvd(app, svdTask);
     addTune(app, tuneOptions);
     try {
-        app.parse(argc, argv);  // runs the command
-        return 0;
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error);
+        int code = 0;
+        try {
+            app.parse(argc, argv);  // runs the command
+        } catch (const CLI::RequiredError& error) {
+            code = app.exit(withoutCommand(app, error));
+        } catch (const CLI::ParseError& error) {
+            code = app.exit(error);
+        }
+        finishOutput();
+        return code;
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "lumo: this machine's memory does not suffice\n");
     } catch (const std::exception& error) {

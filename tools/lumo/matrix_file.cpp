@@ -1,53 +1,35 @@
 #include "matrix_file.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 
 #include "matrix_market.h"
 #include "npy.h"
-#include "output_file.h"
 
 namespace lumo {
-namespace {
 
 namespace fs = std::filesystem;
 
-Dense readEither(const std::string& file) {
-    std::error_code ignored;
-    if (fs::is_directory(file, ignored)) throw FileError("is a directory");
-    std::ifstream in(file, std::ios::binary);
-    if (!in) throw FileError(std::strerror(errno));
-    const std::int64_t bytes =
-        fs::is_regular_file(file, ignored) ? std::int64_t(fs::file_size(file, ignored)) : -1;
-    switch (in.peek()) {
-        case std::ifstream::traits_type::eof():
-            throw FileError("is empty");
-        case static_cast<unsigned char>(npyMagic[0]):
-            return readNpy(in, bytes);
+Dense readMatrix(InputFile& in, const char* others) try {
+    if (in.start().empty()) throw FileError("is empty");
+    switch (in.start()[0]) {
+        case npyMagic[0]:
+            return readNpy(in);
         case '%':
-            return readMatrixMarket(in, bytes);
+            return readMatrixMarket(in);
         default:
-            throw FileError("neither a Matrix Market nor a NumPy file");
+            throw FileError(std::string("neither a Matrix Market nor a NumPy file") + others);
     }
-}
-
-}  // namespace
-
-Dense readMatrix(const std::string& file) try {
-    return readEither(file);
 } catch (const FileError& error) {
-    throw FileError(file + ": " + error.what());
+    throw FileError(in.name() + ": " + error.what());
 } catch (const std::bad_alloc&) {
-    throw FileError(file + ": too large for this machine's memory");
+    throw FileError(in.name() + ": too large for this machine's memory");
 }
 
-void checkOutputName(const std::string& file) {
+std::unique_ptr<OutputFile> openMatrix(const std::string& file) {
     const std::string suffix = fs::path(file).extension();
-    if (suffix != ".mtx" && suffix != ".npy")
+    if (!file.empty() && file != "-" && suffix != ".mtx" && suffix != ".npy")
         throw FileError(file + ": solutions are written as .mtx or .npy");
-    checkIsFileOrNew(file);
+    return openOutput(file);
 }
 
 template <class T>
@@ -61,15 +43,5 @@ void writeMatrix(OutputFile& file, int m, int n, const T* x, bool isVector) {
 
 template void writeMatrix(OutputFile&, int, int, const float*, bool);
 template void writeMatrix(OutputFile&, int, int, const std::complex<float>*, bool);
-
-template <class T>
-void writeMatrix(const std::string& file, int m, int n, const T* x, bool isVector) {
-    OutputFile output(file);
-    writeMatrix(output, m, n, x, isVector);
-    output.commit();
-}
-
-template void writeMatrix(const std::string&, int, int, const float*, bool);
-template void writeMatrix(const std::string&, int, int, const std::complex<float>*, bool);
 
 }  // namespace lumo

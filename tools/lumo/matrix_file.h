@@ -2,27 +2,26 @@
 #pragma once
 
 #include <complex>
+#include <memory>
 #include <string>
 
 #include "dense.h"
+#include "input_file.h"
+#include "output_file.h"
 
 namespace lumo {
 
-// Which of the formats a file has is read from its first bytes. Throws a FileError that begins
-// with the file's name.
-Dense readMatrix(const std::string& file);
+// Which of the formats a file has is read from its first bytes. `others` are formats that the
+// caller knows besides, for the message. Throws a FileError that begins with the file's name.
+Dense readMatrix(InputFile& in, const char* others = "");
 
-// Refuses a name that ends in neither .mtx nor .npy, before any work is done for it.
-void checkOutputName(const std::string& file);
+// Opens the file that a matrix is to be written to, null for an empty name. Its name ends in .mtx
+// or .npy, else it is refused.
+std::unique_ptr<OutputFile> openMatrix(const std::string& file);
 
-// In the format that the file's name tells. x: column-major, m x n; T: float or
-// std::complex<float>.
-class OutputFile;
+// In the format that the file's name tells; Matrix Market to the standard output. x: column-major,
+// m x n; T: float or std::complex<float>.
 template <class T>
 void writeMatrix(OutputFile& file, int m, int n, const T* x, bool isVector);
-
-// The same. The file appears under its name when it is complete, or not at all.
-template <class T>
-void writeMatrix(const std::string& file, int m, int n, const T* x, bool isVector);
 
 }  // namespace lumo

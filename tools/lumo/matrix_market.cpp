@@ -55,6 +55,9 @@ class Lines {
     }
     double number() {
         std::string_view w = word();
+        // Fortran writes exponents of double precision with a letter of their own.
+        if (const std::size_t d = w.find_first_of("dD"); d != std::string_view::npos)
+            line_[std::size_t(w.data() - line_.data()) + d] = 'e';
         if (w.size() > 1 && w[0] == '+' && w[1] != '-') w.remove_prefix(1);
         double value = 0;
         const auto [end, error] = std::from_chars(w.data(), w.data() + w.size(), value);
@@ -100,9 +103,10 @@ Header readHeader(Lines& lines) {
     header.field = oneOf(lines, {"real", "double", "integer", "complex", "pattern"});
     header.symmetry = oneOf(lines, {"general", "symmetric", "skew-symmetric", "hermitian"});
     lines.end();
-    if (header.field == "pattern") lines.fail("a pattern, which holds no values");
     if (header.symmetry == "hermitian" && header.field != "complex")
         lines.fail("Hermitian, but not complex");
+    if (header.field == "pattern" && (!header.coordinate || header.symmetry == "skew-symmetric"))
+        lines.fail("a pattern, which is neither an array nor skew-symmetric");
 
     do {
         if (!lines.nextFilled()) throw FileError("ends after the header");
@@ -118,7 +122,7 @@ class Filler {
         : lines_(lines), header_(header), matrix_(matrix) {}
 
     void readValueAt(std::int64_t i, std::int64_t j) {
-        const double re = lines_.number();
+        const double re = header_.field == "pattern" ? 1 : lines_.number();
         const std::complex<double> value(re, matrix_.isComplex() ? lines_.number() : 0);
         lines_.end();
         if (header_.field == "integer" && std::isfinite(re) && re != std::trunc(re))
@@ -178,7 +182,7 @@ void readCoordinates(Lines& lines, const Header& header, std::int64_t entries, D
 
 }  // namespace
 
-Dense readMatrixMarket(std::istream& in, std::int64_t bytes) {
+Dense readMatrixMarket(InputFile& in) {
     Lines lines(in);
     const Header header = readHeader(lines);
     const std::int64_t rows = lines.integer("the number of rows");
@@ -190,7 +194,7 @@ Dense readMatrixMarket(std::istream& in, std::int64_t bytes) {
     if (entries < 0) lines.fail("a negative number of entries");
     const double stored = header.coordinate ? 0 : double(rows) * double(columns);
     // A digit and the end of its line for each element below the diagonal: the least there is.
-    if (bytes >= 0 && stored - double(rows) > double(bytes) + 1)
+    if (in.bytes() >= 0 && stored - double(rows) > double(in.bytes()) + 1)
         throw FileError("ends long before the " + std::to_string(rows) + " x " +
                         std::to_string(columns) + " numbers announced");
 

@@ -1,16 +1,17 @@
-// Matrix Market files: array and coordinate; real, complex and integer; general, symmetric,
-// skew-symmetric and Hermitian.
+// Matrix Market files: array and coordinate; real, complex, integer and pattern; general,
+// symmetric, skew-symmetric and Hermitian.
 #pragma once
 
 #include <iosfwd>
 
 #include "dense.h"
+#include "input_file.h"
 
 namespace lumo {
 
-// Duplicate coordinates are summed. `bytes` is the length of the file, negative if it has none,
-// and makes short work of headers that announce too much. Throws a FileError that names the line.
-Dense readMatrixMarket(std::istream& in, std::int64_t bytes);
+// Duplicate coordinates are summed; the elements of a pattern are ones. Throws a FileError that
+// names the line.
+Dense readMatrixMarket(InputFile& in);
 
 // As an array. T: float or std::complex<float>; x is column-major, m x n.
 template <class T>

@@ -191,14 +191,15 @@ Header readHeader(std::istream& in) {
 
 }  // namespace
 
-Dense readNpy(std::istream& in, std::int64_t bytes) {
+Dense readNpy(InputFile& in) {
     const Header header = readHeader(in);
     if (header.shape.empty() || header.shape.size() > 2)
         throw FileError("an array of " + std::to_string(header.shape.size()) +
                         " dimensions is not a matrix");
     const std::int64_t rows = header.shape[0];
     const std::int64_t columns = header.shape.size() == 2 ? header.shape[1] : 1;
-    if (bytes >= 0 && double(rows) * double(columns) * double(header.size) > double(bytes))
+    if (in.bytes() >= 0 &&
+        double(rows) * double(columns) * double(header.size) > double(in.bytes()))
         throw FileError("ends long before the " + std::to_string(rows) + " x " +
                         std::to_string(columns) + " numbers announced");
     const bool isComplex = header.kind == 'c';

@@ -5,14 +5,14 @@
 #include <iosfwd>
 
 #include "dense.h"
+#include "input_file.h"
 
 namespace lumo {
 
 constexpr char npyMagic[] = "\x93NUMPY";
 
-// An array of one dimension is read as a column. `bytes` is the length of the file, negative if
-// it has none. Throws a FileError.
-Dense readNpy(std::istream& in, std::int64_t bytes);
+// An array of one dimension is read as a column. Throws a FileError.
+Dense readNpy(InputFile& in);
 
 // T: float or std::complex<float>; x is column-major, m x n, and written as an array of one
 // dimension if it `isVector`.

@@ -1,8 +1,12 @@
-// Files that appear under their names when they are complete, or not at all.
+// Files that appear under their names when they are complete, or not at all: not after an error,
+// nor after a signal that ends the program.
 #pragma once
 
+#include <ext/stdio_filebuf.h>
+
 #include <filesystem>
-#include <fstream>
+#include <memory>
+#include <ostream>
 #include <string>
 
 #include "dense.h"
@@ -13,7 +17,11 @@ namespace lumo {
 void checkIsFileOrNew(const std::string& file);
 
 // A file under another name beside its own, which it takes when committed. What goes wrong is a
-// FileError that begins with the file's name.
+// FileError that begins with the file's name. Made before the work for it, which would be in vain
+// if it could not be.
+//
+// "-" is the standard output; what is printed there otherwise goes to the standard error stream
+// from then on.
 class OutputFile {
   public:
     explicit OutputFile(const std::string& file);
@@ -22,18 +30,26 @@ class OutputFile {
     ~OutputFile();
 
     const std::string& name() const { return name_; }
-    // Where it lies until then, for another program to write it.
-    const std::filesystem::path& temporary() const { return temporary_; }
     std::ostream& stream() { return out_; }
+    // For another program to write to.
+    int descriptor() { return buffer_.fd(); }
     // Ends the writing.
     void close();
     void commit();
 
   private:
+    struct Unfinished;
+    static Unfinished* note(const std::string& file);
+    static void removeUnfinished(int signal);
+
     std::string name_;
-    std::filesystem::path target_, temporary_;
-    std::ofstream out_;
-    bool committed_ = false;
+    std::filesystem::path target_;
+    Unfinished* temporary_ = nullptr;  // none for the standard output
+    __gnu_cxx::stdio_filebuf<char> buffer_;
+    std::ostream out_;
 };
+
+// Null for an empty name.
+std::unique_ptr<OutputFile> openOutput(const std::string& file);
 
 }  // namespace lumo

@@ -1,8 +1,10 @@
 // `lumo solve`: A X = B for matrices in files, in single precision.
 #include <cmath>
 
+#include "common/condition.h"
 #include "common/residual.h"
 #include "linear_system.h"
+#include "matrix_file.h"
 
 namespace lumo {
 namespace {
@@ -26,12 +28,22 @@ std::string failure(const Outcome& outcome, const SystemFiles& files) {
            " depends linearly on the columns before it (pivot " + column + " is zero)";
 }
 
+void warnOfCondition(const std::string& file, double rcond) {
+    char text[200];
+    std::snprintf(text, sizeof text,
+                  ": ill-conditioned, its reciprocal condition number is %.2g: X may have no "
+                  "correct digit",
+                  rcond);
+    warn(file + text);
+}
+
 template <class T>
-void solveAs(const System& system, const SystemFiles& files) {
+void solveAs(const System& system, const SystemFiles& files, OutputFile* output) {
     const Dense &A = system.A, &B = system.B;
     const int n = A.rows(), nrhs = B.columns();
     std::vector<T> a = toSingle<T>(A, files.a), x = toSingle<T>(B, files.b);
     std::vector<int> ipiv(std::size_t(n), 0);
+    const double normOfA = oneNorm(n, a.data(), n);
 
     const Session session;
     printPlatform(session);
@@ -48,17 +60,21 @@ void solveAs(const System& system, const SystemFiles& files) {
                                  ": the solution is not finite: the matrix is nearly "
                                  "singular, or the solution overflows");
     if (residual > errorBound) throw std::runtime_error(files.a + ": the solution is not accurate");
-    deliver(files, B, n, x);
+    const double rcond = reciprocalCondition(n, a.data(), n, normOfA);
+    std::printf("rcond:      %.2g  (1 / (||A|| ||inverse of A||), estimated)\n", rcond);
+    if (rcond < singleEps) warnOfCondition(files.a, rcond);
+    deliver(output, B, n, x);
 }
 
 }  // namespace
 
 void solve(const SystemFiles& files) {
+    const auto output = openMatrix(files.x);
     const System system = readSystem(files, Shape::square);
     if (system.A.isComplex())
-        solveAs<std::complex<float>>(system, files);
+        solveAs<std::complex<float>>(system, files, output.get());
     else
-        solveAs<float>(system, files);
+        solveAs<float>(system, files, output.get());
 }
 
 }  // namespace lumo

@@ -1,23 +1,15 @@
 #include "spectrum_plot.h"
 
 #include <algorithm>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
+
+#include "gnuplot.h"
 
 namespace lumo {
 namespace {
 
 const char* colorOf(const std::string& channel) {
     return channel == "green" ? "#208030" : channel == "blue" ? "#2050a0" : "#c03020";
-}
-
-// A string for gnuplot, which takes all but the quote as it is.
-std::string quoted(const std::string& text) {
-    std::string result = "'";
-    for (const char c : text) result += c == '\'' ? "''" : std::string(1, c);
-    return result + "'";
 }
 
 std::string scriptOf(const std::string& title, const std::vector<Spectrum>& spectra,
@@ -30,8 +22,7 @@ std::string scriptOf(const std::string& title, const std::vector<Spectrum>& spec
         script << "END\n";
         count = std::max(count, spectra[p].values.size());
     }
-    script << "set terminal pngcairo noenhanced size 1000,700 font ',13'\n"
-           << "set title noenhanced " << quoted(title) << "\n"
+    script << "set title " << quotedForGnuplot(title) << "\n"
            << "set xlabel 'i'\nset ylabel 'singular value'\nset logscale y\nset format y '%.0e'\n"
            << "set grid xtics ytics lt 1 lw 1 lc rgb '#dddddd'\n"
            << "set xrange [0:" << count + 1 << "]\n"
@@ -47,35 +38,16 @@ std::string scriptOf(const std::string& title, const std::vector<Spectrum>& spec
     for (std::size_t p = 0; p < spectra.size(); ++p)
         script << (p ? ", " : "plot ") << "$values" << p << " using ($0 + 1):1 with linespoints "
                << "pt 7 ps 0.3 lc rgb '" << colorOf(spectra[p].name) << "' title "
-               << quoted(spectra[p].name);
+               << quotedForGnuplot(spectra[p].name);
     script << "\n";
     return script.str();
 }
 
-bool runGnuplot(const std::string& script, const std::string& file) {
-    setenv("LUMO_PLOT", file.c_str(), 1);
-    // A gnuplot that ends early must not end this program.
-    const auto before = std::signal(SIGPIPE, SIG_IGN);
-    std::FILE* gnuplot = popen("gnuplot >\"$LUMO_PLOT\" 2>/dev/null", "w");
-    if (gnuplot) std::fputs(script.c_str(), gnuplot);
-    const bool good = gnuplot && pclose(gnuplot) == 0;
-    std::signal(SIGPIPE, before);
-    std::error_code error;
-    return good && std::filesystem::file_size(file, error) > 0 && !error;
-}
-
 }  // namespace
 
-bool plotSpectra(OutputFile& file, const std::string& title, const std::vector<Spectrum>& spectra,
+void plotSpectra(OutputFile& file, const std::string& title, const std::vector<Spectrum>& spectra,
                  const std::vector<int>& ranks) {
-    file.close();
-    if (std::system("command -v gnuplot >/dev/null 2>&1") != 0) {
-        std::printf("no plot:    gnuplot is not installed\n");
-        return false;
-    }
-    const bool good = runGnuplot(scriptOf(title, spectra, ranks), file.temporary());
-    if (!good) std::printf("no plot:    gnuplot fails\n");
-    return good;
+    drawPicture(file, {1000, 700}, scriptOf(title, spectra, ranks));
 }
 
 }  // namespace lumo

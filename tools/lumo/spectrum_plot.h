@@ -13,9 +13,8 @@ struct Spectrum {
     std::vector<float> values;
 };
 
-// Draws the values against their indices, on a logarithmic scale, and a line at each of `ranks`, as
-// a PNG image. Says so and returns false if there is no gnuplot, or it fails.
-bool plotSpectra(OutputFile& file, const std::string& title, const std::vector<Spectrum>& spectra,
+// Draws the values against their indices, on a logarithmic scale, and a line at each of `ranks`.
+void plotSpectra(OutputFile& file, const std::string& title, const std::vector<Spectrum>& spectra,
                  const std::vector<int>& ranks);
 
 }  // namespace lumo

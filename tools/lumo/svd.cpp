@@ -4,21 +4,19 @@
 #include <array>
 #include <cfloat>
 #include <cmath>
-#include <list>
+#include <filesystem>
 
 #include "common/residual.h"
 #include "decomposition.h"
+#include "gnuplot.h"
 #include "image.h"
 #include "linear_system.h"
 #include "matrix_file.h"
-#include "output_file.h"
 #include "spectrum_plot.h"
 #include "svd_files.h"
 
 namespace lumo {
 namespace {
-
-namespace fs = std::filesystem;
 
 template <class T>
 constexpr const char* routine = isComplexNumber<T> ? "lumoCgesvd" : "lumoSgesvd";
@@ -36,9 +34,6 @@ template <class T>
 double tolerance(const Whole<T>& whole) {
     return errorBound * singleEps * std::sqrt(whole.count());
 }
-
-// Files that appear all together.
-using Outputs = std::list<OutputFile>;
 
 void checkRanks(const SvdTask& task, int m, int n) {
     for (const int rank : task.ranks)
@@ -183,7 +178,7 @@ Approximation<T> approximateAll(const Whole<T>& whole, int rank) {
 // A row of the table for each rank, and its file.
 template <class T>
 void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Image* image,
-                          const SvdFiles& names, Outputs& outputs) {
+                          SvdFiles& files) {
     if (task.ranks.empty()) return;
     std::printf(
         "\n||A - A_K|| / ||A||, from the singular values beyond K and as measured; stored: "
@@ -196,7 +191,7 @@ void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Imag
         const double largest = ratio(whole.largestBeyond(rank), whole.largestBeyond(0));
         std::printf("%6d  %11.4e %11.4e  %11.4e %11.4e  %6.1f %%", rank, frobenius, b.frobenius,
                     largest, b.largest, 100. * rank * (1. + whole.m + whole.n) / whole.m / whole.n);
-        if (names.wanted()) outputs.emplace_back(names.approximation(rank));
+        OutputFile* const output = files.wanted() ? &files.approximation(rank) : nullptr;
         if constexpr (!isComplexNumber<T>)
             if (image) {
                 Image copy = *image;
@@ -206,12 +201,11 @@ void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Imag
                     std::printf("  %5.1f dB", loss.psnr);
                 else
                     std::printf("  identical");
-                if (names.wanted()) writeImage(outputs.back().stream(), copy);
+                if (output) writeImage(output->stream(), copy);
             }
         std::printf("\n");
-        if (names.wanted() && !image)
-            writeMatrix(outputs.back(), whole.m, whole.n, b.parts[0].data(), false);
-        if (names.wanted()) outputs.back().close();
+        if (output && !image) writeMatrix(*output, whole.m, whole.n, b.parts[0].data(), false);
+        if (output) output->close();
         if (!(std::abs(b.frobenius - frobenius) <= tolerance(whole) &&
               std::abs(b.largest - largest) <= tolerance(whole)))
             throwInaccurate(task, "the error at rank " + std::to_string(rank) +
@@ -221,34 +215,37 @@ void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Imag
 }
 
 template <class T>
-void writeFactors(const Whole<T>& whole, const SvdTask& task, const Image* image,
-                  const SvdFiles& names, Outputs& outputs) {
+void writeFactors(const Whole<T>& whole, const SvdTask& task, const Image* image, SvdFiles& files) {
     std::vector<float> values;
-    std::vector<Spectrum> spectra;
-    for (const Part<T>& part : whole.parts) {
+    for (const Part<T>& part : whole.parts)
         values.insert(values.end(), part.d.s.begin(), part.d.s.end());
-        spectra.push_back({part.name, part.d.s});
-    }
-    const int k = whole.count();
-    const auto write = [&](const std::string& file, int m, int n, const auto& x, bool isVector) {
-        outputs.emplace_back(file);
-        writeMatrix(outputs.back(), m, n, x.data(), isVector);
-    };
-    write(names.values(), k, int(whole.parts.size()), values, whole.parts.size() == 1);
+    const int k = whole.count(), parts = int(whole.parts.size());
+    writeMatrix(files.values(), k, parts, values.data(), parts == 1);
     if (task.ranks.empty() && !image) {
-        write(names.left(), whole.m, k, whole.parts[0].d.u, false);
-        write(names.right(), k, whole.n, whole.parts[0].d.vt, false);
+        writeMatrix(files.left(), whole.m, k, whole.parts[0].d.u.data(), false);
+        writeMatrix(files.right(), k, whole.n, whole.parts[0].d.vt.data(), false);
     }
-    if (whole.largestBeyond(0) == 0) return;  // nothing to see on a logarithmic scale
-    outputs.emplace_back(names.plot());
-    const std::string title = "Singular values of " + fs::path(task.a).filename().string();
-    if (!plotSpectra(outputs.back(), title, spectra, task.ranks)) outputs.pop_back();
+}
+
+template <class T>
+void plot(const Whole<T>& whole, const SvdTask& task, SvdFiles& files) {
+    OutputFile& file = files.plot();
+    std::string obstacle = obstacleToPlot(file.name());
+    if (whole.largestBeyond(0) == 0) obstacle = "all singular values are zero";
+    if (!obstacle.empty()) {
+        std::printf("no plot:    %s\n", obstacle.c_str());
+        return files.leaveOut(file);
+    }
+    std::vector<Spectrum> spectra;
+    for (const Part<T>& part : whole.parts) spectra.push_back({part.name, part.d.s});
+    const std::string name = std::filesystem::path(task.a).filename();
+    plotSpectra(file, "Singular values of " + name, spectra, task.ranks);
 }
 
 template <class T>
 void svdOf(Whole<T> whole, const SvdTask& task, const Image* image) {
-    const SvdFiles names(task, image);
     checkRanks(task, whole.m, whole.n);
+    SvdFiles files(task, image);
     for (const Part<T>& part : whole.parts)
         warnOfExtremes(part.a, task.a, routine<T>, leastUnscaled);
 
@@ -263,12 +260,11 @@ void svdOf(Whole<T> whole, const SvdTask& task, const Image* image) {
     checkDecomposition(whole, task);
     if (task.compare) compareWithCpu(whole, task);
 
-    Outputs outputs;
-    reportApproximations(whole, task, image, names, outputs);
-    if (names.wanted()) writeFactors(whole, task, image, names, outputs);
-    for (OutputFile& output : outputs) {
-        output.commit();
-        std::printf("wrote:      %s\n", output.name().c_str());
+    reportApproximations(whole, task, image, files);
+    if (files.wanted()) {
+        writeFactors(whole, task, image, files);
+        plot(whole, task, files);
+        files.commit();
     }
     std::printf("decomposed: status 0, no errors\n");
 }
@@ -299,8 +295,9 @@ void svd(SvdTask task) {
     std::vector<int>& ranks = task.ranks;
     std::sort(ranks.begin(), ranks.end());
     ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
-    if (isImage(task.a)) return svdOfImage(readImage(task.a), task);
-    const Dense A = readFilled(task.a);
+    InputFile in(task.a);
+    if (isImage(in.start())) return svdOfImage(readImage(in), task);
+    const Dense A = readFilled(in, ", nor an image: PGM, PPM or PNG");
     if (A.isComplex())
         svdOfMatrix<std::complex<float>>(A, task);
     else
