@@ -23,6 +23,7 @@ from numpy.linalg import LinAlgError
 from ._blas import gemm, gemv, hemm, her2k, herk, symm, syr2k, syrk, trmm, trsm
 from ._core import __version__
 from ._linalg import (
+    LinAlgWarning,
     LseResult,
     LstsqResult,
     QRResult,
@@ -38,9 +39,10 @@ from ._linalg import (
 )
 
 __all__ = [
-    "LinAlgError", "LseResult", "LstsqResult", "QRResult", "RawQRResult", "SVDResult", "devices",
-    "gemm", "gemv", "hemm", "her2k", "herk", "info", "lse", "lstsq", "lu_factor", "lu_solve", "qr",
-    "select_device", "solve", "svd", "symm", "syr2k", "syrk", "trmm", "trsm",
+    "LinAlgError", "LinAlgWarning", "LseResult", "LstsqResult", "QRResult", "RawQRResult",
+    "SVDResult", "devices", "gemm", "gemv", "hemm", "her2k", "herk", "info", "lse", "lstsq",
+    "lu_factor", "lu_solve", "qr", "select_device", "solve", "svd", "symm", "syr2k", "syrk", "trmm",
+    "trsm",
 ]  # fmt: skip
 
 

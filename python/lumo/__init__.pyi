@@ -12,6 +12,8 @@ _Scalar: TypeAlias = complex | np.number[Any]
 _Trans: TypeAlias = Literal[0, 1, 2]
 _Flag: TypeAlias = bool | Literal[0, 1]
 
+class LinAlgWarning(RuntimeWarning): ...
+
 class QRResult(NamedTuple):
     Q: _Array
     R: _Array

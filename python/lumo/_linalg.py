@@ -11,6 +11,10 @@ from . import _core
 from ._arrays import readable, refuse_non_finite, single, writable
 
 
+class LinAlgWarning(RuntimeWarning):
+    """There is an answer, but it may be far off."""
+
+
 class QRResult(NamedTuple):
     Q: np.ndarray
     R: np.ndarray
@@ -69,7 +73,8 @@ def solve(a, b, *, dtype=None, overwrite_a=False, overwrite_b=False, check_finit
     a is n x n, b has n rows and one or two dimensions, as x has. float32 or complex64; `dtype` asks
     for the conversion of others. `overwrite_a` and `overwrite_b` allow the factors and the solution
     to take the place of operands in Fortran order, which saves copies. Raises LinAlgError if a is
-    singular, ValueError if an operand has infs or NaNs (unless check_finite is False).
+    singular, ValueError if an operand has infs or NaNs (unless check_finite is False). Warns, by
+    LinAlgWarning, if a is singular to working precision: rcond, estimated, is below eps.
     """
     a, b, dtype = single("solve", dtype, a=a, b=b)
     _matrix("solve", a, square=True)
@@ -78,8 +83,15 @@ def solve(a, b, *, dtype=None, overwrite_a=False, overwrite_b=False, check_finit
     lu = writable(a, dtype, overwrite_a)
     if check_finite:
         refuse_non_finite("solve", a=lu, b=x)
-    if not _core.gesv(lu, np.empty(len(lu), np.int32), x):
+    rcond = _core.gesv(lu, np.empty(len(lu), np.int32), x)
+    if rcond is None:
         raise _singular(lu)
+    if rcond < np.finfo(np.float32).eps / 2:  # LAPACK's eps
+        warnings.warn(
+            f"matrix is ill-conditioned (rcond = {rcond:.2g}): x may have no correct digit",
+            LinAlgWarning,
+            stacklevel=2,
+        )
     return x
 
 
@@ -93,7 +105,7 @@ def lu_factor(a, *, dtype=None, overwrite_a=False, check_finite=True):
         refuse_non_finite("lu_factor", a=lu)
     piv = np.empty(min(lu.shape), np.int32)
     if not _core.getrf(lu, piv):
-        warnings.warn(str(_singular(lu)), RuntimeWarning, stacklevel=2)
+        warnings.warn(str(_singular(lu)), LinAlgWarning, stacklevel=2)
     piv -= 1
     return lu, piv
 

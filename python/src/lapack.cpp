@@ -1,10 +1,14 @@
 // LAPACK on arrays, overwritten in place: each function is the one of its name in lumo.h, sizes
-// taken from the arrays, whose shapes the Python layer has checked. False: a data error.
+// taken from the arrays, whose shapes the Python layer has checked. False, or None: a data error.
+#include <pybind11/stl.h>
+
+#include <optional>
 #include <vector>
 
 #include "arrays.h"
 #include "bind.h"
 #include "call.h"
+#include "common/condition.h"
 
 extern "C" {
 void sorgqr_(const int* m, const int* n, const int* k, void* a, const int* lda, const void* tau,
@@ -20,10 +24,14 @@ bool getrf(Matrix<T> a, Vector<int> ipiv) {
     return call(ofType<T>(lumoSgetrf, lumoCgetrf), a.rows, a.columns, raw(a.data), a.ld, ipiv.data);
 }
 
+// The reciprocal condition number of `a`, estimated; none for a data error.
 template <class T>
-bool gesv(Matrix<T> a, Vector<int> ipiv, Matrix<T> b) {
-    return call(ofType<T>(lumoSgesv, lumoCgesv), a.rows, b.columns, raw(a.data), a.ld, ipiv.data,
-                raw(b.data), b.ld);
+std::optional<double> gesv(Matrix<T> a, Vector<int> ipiv, Matrix<T> b) {
+    const double norm = oneNorm(a.rows, a.data, a.ld);
+    if (!call(ofType<T>(lumoSgesv, lumoCgesv), a.rows, b.columns, raw(a.data), a.ld, ipiv.data,
+              raw(b.data), b.ld))
+        return std::nullopt;
+    return reciprocalCondition(a.rows, a.data, a.ld, norm);
 }
 
 template <class T>

@@ -1,6 +1,8 @@
 """Linear systems, factorisations and least squares: by residuals, as LAPACK's testers measure
 them, and against NumPy in double precision."""
 
+import warnings
+
 import numpy as np
 import pytest
 from conftest import SINGLE, close, fortran, misaligned, part, random, storages
@@ -204,10 +206,18 @@ def test_failures_in_words(call, error, words):
         call()
 
 
-def test_a_singular_matrix_has_factors():
-    with pytest.warns(RuntimeWarning, match="pivot 3 is exactly zero"):
+def test_answers_that_may_be_far_off():
+    with pytest.warns(lumo.LinAlgWarning, match="pivot 3 is exactly zero"):
         lu, piv = lumo.lu_factor(singular(4, 3))
     assert np.array_equal(lu, singular(4, 3)) and piv.tolist() == [0, 1, 2, 3]
+
+    for dtype in SINGLE:
+        for least, warned in (1e-6, False), (1e-8, True):
+            with warnings.catch_warnings(record=True) as caught:
+                warnings.simplefilter("always")
+                lumo.solve(np.diag(np.array([3, least, 1, 1], dtype)), ONES)
+            assert [w.category for w in caught] == [lumo.LinAlgWarning] * warned
+            assert not warned or f"rcond = {least / 3:.2g}" in str(caught[0].message)
 
 
 def test_non_finite_numbers_come_through_if_allowed():
