@@ -27,9 +27,7 @@ demo: configure
 	build/default/examples/plate
 	build/default/examples/cylinder
 
-# The picture alone needs gnuplot.
 demo-fit: configure
-	@tools/setup.sh gnuplot-nox || echo "Without gnuplot there will be no picture."
 	cmake --build --preset default --target example_co2
 	cd build/default/examples && ./co2
 
@@ -40,7 +38,6 @@ demo-distributed: setup
 	cmake --build --preset default --target demo-distributed
 
 demo-svd: configure
-	@tools/setup.sh gnuplot-nox || echo "Without gnuplot there will be no plot of the values."
 	cmake --build --preset default --target lumo-command
 	build/default/tools/lumo/lumo svd examples/data/chelsea.png -k 5,20,50,100 --compare \
 	    -o build/default/examples/chelsea

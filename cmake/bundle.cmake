@@ -1,8 +1,8 @@
 # `make bundle`: an archive that runs on a GPU machine with a driver and CUBLAS and no other
 # packages. It holds the library and its plugin, the command, the examples, the numerical tests,
 # the benchmarks, and the run-time libraries that they need.
-set(programs lumo-command example_plate example_cylinder)
-foreach(program test_kernels test_lapack test_blas bench_lapack
+set(programs example_plate example_cylinder)
+foreach(program lumo-command test_kernels test_lapack test_blas bench_lapack
         bench_least_squares bench_svd bench_blas)
     if(TARGET ${program})
         list(APPEND programs ${program})

@@ -5,7 +5,9 @@ include(CMakePackageConfigHelpers)
 install(TARGETS lumo EXPORT LumoTargets LIBRARY
     DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS lumo-lapack LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dropin)
-install(TARGETS lumo-command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+if(TARGET lumo-command)
+    install(TARGETS lumo-command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
 if(LUMO_HAVE_CUDA)
     # CUBLAS is found where the toolkit had it when the plugin was built.
     set_target_properties(lumo-cuda PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)

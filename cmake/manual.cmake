@@ -1,5 +1,7 @@
 # The manual: lumo(1), and the reference from the headers' comments as lumo(3) and for browsers.
-install(FILES docs/man/lumo.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+if(TARGET lumo-command)
+    install(FILES docs/man/lumo.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+endif()
 
 find_package(Python COMPONENTS Interpreter QUIET)
 if(NOT Python_Interpreter_FOUND)

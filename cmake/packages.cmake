@@ -1,6 +1,10 @@
 # `make packages`: Debian packages of the installed tree's components.
-set(components runtime development dropin tools)
-set(built lumo lumo-lapack lumo-command)
+set(components runtime development dropin)
+set(built lumo lumo-lapack)
+if(TARGET lumo-command)
+    list(APPEND components tools)
+    list(APPEND built lumo-command)
+endif()
 if(LUMO_HAVE_CUDA)
     list(APPEND components cuda)
     list(APPEND built lumo-cuda)
@@ -42,7 +46,7 @@ lumo_package(cuda liblumo-cuda libs
     "CUDA toolkit that the plugin was built with, must be installed beside it.")
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_COMPONENT_DROPIN_DEPENDS runtime)
-# For `lumo tune`, and pictures of `lumo svd`.
+# For `lumo tune`, and pictures of `lumo svd` and `lumo bench`.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "liblumo-lapack")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "gnuplot-nox")
 set(CPACK_DEBIAN_CUDA_PACKAGE_ENHANCES "liblumo0, lumo-tools")

@@ -4,7 +4,8 @@
 set -eu
 
 packages="build-essential cmake ninja-build pkg-config libopenblas-dev libboost-dev libcli11-dev
-          libpng-dev libgtest-dev libbenchmark-dev clang-format-14 clang-tidy-14
+          libpng-dev zlib1g-dev gnuplot-nox libgtest-dev libbenchmark-dev
+          clang-format-14 clang-tidy-14
           python3-dev python3-numpy python3-pytest pybind11-dev
           liblapack-test libblas-test liblapack3 libblas3 $*"
 
