@@ -44,9 +44,11 @@ class Command : public ::testing::Test {
         std::ofstream(folder / name, std::ios::binary) << contents;
     }
     Outcome run(const std::string& arguments) const {
-        const std::string command =
-            "cd '" + folder.string() + "' && '" LUMO_COMMAND "' " + arguments + " >out 2>err";
-        const int status = std::system(command.c_str());
+        return shell("'" LUMO_COMMAND "' " + arguments);
+    }
+    Outcome shell(const std::string& command) const {
+        const std::string all = "cd '" + folder.string() + "' && (" + command + ") >out 2>err";
+        const int status = std::system(all.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(folder / "out"),
                 read(folder / "err")};
     }
@@ -65,17 +67,22 @@ class Command : public ::testing::Test {
         EXPECT_EQ(header, first.substr(first.find("array")) + ", " + second);
         return {std::istream_iterator<double>(in), {}};
     }
-    // Fails unless the command says one line with all these words and leaves nothing behind.
+    static void expectWords(const std::string& text, const std::vector<std::string>& words) {
+        for (const std::string& word : words)
+            EXPECT_NE(std::string::npos, text.find(word)) << word << "\n" << text;
+    }
+    // Fails unless the command says one line with all these words, after warnings if any, and
+    // leaves nothing behind.
     void expectRefusal(const std::string& arguments, const std::vector<std::string>& words) const {
         write("out", "");
         write("err", "");
         const auto before = files();
         const Outcome outcome = run(arguments);
         EXPECT_EQ(1, outcome.code);
-        EXPECT_EQ(0u, outcome.err.rfind("lumo: ", 0)) << outcome.err;
-        EXPECT_EQ(1, std::count(outcome.err.begin(), outcome.err.end(), '\n')) << outcome.err;
-        for (const std::string& word : words)
-            EXPECT_NE(std::string::npos, outcome.err.find(word)) << word << "\n" << outcome.err;
+        const std::string line = outcome.err.substr(outcome.err.rfind("\nlumo: ") + 1);
+        EXPECT_EQ(0u, line.rfind("lumo: ", 0)) << outcome.err;
+        EXPECT_EQ(1, std::count(line.begin(), line.end(), '\n')) << outcome.err;
+        expectWords(outcome.err, words);
         EXPECT_EQ(before, files());
     }
 

@@ -10,27 +10,56 @@ namespace {
 TEST_F(Command, TellsWhatItRunsOn) {
     const Outcome outcome = run("info");
     EXPECT_EQ(0, outcome.code);
-    for (const char* word : {"software (LUMO_PLATFORM=software)", "device 0", "capability", "MiB",
-                             "MHz", "CPU LAPACK:", "CUDA runtime:", "CUDA driver:"})
-        EXPECT_NE(std::string::npos, outcome.out.find(word)) << word << "\n" << outcome.out;
+    expectWords(outcome.out, {"software (LUMO_PLATFORM=software)", "device 0", "capability", "MiB",
+                              "MHz", "CPU LAPACK:", "CUDA runtime:", "CUDA driver:"});
     setenv("LUMO_PLATFORM", "abacus", 1);
     const Outcome refused = run("info");
     setenv("LUMO_PLATFORM", "software", 1);
     EXPECT_EQ(1, refused.code);
-    EXPECT_NE(std::string::npos, refused.out.find("LUMO_PLATFORM=abacus names no platform"));
+    expectWords(refused.out, {"LUMO_PLATFORM=abacus names no platform"});
+}
+
+TEST_F(Command, SaysWhatIsWrongWithItsArguments) {
+    const std::vector<std::string> cases[] = {{"frob", "frob is no command", "lstsq"},
+                                              {"", "info solve"},
+                                              {"solve A", "B is required"},
+                                              {"svd A -k 0", "0 not in range 1 to 2147483647"},
+                                              {"tune -n 0", "0 not in range 64 to 32768"}};
+    for (const auto& c : cases) {
+        const Outcome outcome = run(c[0]);
+        EXPECT_LT(100, outcome.code);
+        expectWords(outcome.err, {c.begin() + 1, c.end()});
+    }
 }
 
 TEST_F(Command, MeasuresItsSpeed) {
-    const Outcome outcome = run("bench zgemm sgels -n 100 --json speeds.json --plot speeds.svg");
+    const Outcome outcome = run("bench zgemm sgels -n 100 --json speeds.json");
     EXPECT_EQ(0, outcome.code) << outcome.err;
-    EXPECT_EQ((std::set<std::string>{"err", "out", "speeds.json", "speeds.svg"}), files());
-    const std::string json = read(folder / "speeds.json"), svg = read(folder / "speeds.svg");
-    for (const char* word : {"\"zgemm\"", "\"sgels\"", "\"crossover\": ", "{\"n\": 100, \"lumo_"})
-        EXPECT_NE(std::string::npos, json.find(word)) << word << "\n" << json;
-    for (const char* word : {">zgemm<", ">sgels<", "</svg>"})
-        EXPECT_NE(std::string::npos, svg.find(word)) << word;
-    expectRefusal("bench sgemm dgels --plot speeds.png", {"dgels", "zgemm"});
+    expectWords(read(folder / "speeds.json"),
+                {"\"zgemm\"", "\"sgels\"", "\"crossover\": ", "{\"n\": 100, \"lumo_"});
+    expectRefusal("bench sgemm dgels", {"dgels", "zgemm"});
     expectRefusal("bench sgemm -n 16 --json j --plot absent/speeds.svg", {"absent/speeds.svg: "});
+    expectRefusal("bench sgemm -n 16 --json j --plot speeds.txt", {"speeds.txt: ", ".svg"});
+    for (const char* signal : {"INT", "TERM"})
+        EXPECT_EQ(signal == "INT"s ? 130 : 143,
+                  shell("timeout --preserve-status -s "s + signal +
+                        " 0.5 '" LUMO_COMMAND "' bench -n 32768 --json j")
+                      .code);
+    EXPECT_EQ((std::set<std::string>{"err", "out", "speeds.json"}), files());
+}
+
+TEST_F(Command, DrawsItsSpeed) {
+    if (shell("command -v gnuplot").code) GTEST_SKIP() << "gnuplot is not installed";
+    const std::string formats[][2] = {{"svg", ">sgels<"}, {"png", "\x89PNG"}, {"pdf", "%PDF"}};
+    for (const auto& [ending, content] : formats) {
+        const std::string file = "x." + ending;
+        EXPECT_EQ(0, run("bench sgels zgemm -n 16 --plot " + file).code) << read(folder / "err");
+        expectWords(read(folder / file), {content});
+    }
+    const std::string path = getenv("PATH");
+    setenv("PATH", "/absent", 1);
+    expectRefusal("bench sgemm -n 16 --plot y.svg", {"y.svg: ", "gnuplot-nox"});
+    setenv("PATH", path.c_str(), 1);
 }
 
 TEST(SpeedCurve, CrossesWhereLumoStaysFaster) {
@@ -62,6 +91,7 @@ TEST_F(Command, TunesWhatItIsAskedTo) {
     EXPECT_EQ((std::vector<std::string>{"# mine", "cuda sgemm 512", "software dgemm 9"}), kept);
     for (const std::string& size : sizes) EXPECT_TRUE(size == "64" || size == "never") << size;
     EXPECT_FALSE(sizes.empty());
+    expectRefusal("tune sgem -o x", {"sgem is not measured", " sgemm "});
     EXPECT_EQ(1, run("tune sgemm -n 64 -o crossover/file").code);
 }
 

@@ -2,6 +2,9 @@
 #include <cmath>
 
 #include "command/command.h"
+#ifdef LUMO_HAVE_PNG
+#include <zlib.h>
+#endif
 
 namespace test {
 namespace {
@@ -59,14 +62,13 @@ TEST_F(Command, DecomposesMatrices) {
         const Outcome best = run("svd "s + c.k + " A -o x --compare");
         EXPECT_EQ(0, best.code);
         EXPECT_EQ("", best.err);
-        for (const std::string& word : c.words)
-            EXPECT_NE(std::string::npos, best.out.find(word)) << word << "\n" << best.out;
+        expectWords(best.out, c.words);
         expectNear(c.s, numbers("x.s.mtx", "array real general, " + shape(count, 1)));
         expectNear(c.best, numbers("x.k1.mtx", kind + shape(c.m, c.n)));
         EXPECT_EQ(0u, files().count("x.u.mtx"));
 
         // The factors' product.
-        EXPECT_NE(std::string::npos, run("svd A").out.find("values only"));
+        expectWords(run("svd A").out, {"values only"});
         EXPECT_EQ(0, run("svd A -o x").code);
         const auto s = numbers("x.s.mtx", "array real general, " + shape(count, 1));
         const auto u = numbers("x.u.mtx", kind + shape(c.m, count));
@@ -116,24 +118,86 @@ TEST_F(Command, DecomposesImages) {
         write("image", c.file);
         const Outcome outcome = run("svd image -o x -k "s + c.rank);
         EXPECT_EQ(0, outcome.code) << outcome.err;
-        EXPECT_NE(std::string::npos, outcome.out.find("0.000  identical")) << outcome.out;
+        expectWords(outcome.out, {"0.000  identical"});
         const std::string name = "x.k"s + c.rank + "." + c.extension;
         EXPECT_EQ(c.raw.empty() ? c.file : c.raw, read(folder / name));
     }
     // Of rank 1: 255 where the sum of the squares is 2 * 255^2, and a half of it at rank 1.
     write("image", "P2 2 2 255 255 0 0 255");
-    const Outcome outcome = run("svd image -k 1");
-    EXPECT_NE(std::string::npos, outcome.out.find("7.0711e-01  7.0711e-01")) << outcome.out;
-    EXPECT_NE(std::string::npos, outcome.out.find("127.500    6.0 dB")) << outcome.out;
+    expectWords(run("svd image -k 1").out, {"7.0711e-01  7.0711e-01", "127.500    6.0 dB"});
 }
 
 #ifdef LUMO_HAVE_PNG
+std::string chunk(const std::string& type, const std::string& data) {
+    const auto number = [](std::size_t n) {
+        return std::string{char(n >> 24), char(n >> 16), char(n >> 8), char(n)};
+    };
+    const std::string text = type + data;
+    const auto sum = crc32(0, reinterpret_cast<const Bytef*>(text.data()), uInt(text.size()));
+    return number(data.size()) + text + number(sum);
+}
+// A PNG file of these rows, each after a zero; type: 0 is grey, 2 color, 3 a palette, 4 and 6 the
+// first two with an alpha channel.
+std::string png(int width, int height, int depth, int type, const std::string& rows) {
+    uLongf size = compressBound(rows.size());
+    std::string data(size, 0);
+    compress(reinterpret_cast<Bytef*>(data.data()), &size,
+             reinterpret_cast<const Bytef*>(rows.data()), rows.size());
+    const std::string header{0,
+                             0,
+                             char(width >> 8),
+                             char(width),
+                             0,
+                             0,
+                             char(height >> 8),
+                             char(height),
+                             char(depth),
+                             char(type),
+                             0,
+                             0,
+                             0};
+    return "\x89PNG\r\n\x1a\n" + chunk("IHDR", header) +
+           (type == 3 ? chunk("PLTE", "abcdef") : "") + chunk("IDAT", data.substr(0, size)) +
+           chunk("IEND", "");
+}
+
+// Images of rank 1, which are their own approximation.
+TEST_F(Command, TakesEveryPngWithoutTransparency) {
+    const struct {
+        std::string file, shape;
+        std::vector<double> s;
+    } cases[] = {
+        {png(600, 600, 1, 0, std::string(76 * 600, 0).replace(1, 75, 75, -1)),
+         "600 1",
+         {255 * std::sqrt(600)}},
+        {png(2, 1, 16, 0, "\0\x12\x34\xff\xfe"s), "1 1", {std::hypot(0x1234, 0xfffe)}},
+        {png(2, 1, 8, 6, "\0\3\5\1\xff\4\xc\0\xff"s), "1 3", {5, 13, 1}},
+        {png(1, 1, 16, 4, "\0\1\2\xff\xff"s), "1 1", {258}},
+        {png(2, 1, 1, 3, "\0\x40"s),
+         "1 3",
+         {std::hypot('a', 'd'), std::hypot('b', 'e'), std::hypot('c', 'f')}},
+    };
+    for (const auto& c : cases) {
+        write("x.k1.png", c.file);
+        for (const char* from : {"svd - -k 1 -o x <x.k1.png", "svd x.k1.png -k 1 -o y"}) {
+            EXPECT_EQ(0, run(from).code) << read(folder / "err");
+            const auto s =
+                numbers(from[4] == '-' ? "x.s.mtx" : "y.s.mtx", "array real general, " + c.shape);
+            for (std::size_t i = 0; i < c.s.size(); ++i)
+                EXPECT_NEAR(c.s[i], s.at(i), 1e-6 * c.s[i]);
+        }
+    }
+    write("image", png(1, 1, 8, 4, "\0\1\xfe"s));
+    expectRefusal("svd image", {"image: ", "transparency"});
+    write("image", png(60000, 60000, 8, 0, ""));
+    expectRefusal("svd image", {"image: ", "ends early"});
+}
+
 TEST_F(Command, DecomposesThePhotograph) {
     const std::string photograph = LUMO_DATA "/chelsea.png";
     const Outcome outcome = run("svd " + photograph + " -k 20,300 -o x");
     EXPECT_EQ(0, outcome.code) << outcome.err;
-    EXPECT_NE(std::string::npos, outcome.out.find("300 x 451, red, green and blue"));
-    EXPECT_NE(std::string::npos, outcome.out.find("0.000  identical")) << outcome.out;
+    expectWords(outcome.out, {"300 x 451, red, green and blue", "0.000  identical"});
     ASSERT_EQ(0, run("svd x.k300.png -k 300 -o y").code);
     EXPECT_EQ(read(folder / "x.s.mtx"), read(folder / "y.s.mtx"));
     const std::string data = read(photograph);
@@ -157,7 +221,7 @@ TEST_F(Command, RefusesWhatItCannotDecompose) {
         {"P2 1 1 65536 1", "65536"},
         {"P2 1 1 12 13", "a sample of 13"},
         {"P2 1 1 12 x", "a sample"},
-        {"P6", "neither"},
+        {"P6", "neither a Matrix Market nor a NumPy file, nor an image: PGM, PPM or PNG"},
         {"P6\n", "ends early"},
         {mtx("array real general", "2 2\n1\n0\nnan\n1\n"), "(1, 2) is not finite"},
         {mtx("array real general", "2 0\n"), "no elements"},
@@ -175,13 +239,10 @@ TEST_F(Command, RefusesWhatItCannotDecompose) {
     expectRefusal("svd A -k 2 -o x", {"A: 2 x 1 has no rank 2"});
     expectRefusal("svd A -o y", {"y.vt.mtx: ", "not a file"});
     expectRefusal("svd A -o absent/x", {"absent/x.s.mtx: "});
-    // Found out when the approximation is written already.
-    expectRefusal("svd A -k 1 -o " + std::string(235, 'x'), {".spectrum.png: ", "too long"});
     expectRefusal("svd x.k1.mtx -k 1 -o x", {"x.k1.mtx: ", "overwrite"});
-    EXPECT_NE(0, run("svd A -k 0").code);
-    EXPECT_EQ(std::string::npos, run("svd A").out.find("scale"));
+    EXPECT_EQ("", run("svd A").err);
     write("A", mtx("array real general", "1 1\n1e13\n"));
-    EXPECT_NE(std::string::npos, run("svd A").out.find("does not scale"));
+    expectWords(run("svd A").err, {"does not scale"});
 }
 
 }  // namespace
