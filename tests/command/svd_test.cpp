@@ -12,14 +12,13 @@ namespace {
 // The values, norms and approximations of matrices small enough to be worked out by hand.
 TEST_F(Command, DecomposesMatrices) {
     const struct {
-        const char *name, *A, *k;
+        const char *name, *A;
         int m, n;
         std::vector<double> s, best;  // singular values, the approximation of rank 1
         std::vector<std::string> words;
     } cases[] = {
         {"wide",
          "real general\n2 3\n3\n2\n2\n3\n2\n-2\n",
-         "-k 1,2,1",
          2,
          3,
          {5, 3},
@@ -29,7 +28,6 @@ TEST_F(Command, DecomposesMatrices) {
           "1   5.1450e-01  5.1450e-01   6.0000e-01  6.0000e-01   100.0 %", "2   0.0000e+00"}},
         {"complex and tall",
          "complex general\n3 2\n2 0\n0 1\n0 0\n0 2\n1 0\n0 0\n",
-         "-k 1",
          3,
          2,
          {std::sqrt(8), std::sqrt(2)},
@@ -38,13 +36,12 @@ TEST_F(Command, DecomposesMatrices) {
           "1   4.4721e-01  4.4721e-01   5.0000e-01  5.0000e-01   100.0 %"}},
         {"of lower rank",
          "real general\n3 2\n1\n2\n2\n2\n4\n4\n",
-         "-k 1",
          3,
          2,
          {std::sqrt(45), 0},
          {1, 2, 2, 2, 4, 4},
          {"rank:       1 "}},
-        {"zero", "real general\n1 2\n0\n0\n", "-k 1", 1, 2, {0}, {0, 0}, {"rank:       0 "}},
+        {"zero", "real general\n1 2\n0\n0\n", 1, 2, {0}, {0, 0}, {"rank:       0 "}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -59,7 +56,7 @@ TEST_F(Command, DecomposesMatrices) {
         };
         fs::remove(folder / "x.u.mtx");
         write("A", mtx("array "s + c.A, ""));
-        const Outcome best = run("svd "s + c.k + " A -o x --compare");
+        const Outcome best = run("svd -k 1"s + (c.n > 2 ? ",2,1" : "") + " A -o x --compare");
         EXPECT_EQ(0, best.code);
         EXPECT_EQ("", best.err);
         expectWords(best.out, c.words);
@@ -128,37 +125,23 @@ TEST_F(Command, DecomposesImages) {
 }
 
 #ifdef LUMO_HAVE_PNG
-std::string chunk(const std::string& type, const std::string& data) {
-    const auto number = [](std::size_t n) {
-        return std::string{char(n >> 24), char(n >> 16), char(n >> 8), char(n)};
-    };
-    const std::string text = type + data;
+std::string number(std::size_t n) {
+    return {char(n >> 24), char(n >> 16), char(n >> 8), char(n)};
+}
+std::string chunk(const std::string& text) {
     const auto sum = crc32(0, reinterpret_cast<const Bytef*>(text.data()), uInt(text.size()));
-    return number(data.size()) + text + number(sum);
+    return number(text.size() - 4) + text + number(sum);
 }
 // A PNG file of these rows, each after a zero; type: 0 is grey, 2 color, 3 a palette, 4 and 6 the
 // first two with an alpha channel.
-std::string png(int width, int height, int depth, int type, const std::string& rows) {
+std::string png(int width, int height, char depth, char type, const std::string& rows) {
     uLongf size = compressBound(rows.size());
     std::string data(size, 0);
     compress(reinterpret_cast<Bytef*>(data.data()), &size,
              reinterpret_cast<const Bytef*>(rows.data()), rows.size());
-    const std::string header{0,
-                             0,
-                             char(width >> 8),
-                             char(width),
-                             0,
-                             0,
-                             char(height >> 8),
-                             char(height),
-                             char(depth),
-                             char(type),
-                             0,
-                             0,
-                             0};
-    return "\x89PNG\r\n\x1a\n" + chunk("IHDR", header) +
-           (type == 3 ? chunk("PLTE", "abcdef") : "") + chunk("IDAT", data.substr(0, size)) +
-           chunk("IEND", "");
+    return "\x89PNG\r\n\x1a\n" +
+           chunk("IHDR" + number(width) + number(height) + depth + type + "\0\0\0"s) +
+           chunk("PLTEabcdef") + chunk("IDAT" + data.substr(0, size)) + chunk("IEND");
 }
 
 // Images of rank 1, which are their own approximation.
@@ -179,18 +162,17 @@ TEST_F(Command, TakesEveryPngWithoutTransparency) {
     };
     for (const auto& c : cases) {
         write("x.k1.png", c.file);
-        for (const char* from : {"svd - -k 1 -o x <x.k1.png", "svd x.k1.png -k 1 -o y"}) {
-            EXPECT_EQ(0, run(from).code) << read(folder / "err");
-            const auto s =
-                numbers(from[4] == '-' ? "x.s.mtx" : "y.s.mtx", "array real general, " + c.shape);
+        for (int time = 0; time < 2; ++time) {
+            ASSERT_EQ(0, run("svd - -k 1 -o x <x.k1.png").code) << read(folder / "err");
+            const auto s = numbers("x.s.mtx", "array real general, " + c.shape);
             for (std::size_t i = 0; i < c.s.size(); ++i)
                 EXPECT_NEAR(c.s[i], s.at(i), 1e-6 * c.s[i]);
         }
     }
-    write("image", png(1, 1, 8, 4, "\0\1\xfe"s));
-    expectRefusal("svd image", {"image: ", "transparency"});
-    write("image", png(60000, 60000, 8, 0, ""));
-    expectRefusal("svd image", {"image: ", "ends early"});
+    write("A", png(1, 1, 8, 4, "\0\1\xfe"s));
+    expectRefusal("svd A", {"A: has transparency"});
+    write("A", png(60000, 60000, 8, 0, ""));
+    expectRefusal("svd A", {"A: ends early"});
 }
 
 TEST_F(Command, DecomposesThePhotograph) {
@@ -213,14 +195,12 @@ TEST_F(Command, RefusesWhatItCannotDecompose) {
         {"P5\n3 2\n255\nabcde", "ends early"},
         {"P5\n3 2\n300\nabcdefghijk", "ends early"},
         {"P5\n2000000000 2000000000\n255\n", "ends early"},
-        {"P2 2 2 255 1 2 3", "ends early"},
         {"P5\n3 2\n255\nabcdefg", "more than"},
         {"P2 1 1 255 1 2", "more than"},
         {"P5\n0 2\n255\n", "no pixels"},
         {"P5\n-3 2\n255\nabcdef", "the width"},
         {"P2 1 1 65536 1", "65536"},
         {"P2 1 1 12 13", "a sample of 13"},
-        {"P2 1 1 12 x", "a sample"},
         {"P6", "neither a Matrix Market nor a NumPy file, nor an image: PGM, PPM or PNG"},
         {"P6\n", "ends early"},
         {mtx("array real general", "2 2\n1\n0\nnan\n1\n"), "(1, 2) is not finite"},
@@ -239,6 +219,7 @@ TEST_F(Command, RefusesWhatItCannotDecompose) {
     expectRefusal("svd A -k 2 -o x", {"A: 2 x 1 has no rank 2"});
     expectRefusal("svd A -o y", {"y.vt.mtx: ", "not a file"});
     expectRefusal("svd A -o absent/x", {"absent/x.s.mtx: "});
+    EXPECT_EQ("", read(folder / "out"));
     expectRefusal("svd x.k1.mtx -k 1 -o x", {"x.k1.mtx: ", "overwrite"});
     EXPECT_EQ("", run("svd A").err);
     write("A", mtx("array real general", "1 1\n1e13\n"));

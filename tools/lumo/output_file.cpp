@@ -23,7 +23,9 @@ struct OutputFile::Unfinished {
 void OutputFile::removeUnfinished(int signal) {
     for (const Unfinished* part = Unfinished::last; part; part = part->before)
         if (part->exists) unlink(part->file.c_str());
-    raise(signal);  // which is no longer handled
+    // Not before: a second signal must not end the program in between.
+    std::signal(signal, SIG_DFL);
+    raise(signal);
 }
 
 OutputFile::Unfinished* OutputFile::note(const std::string& file) {
@@ -32,7 +34,6 @@ OutputFile::Unfinished* OutputFile::note(const std::string& file) {
             struct sigaction action = {};
             if (sigaction(signal, nullptr, &action) || action.sa_handler != SIG_DFL) continue;
             action.sa_handler = removeUnfinished;
-            action.sa_flags = int(SA_RESETHAND);
             sigaction(signal, &action, nullptr);
         }
     return Unfinished::last = new Unfinished{file, Unfinished::last};
