@@ -187,7 +187,7 @@ Times measure(const Entry<T>& entry, const std::string& name, int n) {
         5, 0.5, [&] { operands.restore(); },
         [&] {
             if (const int status = entry.lumo(operands))
-                throw failure("Lumo", describe(lumoStatus(status), lumoGetErrorInfo()));
+                throw failure("Lumo", describe(lumoStatus(status), lumoGetThreadErrorInfo()));
         },
         [&] {
             if (const int info = entry.cpu(operands))

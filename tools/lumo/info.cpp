@@ -74,7 +74,7 @@ void showInfo() {
 
     int devices = 0;
     if (const lumoStatus status = lumoGetDeviceCount(&devices))
-        throw std::runtime_error(describe(status, lumoGetErrorInfo()));
+        throw std::runtime_error(describe(status, lumoGetThreadErrorInfo()));
     if (devices == 0) std::printf("devices:        none\n");
     for (int device = 0; device < devices; ++device) printDevice(device);
     printDeviceInUse();

@@ -60,7 +60,7 @@ Outcome timed(Call call, const char* what = "solving") {
         return call();
     }();
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    return {status, lumoGetErrorInfo(), elapsed.count()};
+    return {status, lumoGetThreadErrorInfo(), elapsed.count()};
 }
 
 // The largest scaled error that a solution may have. Status 0 alone does not promise it: partial

@@ -14,7 +14,7 @@ std::string describe(lumoStatus status, int info) {
 Session::Session() {
     const lumoStatus status = lumoInitialize();
     if (status == lumoNoError) return;
-    const int info = lumoGetErrorInfo();
+    const int info = lumoGetThreadErrorInfo();
     lumoShutdown();  // the failed call has registered the thread
     throw std::runtime_error(describe(status, info));
 }
@@ -28,7 +28,7 @@ std::string Session::device() const {
 std::string deviceText(int device) {
     char text[300];
     const lumoStatus status = lumoGetDeviceInfo(device, text, sizeof text);
-    return status == lumoNoError ? text : describe(status, lumoGetErrorInfo());
+    return status == lumoNoError ? text : describe(status, lumoGetThreadErrorInfo());
 }
 
 }  // namespace lumo

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "lumo.h"
+#include "lumo_thread.h"
 
 namespace lumo {
 

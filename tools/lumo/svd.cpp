@@ -48,7 +48,7 @@ void checkRanks(const SvdTask& task, int m, int n) {
 }
 
 void succeed(lumoStatus status) {
-    if (status != lumoNoError) throw std::runtime_error(describe(status, lumoGetErrorInfo()));
+    if (status != lumoNoError) throw std::runtime_error(describe(status, lumoGetThreadErrorInfo()));
 }
 
 template <class T>
