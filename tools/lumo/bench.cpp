@@ -18,6 +18,11 @@ namespace {
 // A ladder ends where a call takes longer.
 constexpr double longCall = 1;
 
+void deliver(OutputFile& file) {
+    file.commit();
+    std::printf("written: %s\n", file.name().c_str());
+}
+
 SpeedCurve measure(const BenchRoutine& routine, const std::string& place, int largest) {
     SpeedCurve curve{routine.name, {}, {}, {}};
     std::vector<int> sizes;
@@ -76,9 +81,7 @@ std::string json(const std::string& device, const std::vector<SpeedCurve>& curve
 void bench(const BenchOptions& options) {
     const auto routines = choose(benchRoutines(), options.routines);
     const auto table = openOutput(options.json), picture = openOutput(options.plot);
-    if (picture)
-        if (const std::string obstacle = obstacleToPlot(options.plot); !obstacle.empty())
-            throw FileError(options.plot + ": " + obstacle);
+    if (picture) checkPlot(options.plot);
     const Session session;
     const std::string device = session.device();
     std::printf("device: %s\n\n%-8s %6s %11s %11s %10s %10s %8s\n", device.c_str(), "routine", "n",
@@ -92,13 +95,14 @@ void bench(const BenchOptions& options) {
             routine,
             std::to_string(curves.size() + 1) + " of " + std::to_string(routines.size()) + ": ",
             options.largest));
-    if (table) table->stream() << json(device, curves);
-    if (picture) plotSpeeds(*picture, "lumo bench: " + device, curves);
-    for (OutputFile* file : {table.get(), picture.get()})
-        if (file) {
-            file->commit();
-            std::printf("written: %s\n", file->name().c_str());
-        }
+    if (table) {
+        table->stream() << json(device, curves);
+        deliver(*table);
+    }
+    if (picture) {
+        plotSpeeds(*picture, "lumo bench: " + device, curves);
+        deliver(*picture);
+    }
 }
 
 }  // namespace lumo

@@ -55,17 +55,16 @@ Outcome runGnuplot(const std::string& script, int output) {
 
 }  // namespace
 
-std::string obstacleToPlot(const std::string& file) {
+void checkPlot(const std::string& file) {
     const std::string terminal = terminalOf(file);
-    if (terminal.empty()) return "pictures are drawn as .svg, .png or .pdf";
-    switch (runGnuplot("set terminal " + terminal + "\n", STDERR_FILENO)) {
-        case Outcome::absent:
-            return "pictures are drawn by gnuplot, which is not installed (Debian: gnuplot-nox)";
-        case Outcome::failed:
-            return "the gnuplot that is installed cannot draw " + terminal;
-        default:
-            return "";
-    }
+    if (terminal.empty()) throw FileError(file + ": pictures are drawn as .svg, .png or .pdf");
+    const Outcome outcome = runGnuplot("set terminal " + terminal + "\n", STDERR_FILENO);
+    if (outcome == Outcome::absent)
+        throw FileError(file +
+                        ": pictures are drawn by gnuplot, which is not installed (Debian: "
+                        "gnuplot-nox)");
+    if (outcome == Outcome::failed)
+        throw FileError(file + ": the gnuplot that is installed cannot draw " + terminal);
 }
 
 void drawPicture(OutputFile& file, PictureSize size, const std::string& script) {

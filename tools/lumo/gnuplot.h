@@ -7,11 +7,11 @@
 
 namespace lumo {
 
-// What keeps gnuplot from drawing a file of this name, in words; empty if nothing does. The file's
-// ending tells the format: .svg, .png or .pdf.
-std::string obstacleToPlot(const std::string& file);
+// Throws a FileError if gnuplot is not there, or cannot draw a file of this name, whose ending
+// tells the format: .svg, .png or .pdf.
+void checkPlot(const std::string& file);
 
-// Draws what the script says; throws a FileError if gnuplot fails.
+// Draws what the script says. Throws a FileError if gnuplot fails.
 struct PictureSize {
     int width, height;  // in pixels
 };

@@ -113,28 +113,32 @@ class InputFile::Buffer : public std::streambuf {
     std::vector<char> bytes_;
 };
 
-InputFile::InputFile(const std::string& file) try : std
-    ::istream(nullptr), name_(file) {
-        const int descriptor = file == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                                           : open(file.c_str(), O_RDONLY | O_CLOEXEC);
-        if (descriptor < 0) throwSystemError();
-        buffer_ = std::make_unique<Buffer>(descriptor);
-        rdbuf(buffer_.get());
-        exceptions(std::ios::badbit);  // not to take a failure for the end
-        bytes_ = lengthOf(descriptor);
-        start_ = buffer_->start();
-        if (buffer_->unpacks()) bytes_ *= deflateRatio;
-#ifndef LUMO_HAVE_ZLIB
-        if (start_.compare(0, 2, "\x1f\x8b") == 0)
-            throw FileError(
-                "compressed by gzip, which this command was built without zlib for; unpack it, or "
-                "install zlib1g-dev and build again");
-#endif
+InputFile::InputFile(const std::string& file) : std::istream(nullptr), name_(file) {
+    try {
+        open();
+    } catch (const FileError& error) {
+        throw FileError(file + ": " + error.what());
     }
-catch (const FileError& error) {
-    throw FileError(file + ": " + error.what());
 }
 
 InputFile::~InputFile() = default;
+
+void InputFile::open() {
+    const int descriptor = name_ == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                        : ::open(name_.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) throwSystemError();
+    buffer_ = std::make_unique<Buffer>(descriptor);
+    rdbuf(buffer_.get());
+    exceptions(std::ios::badbit);  // not to take a failure for the end
+    bytes_ = lengthOf(descriptor);
+    start_ = buffer_->start();
+    if (buffer_->unpacks()) bytes_ *= deflateRatio;
+#ifndef LUMO_HAVE_ZLIB
+    if (start_.compare(0, 2, "\x1f\x8b") == 0)
+        throw FileError(
+            "compressed by gzip, which this command was built without zlib for; unpack it, or "
+            "install zlib1g-dev and build again");
+#endif
+}
 
 }  // namespace lumo

@@ -26,6 +26,8 @@ class InputFile : public std::istream {
 
   private:
     class Buffer;
+    void open();
+
     std::string name_, start_;
     std::int64_t bytes_ = -1;
     std::unique_ptr<Buffer> buffer_;

@@ -227,19 +227,21 @@ void writeFactors(const Whole<T>& whole, const SvdTask& task, const Image* image
     }
 }
 
+// As far as gnuplot is able to: the other files do without.
 template <class T>
 void plot(const Whole<T>& whole, const SvdTask& task, SvdFiles& files) {
     OutputFile& file = files.plot();
-    std::string obstacle = obstacleToPlot(file.name());
-    if (whole.largestBeyond(0) == 0) obstacle = "all singular values are zero";
-    if (!obstacle.empty()) {
-        std::printf("no plot:    %s\n", obstacle.c_str());
-        return files.leaveOut(file);
-    }
     std::vector<Spectrum> spectra;
     for (const Part<T>& part : whole.parts) spectra.push_back({part.name, part.d.s});
     const std::string name = std::filesystem::path(task.a).filename();
-    plotSpectra(file, "Singular values of " + name, spectra, task.ranks);
+    try {
+        if (whole.largestBeyond(0) == 0) throw FileError("all singular values are zero");
+        checkPlot(file.name());
+        plotSpectra(file, "Singular values of " + name, spectra, task.ranks);
+    } catch (const FileError& error) {
+        std::printf("no plot:    %s\n", error.what());
+        files.leaveOut(file);
+    }
 }
 
 template <class T>
