@@ -18,12 +18,13 @@ install(FILES ${LUMO_HEADERS}
 
 set(LUMO_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Lumo)
 install(EXPORT LumoTargets NAMESPACE Lumo:: DESTINATION ${LUMO_CMAKE_DIR} COMPONENT development)
-configure_package_config_file(cmake/lumoConfig.cmake.in lumoConfig.cmake
+# Under this spelling find_package(Lumo) and find_package(lumo) find it, on any file system.
+configure_package_config_file(cmake/lumo-config.cmake.in lumo-config.cmake
     INSTALL_DESTINATION ${LUMO_CMAKE_DIR})
-write_basic_package_version_file(lumoConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(lumo-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES
-    ${CMAKE_CURRENT_BINARY_DIR}/lumoConfig.cmake
-    ${CMAKE_CURRENT_BINARY_DIR}/lumoConfigVersion.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/lumo-config.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/lumo-config-version.cmake
     DESTINATION ${LUMO_CMAKE_DIR} COMPONENT development)
 
 # Relative to itself, so that the tree may be installed anywhere.

@@ -40,4 +40,17 @@ program circuit
         exp(level(1, 1) / level(2, 1)), " s"
     if (abs(level(2, 1) + sections) > 0.01) error stop "the slope is wrong"
     if (abs(exp(level(1, 1) / level(2, 1)) / rc - 1) > 0.02) error stop "the time constant is wrong"
+
+contains
+
+    ! Stops the program with the library's words, if a call has failed.
+    subroutine check(status, what)
+        integer(c_int), intent(in) :: status
+        character(*), intent(in) :: what
+        character(kind=c_char) :: buffer(200)
+        if (status == lumoNoError) return
+        if (lumoGetErrorInfoString(status, lumoGetErrorInfo(), buffer, 200_c_int) /= 0) stop 2
+        print '(*(a))', what, ": ", buffer(1:findloc(buffer, c_null_char, dim=1) - 1)
+        stop 1
+    end subroutine
 end program circuit

@@ -29,6 +29,9 @@
 #endif
 
 #ifdef __cplusplus
+#ifdef LUMO_COMPLEX_NATIVE
+#include <complex>
+#endif
 extern "C" {
 #endif
 
@@ -48,13 +51,26 @@ typedef enum lumoStatus LUMO_ANY_INT {
     lumoRuntimeError = 10  /* info: the CUDA error code, or -1 for an unknown failure */
 } lumoStatus;
 
-/* Complex numbers: real part, imaginary part; the layout of C99's and C++'s complex types. */
+/* Complex numbers: real part, imaginary part; the layout of C99's and C++'s complex types. A
+ * program that defines LUMO_COMPLEX_NATIVE before it includes this header has these types
+ * themselves here, float _Complex or std::complex<float>. By value, too, they are passed as the
+ * structures are on x86-64 (System V) and AArch64; that is not promised elsewhere. */
+#ifndef LUMO_COMPLEX_NATIVE
 typedef struct lumoFloatComplex {
     float re, im;
 } lumoFloatComplex;
 typedef struct lumoDoubleComplex {
     double re, im;
 } lumoDoubleComplex;
+#elif !defined(__x86_64__) && !defined(__aarch64__)
+#error "LUMO_COMPLEX_NATIVE: not known to be passed by value as the structures are"
+#elif defined(__cplusplus)
+typedef std::complex<float> lumoFloatComplex;
+typedef std::complex<double> lumoDoubleComplex;
+#else
+typedef float _Complex lumoFloatComplex;
+typedef double _Complex lumoDoubleComplex;
+#endif
 
 /* ---- Initialisation ---------------------------------------------------------------------- */
 

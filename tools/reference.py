@@ -1,50 +1,20 @@
 #!/usr/bin/env python3
-"""The reference manual from the headers' comments: reference.py {man,html} VERSION OUTPUT HEADER...
+"""The reference manual from the headers' comments:
 
-A general tool would want its marks in every comment, and puts each of a routine's variants apart
-from what is said of all. The headers are regular enough to be read as they are: a comment
-"---- Title ----" opens a section, any other comment speaks of the declarations that follow it.
+    reference.py man VERSION DATE FOLDER HEADER...   lumo.3.gz, and a page for every function
+    reference.py html VERSION FILE HEADER...
 """
 
 import contextlib
 import html
+import os
 import re
+import shutil
+import subprocess
 import sys
 import textwrap
-from dataclasses import dataclass
 
-
-@dataclass
-class Entry:
-    title: str  # of the section that it opens, or ""
-    comment: list  # the comment's lines
-    code: list  # declarations
-
-    def functions(self):
-        """Name -> declaration on one line, without what only compilers need."""
-        flat = [re.sub(r"\s+", " ", c.replace("LUMO_API ", "")) for c in self.code]
-        named = ((re.search(r"(lumo\w+)\(", c), c) for c in flat)
-        return {match[1]: c for match, c in named if match}
-
-
-def parse(text):
-    """The entries of a header."""
-    token = re.compile(
-        r"/\* -{4} (?P<title>.*?) -+ \*/|/\*(?P<comment>.*?)\*/(?P<compilers>\n#if defined)?"
-        r"|(?P<code>^typedef [^;{]*\{.*?\} \w+;|^LUMO_API .*?;)",
-        re.S | re.M)
-    entries = []
-    for match in token.finditer(text):
-        if match["title"]:
-            entries.append(Entry(match["title"], [], []))
-        elif match["compilers"]:
-            pass
-        elif match["comment"]:
-            lines = [re.sub(r"^ \* ?", "", line) for line in match["comment"].split("\n")]
-            entries.append(Entry("", [line.rstrip() for line in lines], []))
-        else:
-            entries[-1].code.append(match["code"])
-    return entries
+import headers
 
 
 def paragraphs(lines):
@@ -93,51 +63,112 @@ def aligned(declaration):
     return re.sub(r"\n {5,}", "\n        ", declaration)
 
 
+def sections(entries):
+    """(title's entry, groups of functions) of each section that has functions."""
+    result = []
+    for entry in entries:
+        if entry.title:
+            result.append((entry, []))
+        elif entry.functions():
+            result[-1][1].append(entry)
+    return result
+
+
 SAME = "The same on device memory:"
+
+
+def summary(section, groups, entry):
+    """A line for a group of functions: their section's title where they are alone in it, else the
+    first clause of their comment."""
+    words = section.title
+    if len(groups) > 1 or section.title == entry.header:
+        words = paragraphs(entry.comment)[0][1].replace("`", "")
+        words = re.split(r"(?<=\S)[.;](?: |$)", words)[0]
+    return words[0].lower() + words[1:] if words[1].islower() else words
 
 
 class Man:
     """man(7)."""
 
+    def __init__(self, version, date):
+        self.version, self.date = version, date
+
     def text(self, s):
-        for plain, roff in (("\\", "\\e"), ("'", "\\(aq"), ("^", "\\(ha"), ("`", "\\(ga")):
+        for plain, roff in (("\\", "\\e"), ("'", "\\(aq"), ("^", "\\(ha")):
             s = s.replace(plain, roff)
+        s = re.sub("`([^`]+)`", r"\\fB\1\\fP", s)
         return re.sub(r"(?<![\w-])-(?=[\w.])", r"\\-", s)
 
     def filled(self, s):
         s = re.sub(r"\b(lumo\w+)", r"\\%\1", self.text(s))  # names are not hyphenated
         return textwrap.fill(s, 78, break_long_words=False, break_on_hyphens=False)
 
-    def page(self, version, entries):
+    def begin(self, page, names, line, includes):
         print(f'.\\" Made from the headers by tools/reference.py.\n'
-              f'.TH LUMO 3 "" "Lumo {version}" "Lumo reference"\n.SH NAME\n'
-              "lumo \\- dense linear algebra on NVIDIA GPUs, and whole without one\n"
-              ".SH SYNOPSIS\n.B #include <lumo.h>\n.br\n.B #include <lumo_memory.h>\n.PP\n"
-              ".RI cc\\  file .c\n.B $(pkg\\-config \\-\\-cflags \\-\\-libs lumo)\n.SH DESCRIPTION")
+              f'.TH {page} 3 "{self.date}" "Lumo {self.version}" "Lumo reference"\n.SH NAME\n'
+              f"{textwrap.fill(', '.join(names), 78)} \\- {self.text(line)}\n.SH SYNOPSIS")
+        print("\n.br\n".join(f".B #include <{header}>" for header in includes))
+
+    def overview(self, entries):
+        self.begin("LUMO", ["lumo"], "dense linear algebra on NVIDIA GPUs, and whole without one",
+                   dict.fromkeys(entry.header for entry in entries))
+        print(".PP\n.RI cc\\  file .c\n.B $(pkg\\-config \\-\\-cflags \\-\\-libs lumo)\n"
+              ".SH DESCRIPTION\nEvery function has a page of its own as well.")
         for entry in entries:
             if entry.title:
                 print(f'.SH "{self.text(entry.title)}"')
             else:
-                self.entry(entry)
+                names = declarations(entry)[1]
+                if names:
+                    print(f".SS {heading(entry)}")
+                self.code(entry, "" if names else ".PP\n")
+                self.words(entry)
         print(".SH SEE ALSO\n.BR lumo (1)")
 
-    def entry(self, entry):
-        code, names, device = declarations(entry)
-        if names:
-            print(f".SS {heading(entry)}")
-        if code:
-            print(".nf" if names else ".PP\n.nf")
-            print("\n".join(self.text(aligned(c)) for c in code))
-            print(".fi")
-        between = ".PP\n" if code else ""
+    def function_page(self, line, entry):
+        names = list(entry.functions())
+        self.begin(names[0], names, line, [entry.header])
+        self.code(entry, ".PP\n")
+        print(".SH DESCRIPTION")
+        self.words(entry)
+        print(".SH SEE ALSO\n.BR lumo (3)\ntells what holds for every function.")
+
+    def code(self, entry, before):
+        shown, _, device = declarations(entry)
+        if shown:
+            print(before + ".nf\n" + "\n".join(self.text(aligned(c)) for c in shown) + "\n.fi")
         if device:
-            print(between + self.filled(f"{SAME} {', '.join(device)}."))
+            print(".PP\n" + self.filled(f"{SAME} {', '.join(device)}."))
+
+    def words(self, entry):
+        between = ".PP\n"
         for kind, *words in paragraphs(entry.comment):
             if kind == "item":
                 print(f".TP 16\n{self.text(words[0])}")
                 between = ""
             print(between + self.filled(words[-1]))
             between = ".PP\n"
+
+    def pages(self, folder, entries):
+        """Writes lumo.3.gz; for each group of functions a page under the first's name, to which
+        the others' names lead."""
+        shutil.rmtree(folder, ignore_errors=True)
+        os.makedirs(folder)
+        pages = []
+
+        def write(name, content, *arguments):
+            pages.append(os.path.join(folder, name + ".3"))
+            with open(pages[-1], "w", encoding="utf-8") as file, contextlib.redirect_stdout(file):
+                content(*arguments)
+
+        write("lumo", self.overview, entries)
+        for section, groups in sections(entries):
+            for entry in groups:
+                first, *others = entry.functions()
+                write(first, self.function_page, summary(section, groups, entry), entry)
+                for other in others:
+                    os.symlink(f"{first}.3.gz", os.path.join(folder, f"{other}.3.gz"))
+        subprocess.run(["gzip", "-9n", *pages], check=True)
 
 
 class Html:
@@ -180,22 +211,20 @@ dt { font-family: monospace; float: left } dd { margin: 0 0 .3em 8em } .same { f
         if device:
             print(f'<p class="same">{SAME} ' + ", ".join(device) + ".</p>")
         for kind, *words in paragraphs(entry.comment):
-            words = [html.escape(w) for w in words]
+            words = [re.sub("`([^`]+)`", r"<code>\1</code>", html.escape(w)) for w in words]
             print(f"<dl><dt>{words[0]}</dt><dd>{words[1]}</dd></dl>" if kind == "item"
                   else f"<p>{words[0]}</p>")
 
 
 def main():
-    form, version, output, *headers = sys.argv[1:]
-    entries = []
-    for header in headers:
-        with open(header, encoding="utf-8") as file:
-            found = parse(file.read())
-        if entries:  # a second header is a section
-            found.insert(0, Entry("Device memory", [], []))
-        entries += found
-    with open(output, "w", encoding="utf-8") as file, contextlib.redirect_stdout(file):
-        {"man": Man, "html": Html}[form]().page(version, entries)
+    form, version, *rest = sys.argv[1:]
+    if form == "man":
+        date, folder, *paths = rest
+        Man(version, date).pages(folder, headers.parse_all(paths))
+    else:
+        output, *paths = rest
+        with open(output, "w", encoding="utf-8") as file, contextlib.redirect_stdout(file):
+            Html().page(version, headers.parse_all(paths))
 
 
 if __name__ == "__main__":

@@ -1,5 +1,7 @@
-# cmake -DCOMMAND_PAGE=lumo.1 -DLIBRARY_PAGE=lumo.3 -DLUMO=lumo -DMAP=exports.map -P manual.cmake
-# (-DLUMO= if the command is not built.) The manual is well-formed and leaves out no command, no option and no function.
+# cmake -DMANUAL=folder of pages -DFORTRAN_MODULE=lumo.f90 -DLUMO=lumo -DMAP=exports.map
+#     -P manual.cmake (-DLUMO= if the command is not built)
+# The manual is well-formed and leaves out no command, no option and no function; nor does the
+# Fortran module.
 cmake_minimum_required(VERSION 3.25)
 
 function(expect_word page text word)
@@ -9,8 +11,10 @@ function(expect_word page text word)
     endif()
 endfunction()
 
+# The text of a page; man has nothing to say against it.
 find_program(man man)
-foreach(page IN ITEMS ${COMMAND_PAGE} ${LIBRARY_PAGE})
+function(read_page page result)
+    execute_process(COMMAND gzip -dc ${page} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
     if(man)
         execute_process(COMMAND ${CMAKE_COMMAND} -E env MANWIDTH=100 LC_ALL=C.UTF-8
                 ${man} --warnings -l ${page}
@@ -20,19 +24,27 @@ foreach(page IN ITEMS ${COMMAND_PAGE} ${LIBRARY_PAGE})
         endif()
         expect_word(${page} "${rendered}" "SEE ALSO")
     endif()
-endforeach()
+    set(${result} "${text}" PARENT_SCOPE)
+endfunction()
 
-file(READ ${LIBRARY_PAGE} text)
-file(STRINGS ${MAP} lines REGEX "^ +lumo[A-Za-z0-9_]+;")
-foreach(line IN LISTS lines)
-    string(REGEX REPLACE "[ ;]" "" name "${line}")
-    expect_word(lumo.3 "${text}" ${name})
+read_page(${MANUAL}/man3/lumo.3.gz overview)
+file(READ ${FORTRAN_MODULE} module)
+file(STRINGS ${MAP} lines REGEX "^ +lumo[A-Z][A-Za-z0-9]+;")
+string(REGEX MATCHALL "lumo[A-Za-z0-9]+" functions "${lines}")
+foreach(name IN LISTS functions)
+    expect_word(lumo.3 "${overview}" ${name})
+    expect_word(lumo.f90 "${module}" "name=\"${name}\"")
+    file(REAL_PATH ${MANUAL}/man3/${name}.3.gz page)  # of several functions
+    if(NOT DEFINED text_of_${page})
+        read_page(${page} text_of_${page})
+    endif()
+    expect_word(${name}.3 "${text_of_${page}}" ${name})
 endforeach()
 
 if(LUMO STREQUAL "")
     return()
 endif()
-file(READ ${COMMAND_PAGE} text)
+read_page(${MANUAL}/man1/lumo.1.gz text)
 string(REPLACE "\\-" "-" text "${text}")
 execute_process(COMMAND ${LUMO} --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX REPLACE ".*Subcommands:" "" help "${help}")
