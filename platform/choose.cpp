@@ -115,4 +115,8 @@ const Choice& choice() {
     return chosen;
 }
 
+const Choice* lumo_private_platform() {
+    return &choice();
+}
+
 }  // namespace platform

@@ -229,6 +229,10 @@ struct Choice {
 };
 const Choice& choice();
 
+// The same for the lumo command, which uses the shared library of its own version: exported, but
+// no part of the interface.
+extern "C" __attribute__((visibility("default"))) const Choice* lumo_private_platform();
+
 }  // namespace platform
 
 #pragma GCC visibility pop

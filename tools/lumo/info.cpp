@@ -13,17 +13,21 @@ namespace {
 
 constexpr double mebibyte = 1 << 20;
 
-std::string versionText(cudaError_t (*query)(int*)) {
+const platform::Table& table() {
+    return *platform::lumo_private_platform()->table;
+}
+
+std::string versionText(int (*query)(int*)) {
     int version = 0;
-    if (const cudaError_t error = query(&version)) return cudaGetErrorString(error);
+    if (const cudaError_t error = query(&version)) return table().getErrorString(error);
     if (version == 0) return "none";
     return std::to_string(version / 1000) + "." + std::to_string(version % 1000 / 10);
 }
 
 void printDevice(int device) {
     cudaDeviceProp p;
-    if (const cudaError_t error = cudaGetDeviceProperties(&p, device)) {
-        std::printf("device %d:       %s\n", device, cudaGetErrorString(error));
+    if (const cudaError_t error = table().getDeviceProperties(&p, device)) {
+        std::printf("device %d:       %s\n", device, table().getErrorString(error));
         return;
     }
     std::printf("device %d:       %s\n", device, deviceText(device).c_str());
@@ -38,10 +42,10 @@ void printDeviceInUse() {
     int device = 0;
     std::size_t free = 0, total = 0;
     lumoGetExecutingDevice(&device);
-    const cudaError_t error = cudaMemGetInfo(&free, &total);
+    const cudaError_t error = table().memGetInfo(&free, &total);
     std::printf("in use:         device %d, ", device);
     if (error)
-        std::printf("%s\n", cudaGetErrorString(error));
+        std::printf("%s\n", table().getErrorString(error));
     else
         std::printf("%.0f MiB of %.0f MiB free\n", double(free) / mebibyte,
                     double(total) / mebibyte);
@@ -65,11 +69,11 @@ void printCpuLapack() {
 }  // namespace
 
 void showInfo() {
-    const platform::Choice& choice = platform::choice();
+    const platform::Choice& choice = *platform::lumo_private_platform();
     std::printf("Lumo:           %s\n", LUMO_VERSION);
     std::printf("platform:       %s (%s)\n", choice.table->name, choice.reason);
-    std::printf("CUDA runtime:   %s\n", versionText(cudaRuntimeGetVersion).c_str());
-    std::printf("CUDA driver:    %s\n", versionText(cudaDriverGetVersion).c_str());
+    std::printf("CUDA runtime:   %s\n", versionText(table().runtimeGetVersion).c_str());
+    std::printf("CUDA driver:    %s\n", versionText(table().driverGetVersion).c_str());
     printCpuLapack();
 
     int devices = 0;
