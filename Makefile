@@ -7,7 +7,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check bench install bundle packages test-packages docs format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check bench install bundle packages test-packages docs pictures format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -90,6 +90,17 @@ test-packages: packages
 docs: configure
 	cmake --build --preset default --target manual
 	@echo build/default/lumo.html
+
+# docs/pictures, the README's, by the commands that it shows. Measures speed: a quiet machine helps.
+pictures: configure
+	cmake --build --preset default --target example_co2 lumo-command
+	mkdir -p build/default/pictures
+	cd build/default/pictures && ../examples/co2 && \
+	    ../tools/lumo/lumo svd ../../../examples/data/chelsea.png -k 5,20,50 -o chelsea && \
+	    gnuplot -e 'photograph = "../../../examples/data/chelsea.png"' ../../../docs/pictures/ranks.gp
+	cp build/default/pictures/co2_fit.png build/default/pictures/ranks.jpeg docs/pictures
+	OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 build/default/tools/lumo/lumo bench \
+	    sgemm sgesv sgesvd --plot docs/pictures/speed.svg
 
 format:
 	git ls-files '*.c' '*.cpp' '*.cu' '*.h' | xargs clang-format-14 -i

@@ -173,7 +173,7 @@ void writeFit(const char* file, const Record& record, const Model& model,
 }
 
 constexpr const char* pictureScript = R"gnuplot(
-set terminal pngcairo size 1200,900 font ",13"
+set terminal pngcairo size 1000,750 font ",11"
 set output "co2_fit.png"
 set multiplot layout 2,1 title "Carbon dioxide in the air at Mauna Loa, weekly means"
 set lmargin 10
