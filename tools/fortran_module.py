@@ -14,7 +14,6 @@ import headers
 
 NUMBERS = {
     "int": "integer(c_int)",
-    "unsigned": "integer(c_int)",
     "lumoStatus": "integer(c_int)",
     "size_t": "integer(c_size_t)",
     "char": "character(kind=c_char)",
