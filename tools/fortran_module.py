@@ -23,7 +23,7 @@ NUMBERS = {
     "lumoDoubleComplex": "complex(c_double_complex)",
 }
 
-NO_BREAK = "\u00a0"
+NO_BREAK = "\u00a0"  # where a line may not be broken
 
 
 def argument(function, type_, name, names):
@@ -73,11 +73,11 @@ def continued(line):
 
 
 def module(entries):
-    yield "! The interface of lumo.h and the headers beside it for Fortran: lumo(3) has the contracts."
-    yield "! Made from the headers by tools/fortran_module.py; compile it with your program."
-    yield "!"
-    yield "! Matrices in device memory, and whatever else may lie there, are of type(c_ptr). So are the"
-    yield "! texts of lumoGetStatusString and of functions like it: C strings."
+    yield """! The interface of lumo.h and the headers beside it for Fortran: lumo(3) has the contracts.
+! Made from the headers by tools/fortran_module.py; compile it with your program.
+!
+! Matrices in device memory, and whatever else may lie there, are of type(c_ptr). So are the
+! texts of lumoGetStatusString and of functions like it: C strings."""
     yield "module lumo\n    use, intrinsic :: iso_c_binding\n    implicit none\n"
     for entry in entries:
         for enumeration in (c for c in entry.code if c.startswith("typedef enum")):
