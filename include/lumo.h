@@ -35,8 +35,8 @@
 extern "C" {
 #endif
 
-/* The outcome of a call. `info`, read by lumoGetErrorInfo, says more about some of them; it is 0 for
- * 0, 2, 3, 5 and 6, and left as it was by 1 and 4. */
+/* The outcome of a call. `info`, read by lumoGetErrorInfo, says more about some of them; it is 0
+ * for 0, 2, 3, 5 and 6, and left as it was by 1 and 4. */
 typedef enum lumoStatus LUMO_ANY_INT {
     lumoNoError = 0,
     lumoNotInitialized = 1,
@@ -100,7 +100,8 @@ LUMO_API const char* lumoGetStatusString(lumoStatus status);
 
 /* Writes what `status` and `info` mean together to buffer[0 .. bufferSize-1], cut to fit and
  * always terminated. It is a call like any other: the last status and info are its own afterwards,
- * so read the info first. Status 7, info -1: no such status; -3: null buffer; -4: bufferSize < 1. */
+ * so read the info first. Status 7, info -1: no such status; -3: null buffer; -4: bufferSize < 1.
+ */
 LUMO_API lumoStatus lumoGetErrorInfoString(lumoStatus status, int info, char* buffer,
                                            int bufferSize);
 
