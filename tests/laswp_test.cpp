@@ -8,11 +8,7 @@
 
 namespace {
 
-using test::argumentError;
-using test::launchedBy;
-using test::Matrix;
-using test::Names;
-using test::OnDevice;
+using namespace test;
 
 // Pivots as LU chooses them: row r (from 1) is exchanged with one at or below it.
 std::vector<int> pivots(int count, int rows) {
@@ -22,71 +18,6 @@ std::vector<int> pivots(int count, int rows) {
     return p;
 }
 
-template <class T>
-void interchangeRows(Matrix<T>& a, int k1, int k2, const std::vector<int>& p) {
-    for (int k = k1; k <= k2; ++k)
-        for (int j = 0; j < a.n; ++j) std::swap(a(k - 1, j), a(p[k - 1] - 1, j));
-}
-
-template <class T>
-void interchangeColumns(Matrix<T>& a, int k1, int k2, const std::vector<int>& p) {
-    for (int k = k1; k <= k2; ++k)
-        for (int i = 0; i < a.m; ++i) std::swap(a(i, k - 1), a(i, p[k - 1] - 1));
-}
-
-template <class T>
-class Interchanges : public test::OnMachine {
-  protected:
-    void rows(int m, int n, int k1, int k2) {
-        auto expected = Matrix<T>::random(m, n, m + 3);
-        const auto p = pivots(k2, m);
-        OnDevice<T> a(expected);
-        lumo::LASWP(n, a.data(), a.ld(), k1, k2, p.data(), 1);
-        interchangeRows(expected, k1, k2, p);
-        EXPECT_EQ(expected, a.download()) << m << " x " << n << ", " << k1 << " to " << k2;
-    }
-    void columns(int m, int n, int k1, int k2) {
-        auto expected = Matrix<T>::random(m, n, m + 3);
-        const auto p = pivots(k2, n);
-        OnDevice<T> a(expected);
-        lumo::LASWPCOL(m, a.data(), a.ld(), k1, k2, p.data(), 1);
-        interchangeColumns(expected, k1, k2, p);
-        EXPECT_EQ(expected, a.download()) << m << " x " << n << ", " << k1 << " to " << k2;
-    }
-};
-TYPED_TEST_SUITE(Interchanges, test::ElementTypes);
-
-TYPED_TEST(Interchanges, EqualAPlainForwardLoop) {
-    for (auto [k1, k2] : {std::pair{1, 2}, {1, 16}, {1, 17}, {3, 40}})
-        for (int other : {1, 15, 1025}) {
-            this->rows(50, other, k1, k2);
-            this->columns(other, 50, k1, k2);
-        }
-}
-
-TYPED_TEST(Interchanges, BeyondSixteenBitsOfRows) {
-    using T = TypeParam;
-    constexpr int m = 70000;
-    auto expected = Matrix<T>::random(m, 2);
-    std::vector<int> p(36);
-    std::iota(p.begin(), p.end(), 2);
-    p[3] = 65537;  // the largest of a launch each
-    p[20] = 65536;
-    p[33] = m;
-    OnDevice<T> a(expected);
-    lumo::LASWP(2, a.data(), a.ld(), 1, 36, p.data(), 1);
-    interchangeRows(expected, 1, 36, p);
-    EXPECT_EQ(expected, a.download());
-
-    auto wide = Matrix<T>::random(2, m);
-    OnDevice<T> b(wide);
-    lumo::LASWPCOL(2, b.data(), b.ld(), 1, 36, p.data(), 1);
-    interchangeColumns(wide, 1, 36, p);
-    EXPECT_EQ(wide, b.download());
-}
-
-class InterchangeLaunches : public test::OnSoftwareDevice {};
-
 // Every row stays in place.
 std::vector<int> identity(int count) {
     std::vector<int> p(count);
@@ -94,10 +25,49 @@ std::vector<int> identity(int count) {
     return p;
 }
 
+template <class T>
+class Interchanges : public OnMachine {
+  protected:
+    // Rows k1 ... k2 of lines x across elements, or columns of across x lines, by a plain loop.
+    static void check(bool columns, int lines, int across, int k1, int k2,
+                      const std::vector<int>& p) {
+        SCOPED_TRACE(testing::Message() << (columns ? "columns " : "rows ") << k1 << " to " << k2
+                                        << " of " << lines << ", across " << across);
+        const int m = columns ? across : lines, n = columns ? lines : across;
+        auto expected = Matrix<T>::random(m, n, m + 3);
+        const OnDevice<T> a(expected);
+        (columns ? lumo::LASWPCOL<T> : lumo::LASWP<T>)(across, a.data(), a.ld(), k1, k2, p.data(),
+                                                       1);
+        for (int k = k1 - 1; k < k2; ++k)
+            for (int i = 0; i < across; ++i)
+                columns ? std::swap(expected(i, k), expected(i, p[k] - 1))
+                        : std::swap(expected(k, i), expected(p[k] - 1, i));
+        EXPECT_EQ(expected, a.download());
+    }
+};
+TYPED_TEST_SUITE(Interchanges, ElementTypes);
+
+TYPED_TEST(Interchanges, EqualAPlainForwardLoop) {
+    for (bool columns : {false, true})
+        for (auto [k1, k2] : {std::pair{1, 2}, {1, 16}, {1, 17}, {3, 40}})
+            for (int across : {1, 15, 1025})
+                this->check(columns, 50, across, k1, k2, pivots(k2, 50));
+}
+
+TYPED_TEST(Interchanges, BeyondSixteenBitsOfRows) {
+    std::vector<int> p(36);
+    std::iota(p.begin(), p.end(), 2);
+    p[3] = 65537;  // the largest of a launch each
+    p[20] = 65536;
+    p[33] = 70000;
+    for (bool columns : {false, true}) this->check(columns, 70000, 2, 1, 36, p);
+}
+
+class InterchangeLaunches : public OnSoftwareDevice {};
+
 TEST_F(InterchangeLaunches, SixteenALaunchAndNoneForASingleOne) {
     const std::string kernel = "KernelLASWP<cudalib::Map1D, float>";
-    const auto before = Matrix<float>::random(40, 2);
-    OnDevice<float> a(before);
+    const OnDevice<float> a(40, 2, 0);
     auto launched = [&](int k1, int k2) {
         return launchedBy(
             [&] { lumo::LASWP(2, a.data(), a.ld(), k1, k2, identity(k2).data(), 1); });
@@ -106,37 +76,25 @@ TEST_F(InterchangeLaunches, SixteenALaunchAndNoneForASingleOne) {
     EXPECT_EQ(Names{}, launched(6, 5));
     EXPECT_EQ(Names{kernel}, launched(1, 16));
     EXPECT_EQ((Names{kernel, kernel}), launched(1, 17));
-    EXPECT_EQ(before, a.download());
+    expectElements(a, a);
 }
 
-TEST_F(InterchangeLaunches, ArgumentBlock) {
-    const Names block{"4@0", "8@8", "4@16", "4@20", "4@24", "32@28"};
-    OnDevice<float> a(Matrix<float>(2, 2));
-    for (auto launcher : {&lumo::LASWP<float>, &lumo::LASWPCOL<float>})
-        EXPECT_EQ(block, test::argumentsPushedBy(
-                             [&] { launcher(2, a.data(), a.ld(), 1, 2, identity(2).data(), 1); }));
-}
-
-TEST_F(InterchangeLaunches, ChecksInOrder) {
+TEST_F(InterchangeLaunches, ArgumentsAndChecks) {
+    const OnDevice<float> a(2, 2, 0);
     float x = 0, *null = nullptr;
     const int one[] = {1};
-    using Launcher = void (*)(int, float*, int, int, int, const int*, int);
-    auto info = [&](Launcher f, int n, float* a, int lda, int k1, int k2, const int* p) {
-        return argumentError([&] { f(n, a, lda, k1, k2, p, 1); });
-    };
-    for (Launcher f : {&lumo::LASWP<float>, &lumo::LASWPCOL<float>}) {
-        EXPECT_EQ(-1, info(f, -1, null, -1, -1, -1, nullptr));
-        EXPECT_EQ(-2, info(f, 2, null, -1, -1, -1, nullptr));
-        EXPECT_EQ(-3, info(f, 2, &x, -1, -1, -1, nullptr));
-        EXPECT_EQ(-4, info(f, 2, &x, 2, -1, -1, nullptr));
-        EXPECT_EQ(-5, info(f, 2, &x, 2, 1, -1, nullptr));
-        EXPECT_EQ(-6, info(f, 2, &x, 2, 1, 1, nullptr));
-        EXPECT_EQ(0, info(f, 0, null, -1, -1, -1, nullptr));
-        EXPECT_EQ(0, info(f, 2, &x, 2, 1, 1, one));
+    for (auto launcher : {&lumo::LASWP<float>, &lumo::LASWPCOL<float>}) {
+        EXPECT_EQ((Names{"4@0", "8@8", "4@16", "4@20", "4@24", "32@28"}), argumentsPushedBy([&] {
+                      launcher(2, a.data(), 2, 1, 2, identity(2).data(), 1);
+                  }));
+        expectChecks(launcher, {1, 2, 3, 4, 5, 6}, {-1, null, -1, -1, -1, nullptr, 1},
+                     {2, &x, 2, 1, 1, one, 1});
+        EXPECT_EQ(0, argumentError([&] { launcher(0, null, -1, -1, -1, nullptr, 1); }));
+        EXPECT_EQ(0, argumentError([&] { launcher(2, &x, 2, 1, 1, one, 1); }));
     }
     // Columns need a leading dimension that holds the rows; for rows any will do.
-    EXPECT_EQ(-3, info(&lumo::LASWPCOL<float>, 2, &x, 1, 1, 1, one));
-    EXPECT_EQ(0, info(&lumo::LASWP<float>, 2, &x, 0, 1, 1, one));
+    EXPECT_EQ(-3, argumentError([&] { lumo::LASWPCOL(2, &x, 1, 1, 1, one, 1); }));
+    EXPECT_EQ(0, argumentError([&] { lumo::LASWP(2, &x, 0, 1, 1, one, 1); }));
 }
 
 }  // namespace

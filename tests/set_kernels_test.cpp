@@ -8,98 +8,85 @@
 
 namespace {
 
-using test::argumentError;
-using test::argumentsPushedBy;
-using test::expectElements;
-using test::launchedBy;
-using test::Matrix;
-using test::Names;
-using test::OnDevice;
+using namespace test;
 
 template <class T>
-class SetKernels : public test::OnMachine {
+class SetKernels : public OnMachine {
   protected:
     template <int K>
-    void triangle(int m, int n, char uplo, char diag) {
-        const auto before = Matrix<T>::random(m, n, m + 3);
-        OnDevice<T> a(before);
+    static void set() {
+        for (auto [m, n] : shapes<T>()) {
+            const OnDevice a(poisoned<T>(m, n, m + 1));
+            lumo::setMatrix<K>(m, n, a.data(), a.ld());
+            expectElements(a, [](int, int) { return T(K); });
+        }
+        for (int inc : {1, 3}) {
+            const OnDevice x(poisoned<T>(1, 1500, inc));
+            lumo::setVector<K>(1500, x.data(), inc);
+            expectElements(x, [](int, int) { return T(K); });
+            lumo::setElement<1 - K>(x.data());
+            expectElements(x, [](int, int j) { return T(j == 0 ? 1 - K : K); });
+        }
+    }
+
+    template <int K>
+    static void setTriangle(char uplo, char diag, int m, int n) {
+        const OnDevice<T> a(m, n, 3);
         lumo::setTriangle<K>(uplo, diag, m, n, a.data(), a.ld());
         const bool unit = diag == 'U' || diag == 'Z';
-        expectElements(a.download(), [&](int i, int j) {
-            if (i == j) return unit ? T(1) : before(i, j);
-            return (uplo == 'U' ? i > j : i < j) ? T(K) : before(i, j);
+        expectElements(a, [&](int i, int j) {
+            if (i == j) return unit ? T(1) : a(i, j);
+            return (uplo == 'U' ? i > j : i < j) ? T(K) : a(i, j);
         });
     }
 };
-TYPED_TEST_SUITE(SetKernels, test::ElementTypes);
+TYPED_TEST_SUITE(SetKernels, ElementTypes);
 
 TYPED_TEST(SetKernels, LasetSetsThePartAndTheDiagonal) {
     using T = TypeParam;
-    const T alpha = test::scalar<T>(2, 3), beta = test::scalar<T>(-5, 7);
-    for (auto [m, n] : test::shapes)
+    const T alpha = scalar<T>(2, 3), beta = scalar<T>(-5, 7);
+    for (auto [m, n] : shapes<T>())
         for (char uplo : {'u', 'L', 'A', 'f'}) {
             SCOPED_TRACE(uplo);
-            const auto before = Matrix<T>::random(m, n, m + 3);
-            OnDevice<T> a(before);
+            const OnDevice<T> a(m, n, 3);
             lumo::LASET(uplo, m, n, alpha, beta, a.data(), a.ld());
-            expectElements(a.download(), [&](int i, int j) {
+            expectElements(a, [&, uplo](int i, int j) {
                 if (i == j) return beta;
                 const bool selected = uplo == 'u' ? i < j : uplo == 'L' ? i > j : true;
-                return selected ? alpha : before(i, j);
+                return selected ? alpha : a(i, j);
             });
         }
 }
 
 TYPED_TEST(SetKernels, MatricesVectorsElements) {
-    using T = TypeParam;
-    for (auto [m, n] : test::shapes) {
-        OnDevice<T> zero(test::poisoned<T>(m, n, m + 1)), one(test::poisoned<T>(m, n, m + 2));
-        lumo::setMatrix<0>(m, n, zero.data(), zero.ld());
-        lumo::setMatrix<1>(m, n, one.data(), one.ld());
-        expectElements(zero.download(), [](int, int) { return T(0); });
-        expectElements(one.download(), [](int, int) { return T(1); });
-    }
-    for (int inc : {1, 3}) {
-        OnDevice<T> x(test::poisoned<T>(1, 1500, inc));
-        lumo::setVector<1>(1500, x.data(), inc);
-        expectElements(x.download(), [](int, int) { return T(1); });
-        lumo::setVector<0>(1500, x.data(), inc);
-        lumo::setElement<1>(x.data());
-        expectElements(x.download(), [](int, int j) { return T(j == 0 ? 1 : 0); });
-        lumo::setElement<0>(x.data());
-        EXPECT_EQ(T(0), x.download()(0, 0));
-    }
+    this->template set<0>();
+    this->template set<1>();
 }
 
 TYPED_TEST(SetKernels, TheTriangleOppositeToTheNamedOne) {
-    for (auto [m, n] : test::shapes)
+    for (auto [m, n] : shapes<TypeParam>())
         // Letters count as given: 'u' is any other letter.
         for (char uplo : {'U', 'L', 'u'})
             for (char diag : {'U', 'Z', 'N', 'u'}) {
                 SCOPED_TRACE((std::string{uplo, diag}));
-                this->template triangle<0>(m, n, uplo, diag);
-                this->template triangle<1>(m, n, uplo, diag);
+                this->template setTriangle<0>(uplo, diag, m, n);
+                this->template setTriangle<1>(uplo, diag, m, n);
             }
 }
 
-class SetLaunches : public test::OnSoftwareDevice {};
+class SetLaunches : public OnSoftwareDevice {};
 
 TEST_F(SetLaunches, LasetChecksInOrder) {
     float x = 0, *null = nullptr;
-    auto info = [&](char uplo, int m, int n, float* a, int lda) {
-        return argumentError([&] { lumo::LASET(uplo, m, n, 0.0f, 1.0f, a, lda); });
-    };
-    EXPECT_EQ(-1, info('x', -1, -1, null, 0));
-    EXPECT_EQ(-2, info('u', -1, -1, null, 0));
-    EXPECT_EQ(-3, info('a', 1, -1, null, 0));
-    EXPECT_EQ(-6, info('a', 2, 1, null, 1));
-    EXPECT_EQ(-7, info('L', 2, 1, &x, 1));
-    EXPECT_EQ(0, info('F', 0, 1, null, 0));
-    EXPECT_EQ(0, info('F', 1, 0, null, 0));
+    expectChecks(&lumo::LASET<float>, {1, 2, 3, 6, 7}, {'x', -1, -1, 0, 1, null, 1},
+                 {'u', 2, 1, 0, 1, &x, 2});
+    for (auto [m, n] : {std::pair{0, 1}, {1, 0}})
+        EXPECT_EQ(0,
+                  argumentError([&, m = m, n = n] { lumo::LASET('F', m, n, 0.f, 1.f, null, 0); }));
 }
 
 TEST_F(SetLaunches, NothingForGuardedArguments) {
-    OnDevice<float> a(Matrix<float>(2, 2));
+    const OnDevice<float> a(2, 2, 0);
     float* p = a.data();
     EXPECT_EQ(Names{}, launchedBy([&] {
                   lumo::LASET('A', 0, 2, 1.0f, 1.0f, p, 2);
@@ -112,23 +99,6 @@ TEST_F(SetLaunches, NothingForGuardedArguments) {
                   lumo::setTriangle<0>('U', 'U', 2, 0, p, 2);
                   cudalib::memset(p, 0, 1.0f);
               }));
-}
-
-TEST_F(SetLaunches, MatricesBeyondOneGrid) {
-    for (auto [m, n] : {std::pair{test::beyondOneGrid, 2}, {2, test::beyondOneGrid}})
-        for (char uplo : {'U', 'L'}) {
-            const Matrix<float> before(m, n);
-            OnDevice<float> a(before), b(before);
-            lumo::LASET(uplo, m, n, 2.0f, 3.0f, a.data(), a.ld());
-            lumo::setTriangle<1>(uplo, 'N', m, n, b.data(), b.ld());
-            auto named = [&](int i, int j) { return uplo == 'U' ? i < j : i > j; };
-            const float old = Matrix<float>::mark();
-            expectElements(a.download(), [&](int i, int j) {
-                return i == j ? 3.0f : named(i, j) ? 2.0f : old;
-            });
-            expectElements(b.download(),
-                           [&](int i, int j) { return i == j || named(i, j) ? old : 1.0f; });
-        }
 }
 
 // The eight types, each with the offsets of its value and its count in the argument block.

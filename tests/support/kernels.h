@@ -1,6 +1,9 @@
-// What the tests of device kernels share: what was launched, what was refused, and comparison
-// with a formula for every element.
+// What the tests of device kernels share: operands, sizes, comparison with a formula for every
+// element, what was launched, and what was refused.
 #pragma once
+
+#include <tuple>
+#include <type_traits>
 
 #include "runtime/exceptions.h"
 #include "support/machine.h"
@@ -8,30 +11,104 @@
 
 namespace test {
 
-// The kernels that f launches, by the names of the trace, in order.
-template <class F>
-std::vector<std::string> launchedBy(F f) {
+// --- Operands ------------------------------------------------------------------------------------
+
+template <class T>
+Matrix<T> filled(int m, int n, T value, int ld = 0) {
+    Matrix<T> a(m, n, ld);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i) a(i, j) = value;
+    return a;
+}
+
+// m x n of NaN: what a kernel misses shows.
+template <class T>
+Matrix<T> poisoned(int m, int n, int ld = 0) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    return filled(m, n, scalar<T>(nan, nan), ld);
+}
+
+// Elements 0, inc, 2 inc, ... as the first row of a matrix whose padding lies between them.
+template <class T>
+Matrix<T> vectorOf(int n, int inc, unsigned seed = 1) {
+    return Matrix<T>::random(1, n, inc, seed);
+}
+
+struct Shape {
+    int m, n;
+};
+
+// More rows, or columns, than one grid of a device with 65535 blocks a dimension takes: what does
+// not fit is cut. One element type tells whether the parts are cut right.
+template <class T>
+std::vector<Shape> beyondOneGrid() {
+    constexpr int many = 65535 * 16 + 3;
+    if (!std::is_same_v<T, float> || !onSoftwareDevice()) return {};
+    return {{many, 2}, {2, many}};
+}
+
+// Around the blocks of a GPU (16) and the merged ones of the CPU, tall and wide, and beyond one
+// grid.
+template <class T>
+std::vector<Shape> shapes() {
+    std::vector<Shape> all{{1, 1},    {15, 17},   {16, 16},  {17, 15}, {64, 65},
+                           {70, 131}, {1025, 18}, {1023, 2}, {3, 1025}};
+    for (Shape s : beyondOneGrid<T>()) all.push_back(s);
+    return all;
+}
+
+// --- Results -------------------------------------------------------------------------------------
+
+// Every element (i, j) on the device is expected(i, j), up to `ulps` units of its own rounding or,
+// where it is smaller than that, of the rounding of `unit`. The padding is intact.
+template <class T, class F>
+void expectElements(const OnDevice<T>& onDevice, const F& expected, double ulps = 0,
+                    double unit = 1) {
+    const Matrix<T> result = onDevice.download();
+    for (int j = 0; j < result.n; ++j)
+        for (int i = 0; i < result.m; ++i) {
+            const T actual = result(i, j), wanted = expected(i, j);
+            if (actual == wanted) continue;
+            const double rounding =
+                std::numeric_limits<RealOf<T>>::epsilon() * std::max(unit, std::abs(wide(wanted)));
+            ASSERT_LE(std::abs(wide(actual) - wide(wanted)), ulps * rounding)
+                << "element " << i << ", " << j << " of " << result.m << " x " << result.n << ": "
+                << wide(actual) << " instead of " << wide(wanted);
+        }
+    EXPECT_TRUE(result.paddingUntouched());
+}
+
+// --- Calls ---------------------------------------------------------------------------------------
+
+using Names = std::vector<std::string>;
+
+// The calls that f makes, each as `text` puts it; those without a text are of no interest.
+template <class F, class Text>
+Names callsBy(F f, Text text) {
     software::startTrace();
     f();
-    std::vector<std::string> kernels;
+    Names texts;
     for (const software::Call& call : software::stopTrace())
-        if (call.name == "cudaLaunch") kernels.push_back(call.arguments.at(0));
-    return kernels;
+        if (const std::string t = text(call); !t.empty()) texts.push_back(t);
+    return texts;
+}
+
+// The kernels that f launches, by the names of the trace, in order.
+template <class F>
+Names launchedBy(F f) {
+    return callsBy(f, [](const software::Call& call) {
+        return call.name == "cudaLaunch" ? call.arguments.at(0) : "";
+    });
 }
 
 // "size@offset" of every argument that f pushes.
 template <class F>
-std::vector<std::string> argumentsPushedBy(F f) {
-    software::startTrace();
-    f();
-    std::vector<std::string> arguments;
-    for (const software::Call& call : software::stopTrace())
-        if (call.name == "cudaSetupArgument")
-            arguments.push_back(call.arguments.at(0) + "@" + call.arguments.at(1));
-    return arguments;
+Names argumentsPushedBy(F f) {
+    return callsBy(f, [](const software::Call& call) {
+        return call.name == "cudaSetupArgument" ? call.arguments.at(0) + "@" + call.arguments.at(1)
+                                                : "";
+    });
 }
-
-using Names = std::vector<std::string>;
 
 // The argument error that f raises, before it launches anything; 0 if it raises none.
 template <class F>
@@ -49,48 +126,26 @@ int argumentError(F f) {
     return info;
 }
 
-template <class T>
-bool close(T x, T y, double ulps) {
-    const double scale = std::max(1.0, std::abs(wide(y)));
-    return std::abs(wide(x) - wide(y)) <= ulps * scale * std::numeric_limits<RealOf<T>>::epsilon();
-}
+template <class... A>
+using ArgumentsOf = std::common_type_t<std::tuple<A...>>;  // the launcher alone says of what type
 
-// Every element (i, j) is expected(i, j), up to `ulps` units of rounding; the padding is intact.
-template <class T, class F>
-void expectElements(const Matrix<T>& result, F expected, double ulps = 0) {
-    for (int j = 0; j < result.n; ++j)
-        for (int i = 0; i < result.m; ++i) {
-            const T wanted = expected(i, j);
-            ASSERT_TRUE(result(i, j) == wanted || close(result(i, j), wanted, ulps))
-                << "element " << i << ", " << j << " of " << result.m << " x " << result.n << ": "
-                << wide(result(i, j)) << " instead of " << wide(wanted);
-        }
-    EXPECT_TRUE(result.paddingUntouched());
+// The launcher looks at its arguments, counted from 1, in this order: all are bad at first, and
+// then one after the other is put right.
+template <class... A>
+void expectChecks(void (*launcher)(A...), const std::vector<int>& order, ArgumentsOf<A...> bad,
+                  const ArgumentsOf<A...>& good) {
+    for (int next : order) {
+        EXPECT_EQ(-next, argumentError([&] { std::apply(launcher, bad); }));
+        int position = 0;
+        auto putRight = [&](auto& argument, const auto& right) {
+            if (++position == next) argument = right;
+        };
+        std::apply(
+            [&](auto&... argument) {
+                std::apply([&](const auto&... right) { (putRight(argument, right), ...); }, good);
+            },
+            bad);
+    }
 }
-
-// m x n of NaN: what a kernel misses shows.
-template <class T>
-Matrix<T> poisoned(int m, int n, int ld = 0) {
-    Matrix<T> a(m, n, ld);
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    for (int j = 0; j < n; ++j)
-        for (int i = 0; i < m; ++i) a(i, j) = scalar<T>(nan, nan);
-    return a;
-}
-
-// Elements 0, inc, 2 inc, ... as the first row of a matrix whose padding lies between them.
-template <class T>
-Matrix<T> vectorOf(int n, int inc, unsigned seed = 1) {
-    return Matrix<T>::random(1, n, inc, seed);
-}
-
-struct Shape {
-    int m, n;
-};
-// Around the blocks of a GPU (16) and the merged ones of the CPU, tall and wide.
-constexpr Shape shapes[] = {{1, 1},    {15, 17},   {16, 16},  {17, 15},
-                            {70, 131}, {1025, 18}, {1023, 2}, {3, 1025}};
-// More rows, or columns, than one grid of a device with 65535 blocks a dimension takes.
-constexpr int beyondOneGrid = 65535 * 16 + 3;
 
 }  // namespace test

@@ -91,20 +91,25 @@ bool operator==(const Matrix<T>& a, const Matrix<T>& b) {
 template <class T>
 class OnDevice {
   public:
-    explicit OnDevice(const Matrix<T>& a) : shape_(a), memory_({unsigned(a.ld), unsigned(a.n)}) {
+    explicit OnDevice(const Matrix<T>& a) : before_(a), memory_({unsigned(a.ld), unsigned(a.n)}) {
         memory_.copyFromHost(a.data.data(), std::size_t(a.ld));
     }
+    // Random, seeded by its padding, so that operands padded differently are different.
+    OnDevice(int m, int n, int pad) : OnDevice(Matrix<T>::random(m, n, m + pad, unsigned(pad))) {}
+    OnDevice(const OnDevice&) = delete;  // a second handle would not be a second matrix
     T* data() const { return memory_.data(); }
-    int ld() const { return shape_.ld; }
+    int ld() const { return before_.ld; }
+    // An element as it was before the device worked on it.
+    const T& operator()(int i, int j) const { return before_(i, j); }
     // What the device holds now. A blocking copy: it waits for all work issued before.
     Matrix<T> download() const {
-        Matrix<T> a = shape_;
+        Matrix<T> a = before_;
         memory_.copyToHost(a.data.data(), std::size_t(a.ld));
         return a;
     }
 
   private:
-    Matrix<T> shape_;
+    Matrix<T> before_;
     cudalib::ManagedMemory<T, cudalib::CudaAllocator> memory_;
 };
 
