@@ -10,9 +10,9 @@
 #include "basic/Transpose/Transpose.h"
 #include "support/kernels.h"
 
+namespace test {
 namespace {
 
-using namespace test;
 using lumo::Complex;
 using lumo::conjugate;
 
@@ -209,3 +209,4 @@ TEST_F(ArithmeticLaunches, AFailedConfigurationLaunchesNothing) {
 }
 
 }  // namespace
+}  // namespace test

@@ -7,9 +7,9 @@
 #include "basic/Precision/Precision.h"
 #include "support/kernels.h"
 
+namespace test {
 namespace {
 
-using namespace test;
 using lumo::Complex;
 
 template <class T>
@@ -123,3 +123,4 @@ TEST_F(CopyLaunches, NothingForGuardedArguments) {
 }
 
 }  // namespace
+}  // namespace test

@@ -12,6 +12,8 @@
 
 namespace {
 
+using test::Outcome, test::outcome;
+
 software::Machine versions(int runtime, int driver) {
     software::Machine m = test::machine();
     m.runtimeVersion = runtime;
@@ -50,8 +52,7 @@ TEST_F(InitializeTest, Machines) {
     for (const auto& c : cases) {
         test::startAfresh(c.machine);
         lumo::setInfo(5);
-        EXPECT_EQ(c.status, lumoInitialize()) << "case " << &c - cases;
-        EXPECT_EQ(0, lumoGetErrorInfo());
+        EXPECT_EQ(Outcome(c.status, 0), outcome(lumoInitialize())) << "case " << &c - cases;
         EXPECT_EQ(c.status, lumoGetLastStatus());
         EXPECT_EQ(c.status == lumoNoError, lumo::initialized());
         EXPECT_EQ(1u, lumo::registeredThreads()) << "in any case";
@@ -88,8 +89,7 @@ TEST_F(InitializeTest, Failures) {
     for (const auto& c : cases) {
         test::startAfresh(test::machine());
         software::inject(c.fault);
-        EXPECT_EQ(c.status, lumoInitialize()) << c.fault.name;
-        EXPECT_EQ(c.info, lumoGetErrorInfo()) << c.fault.name;
+        EXPECT_EQ(Outcome(c.status, c.info), outcome(lumoInitialize())) << c.fault.name;
         EXPECT_EQ(c.up, lumo::initialized()) << c.fault.name;
         EXPECT_EQ(c.fault.name, software::removeFault());
         EXPECT_EQ(lumoNoError, lumoInitialize()) << "once more after " << c.fault.name;
@@ -99,8 +99,7 @@ TEST_F(InitializeTest, Failures) {
     // What was decided before the last check is not overwritten by it.
     test::startAfresh(versions(3020, 3000));
     software::inject({1, "cudaThreadSynchronize", 4});
-    EXPECT_EQ(lumoInsufficientRuntime, lumoInitialize());
-    EXPECT_EQ(0, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoInsufficientRuntime, 0), outcome(lumoInitialize()));
     EXPECT_EQ(cudaSuccess, cudaGetLastError());
 }
 
@@ -130,12 +129,11 @@ TEST_F(InitializeTest, SelectedDeviceStays) {
     EXPECT_FALSE(lumo::doublePrecision());
     EXPECT_EQ(lumoNoError, lumoGetExecutingDevice(&value));
     EXPECT_EQ(1, value);
-    EXPECT_EQ(lumoRuntimeError, lumoSelectDevice(2)) << "too late for another";
-    EXPECT_EQ(cudaErrorSetOnActiveProcess, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorSetOnActiveProcess), outcome(lumoSelectDevice(2)))
+        << "too late for another";
     software::inject({1, "cudaSetDevice", cudaErrorMemoryAllocation});
     EXPECT_EQ(lumoRuntimeError, lumoSelectDevice(2)) << "whatever the error";
-    EXPECT_EQ(lumoArgumentError, lumoGetExecutingDevice(nullptr));
-    EXPECT_EQ(-1, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoArgumentError, -1), outcome(lumoGetExecutingDevice(nullptr)));
 }
 
 TEST_F(InitializeTest, QueriesWorkWithoutADevice) {
@@ -147,8 +145,7 @@ TEST_F(InitializeTest, QueriesWorkWithoutADevice) {
     EXPECT_EQ(lumoNoError, lumoGetDeviceCount(&count));
     EXPECT_EQ(0, count);
     EXPECT_EQ(lumoArgumentError, lumoSelectDevice(0));
-    EXPECT_EQ(lumoArgumentError, lumoGetDeviceInfo(0, text, 8));
-    EXPECT_EQ(-1, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoArgumentError, -1), outcome(lumoGetDeviceInfo(0, text, 8)));
     EXPECT_EQ(lumoNoError, lumoGetErrorInfoString(lumoNoHardware, 0, text, 8));
     EXPECT_EQ(lumoNotInitialized, lumoGetExecutingDevice(&count));
 }
@@ -167,8 +164,7 @@ TEST_F(InitializeTest, ShutdownTouchesNeitherStatusNorInfo) {
     software::startTrace();
     lumoShutdown();
     EXPECT_EQ(1, test::count(software::stopTrace(), "cublasShutdown"));
-    EXPECT_EQ(42, lumoGetErrorInfo());
-    EXPECT_EQ(lumoDataError, lumoGetLastStatus());
+    EXPECT_EQ(Outcome(lumoDataError, 42), outcome(lumoGetLastStatus()));
     EXPECT_EQ(CUBLAS_STATUS_SUCCESS, cublasGetError());
 }
 

@@ -6,9 +6,8 @@
 
 #include "support/kernels.h"
 
+namespace test {
 namespace {
-
-using namespace test;
 
 // Pivots as LU chooses them: row r (from 1) is exchanged with one at or below it.
 std::vector<int> pivots(int count, int rows) {
@@ -98,3 +97,4 @@ TEST_F(InterchangeLaunches, ArgumentsAndChecks) {
 }
 
 }  // namespace
+}  // namespace test

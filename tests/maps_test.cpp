@@ -119,9 +119,7 @@ TEST_F(MapsTest, LimitsAreAskedForEachTime) {
     const Map1D map(8 * 256);
     EXPECT_EQ((Shape{8, 1, 1}), plain(map.gridShape()));
     cudaSetDevice(1);
-    software::startTrace();
-    EXPECT_EQ((Shape{4, 2, 1}), plain(map.gridShape()));
-    const auto trace = software::stopTrace();
+    const auto trace = test::traceOf([&] { EXPECT_EQ((Shape{4, 2, 1}), plain(map.gridShape())); });
     EXPECT_EQ(1, test::count(trace, "cudaGetDevice"));
     EXPECT_EQ(1, test::count(trace, "cudaGetDeviceProperties"));
     software::inject({1, "cudaGetDevice", cudaErrorUnknown});
@@ -178,21 +176,15 @@ class LaunchTest : public MapsTest {
     }
     template <class T>
     std::vector<software::Call> traced(T value) {
-        software::startTrace();
-        cudalib::memset(static_cast<T*>(memory), 3, value);
-        return software::stopTrace();
+        return test::traceOf([&] { cudalib::memset(static_cast<T*>(memory), 3, value); });
     }
     void* memory = nullptr;
 };
 
 TEST_F(LaunchTest, CallsInOrder) {
     std::string calls;
-    for (const auto& call : traced(2.0f)) {
-        calls += call.name;
-        if (call.name.find("cudaGet") != 0)
-            for (const auto& argument : call.arguments) calls += " " + argument;
-        calls += "\n";
-    }
+    for (const auto& call : traced(2.0f))
+        calls += (call.name.find("cudaGet") == 0 ? call.name : test::written(call)) + "\n";
     EXPECT_EQ(
         "cudaGetDevice\n"
         "cudaGetDeviceProperties\n"
@@ -202,29 +194,6 @@ TEST_F(LaunchTest, CallsInOrder) {
         "cudaSetupArgument 8 16\n"
         "cudaLaunch CudaMemsetTypeKernel<cudalib::Map1D, float> (1,1,1) (256,1,1)\n",
         calls);
-}
-
-using Pushed = std::vector<std::pair<std::string, std::string>>;
-
-Pushed arguments(const std::vector<software::Call>& trace) {
-    Pushed pushed;
-    for (const auto& call : trace)
-        if (call.name == "cudaSetupArgument")
-            pushed.push_back({call.arguments[0], call.arguments[1]});
-    return pushed;
-}
-
-TEST_F(LaunchTest, ArgumentsAtTheirAlignment) {
-    EXPECT_EQ((Pushed{{"8", "0"}, {"1", "8"}, {"8", "16"}}), arguments(traced('x')));
-    EXPECT_EQ((Pushed{{"8", "0"}, {"8", "8"}, {"8", "16"}}), arguments(traced(1.0)));
-    EXPECT_EQ((Pushed{{"8", "0"}, {"8", "8"}, {"8", "16"}}), arguments(traced(float2{1, 2})));
-    EXPECT_EQ((Pushed{{"8", "0"}, {"16", "16"}, {"8", "32"}}), arguments(traced(double2{1, 2})));
-    double2 result[3];
-    cudaMemcpy(result, memory, sizeof result, cudaMemcpyDeviceToHost);
-    EXPECT_TRUE(result[2].x == 1 && result[2].y == 2);
-    software::startTrace();
-    cudalib::memset(static_cast<int*>(memory), 0, 5);
-    EXPECT_TRUE(software::stopTrace().empty()) << "nothing to set, nothing launched";
 }
 
 TEST_F(LaunchTest, FailedStepsLeaveTheKernelUnlaunched) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <thread>
 
+#include "cudalib/Algorithm/Memset.h"
 #include "cudalib/host_bound_matrix.h"
 #include "cudalib/managed_memory.h"
 #include "lumo_memory.h"
@@ -15,7 +16,7 @@
 namespace {
 
 using namespace cudalib;
-using test::Matrix;
+using test::Matrix, test::Outcome, test::outcome;
 using Cf = lumo::Complex<float>;
 using Cd = lumo::Complex<double>;
 
@@ -51,10 +52,7 @@ TEST_F(MemoryTest, Allocators) {
         software::startTrace();
         auto memory = allocate();
         std::string text;
-        for (const auto& c : software::stopTrace()) {
-            text += c.name;
-            for (const auto& a : c.arguments) text += " " + a;
-        }
+        for (const auto& c : software::stopTrace()) text += test::written(c);
         return text + ", pitch " + std::to_string(memory.allocator().pitch());
     };
     const Extent extent{3, 5};
@@ -202,18 +200,7 @@ class HostBoundTest : public MemoryTest {
     void compute(const HostBoundMatrix<float>& bound) {
         memset(bound.data(), std::size_t(bound.leadingDimension()) * 4, 9.0f);
     }
-    bool computed() const {
-        for (int j = 0; j < 4; ++j)
-            for (int i = 0; i < 5; ++i)
-                if (a(i, j) != 9) return false;
-        return a.paddingUntouched();
-    }
-    template <class T>
-    static void memset(T* p, std::size_t count, T value) {
-        std::vector<T> values(count, value);
-        ASSERT_EQ(cudaSuccess,
-                  cudaMemcpy(p, values.data(), count * sizeof(T), cudaMemcpyHostToDevice));
-    }
+    const Matrix<float> computed = test::filled(5, 4, 9.0f, 7);
 };
 
 TEST_F(HostBoundTest, Modes) {
@@ -233,18 +220,13 @@ TEST_F(HostBoundTest, Modes) {
                 cudaMemcpy(there.data.data(), bound.data(), 96 * 4 * 4, cudaMemcpyDeviceToHost);
                 for (int j = 0; j < 4; ++j)
                     for (int i = 0; i < 96; ++i)
-                        if (i < 5)
-                            EXPECT_EQ(original(i, j), there(i, j));
-                        else
-                            EXPECT_TRUE(std::isnan(there(i, j))) << "padding is not written";
+                        EXPECT_TRUE(i < 5 ? there(i, j) == original(i, j) : std::isnan(there(i, j)))
+                            << i << ", " << j << ": padding is not written";
             }
             if (bound.data()) compute(bound);
         }
         EXPECT_EQ(c.copies, traced("cudaMemcpy2D"));
-        if (c.mode & download)
-            EXPECT_TRUE(computed());
-        else
-            EXPECT_EQ(original, a);
+        EXPECT_EQ(c.mode & download ? computed : original, a);
         EXPECT_EQ(0u, software::usage().deviceBytes);
     }
 }
@@ -288,7 +270,7 @@ TEST_F(HostBoundTest, DownloadsOnlyWhatSomebodyReads) {
         throw 1;
     } catch (int) {
     }
-    EXPECT_TRUE(computed());
+    EXPECT_EQ(computed, a);
 }
 
 // --- The workspace pool --------------------------------------------------------------------
@@ -420,12 +402,11 @@ TEST_F(MemoryTest, Exports) {
     for (const auto& c : cases)
         for (auto copy : {lumoDeviceSetMatrix, lumoDeviceGetMatrix}) {
             const auto expected = c.info ? lumoArgumentError : lumoNoError;
-            EXPECT_EQ(expected, copy(c.rows, c.columns, c.size, c.from, c.ldfrom, c.to, c.ldto));
-            EXPECT_EQ(c.info, lumoGetErrorInfo());
+            EXPECT_EQ(Outcome(expected, c.info),
+                      outcome(copy(c.rows, c.columns, c.size, c.from, c.ldfrom, c.to, c.ldto)));
         }
     EXPECT_EQ(lumoNoError, lumoDeviceFree(p));
-    EXPECT_EQ(lumoRuntimeError, lumoDeviceFree(p));
-    EXPECT_EQ(cudaErrorInvalidDevicePointer, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorInvalidDevicePointer), outcome(lumoDeviceFree(p)));
     EXPECT_EQ(lumoInsufficientMemory, lumoDeviceMalloc(&p, ~std::size_t(0)));
     EXPECT_EQ(nullptr, p);
     software::inject({1, "cudaThreadSynchronize", cudaErrorLaunchFailure});

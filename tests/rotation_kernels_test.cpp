@@ -26,9 +26,8 @@ LUMO_TEST_ROTATIONS(d, double, double)
 LUMO_TEST_ROTATIONS(c, lumo::Complex<float>, float)
 LUMO_TEST_ROTATIONS(z, lumo::Complex<double>, double)
 
+namespace test {
 namespace {
-
-using namespace test;
 
 // --- On matrices -------------------------------------------------------------------------------
 
@@ -222,3 +221,4 @@ TEST_F(RotationLaunches, ChecksInOrder) {
 }
 
 }  // namespace
+}  // namespace test

@@ -6,9 +6,8 @@
 #include "cudalib/Algorithm/Memset.h"
 #include "support/kernels.h"
 
+namespace test {
 namespace {
-
-using namespace test;
 
 template <class T>
 class SetKernels : public OnMachine {
@@ -131,3 +130,4 @@ TEST_F(SetLaunches, MemsetFillsMemoryOfAnyType) {
 }
 
 }  // namespace
+}  // namespace test

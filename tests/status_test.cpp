@@ -12,6 +12,7 @@
 namespace {
 
 using lumo::HookPoint;
+using test::Outcome, test::outcome;
 using Strings = std::vector<std::string>;
 
 struct StatusTest : test::OnSoftwareDevice {};
@@ -135,8 +136,8 @@ TEST_F(StatusTest, ExceptionsBecomeStatuses) {
     };
     for (const auto& c : cases) {
         lumo::setInfo(0);
-        EXPECT_EQ(c.status, lumo::guarded(c.body)) << "case " << &c - cases;
-        EXPECT_EQ(c.info, lumoGetErrorInfo()) << "case " << &c - cases;
+        EXPECT_EQ(Outcome(c.status, c.info), outcome(lumo::guarded(c.body)))
+            << "case " << &c - cases;
     }
     try {
         cudalib::checkCudaError(2);
@@ -156,12 +157,12 @@ TEST_F(StatusTest, SynchronisationRaisesCublasBeforeCuda) {
         cublasSgemm('?', 'N', 1, 1, 1, 1, nullptr, 1, nullptr, 1, 0, nullptr, 1);
     };
     fail();
-    EXPECT_EQ(lumoBlasError, lumo::guarded(cudalib::synchronizeAndCheck));
-    EXPECT_EQ(CUBLAS_STATUS_INVALID_VALUE, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoBlasError, CUBLAS_STATUS_INVALID_VALUE),
+              outcome(lumo::guarded(cudalib::synchronizeAndCheck)));
     EXPECT_EQ(lumoNoError, lumo::guarded(cudalib::synchronizeAndCheck)) << "both were drained";
     software::inject({1, "cudaThreadSynchronize", cudaErrorLaunchFailure});
-    EXPECT_EQ(lumoRuntimeError, lumo::guarded(cudalib::synchronizeAndCheck));
-    EXPECT_EQ(cudaErrorLaunchFailure, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorLaunchFailure),
+              outcome(lumo::guarded(cudalib::synchronizeAndCheck)));
     fail();
     EXPECT_EQ(lumoRuntimeError, lumo::guarded([] { throw 1; }));
     EXPECT_EQ(CUBLAS_STATUS_SUCCESS, cublasGetError());
@@ -206,8 +207,8 @@ TEST_F(FrameTest, UninitialisedOrImpreciseCallsLeaveInfoAlone) {
               lumo::computeFrame<lumo::Complex<double>>(lumo::deviceCall, body));
     EXPECT_EQ(77, lumoGetErrorInfo());
     EXPECT_EQ(0, ran);
-    EXPECT_EQ(lumoNoError, lumo::computeFrame<lumo::Complex<float>>(lumo::hostCall, body));
-    EXPECT_EQ(0, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoNoError, 0),
+              outcome(lumo::computeFrame<lumo::Complex<float>>(lumo::hostCall, body)));
     EXPECT_EQ(1, ran);
     start(test::machine(13));
     EXPECT_EQ(lumoNoError, lumo::computeFrame<double>(lumo::hostCall, body));
@@ -215,8 +216,7 @@ TEST_F(FrameTest, UninitialisedOrImpreciseCallsLeaveInfoAlone) {
     lumo::setInfo(77);
     EXPECT_EQ(lumoNotInitialized, lumo::computeFrame<double>(lumo::hostCall, body));
     EXPECT_EQ(lumoNotInitialized, solve(1, 2));
-    EXPECT_EQ(lumoNotInitialized, lumoGetLastStatus());
-    EXPECT_EQ(77, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoNotInitialized, 77), outcome(lumoGetLastStatus()));
     EXPECT_EQ(2, ran);
 }
 
@@ -224,11 +224,9 @@ TEST_F(FrameTest, HooksStandAroundTheCall) {
     EXPECT_EQ(lumoNoError, solve(1, 2));
     EXPECT_EQ(0.5f, solution);
     EXPECT_EQ(all, events);
-    EXPECT_EQ(lumoDataError, solve(1, 0));
-    EXPECT_EQ(1, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoDataError, 1), outcome(solve(1, 0)));
     EXPECT_EQ(all, events) << "after a failure, too";
-    EXPECT_EQ(lumoArgumentError, solve(1, 2, 0));
-    EXPECT_EQ(-4, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoArgumentError, -4), outcome(solve(1, 2, 0)));
     EXPECT_EQ((Strings{"host begin", "host end"}), events);
 }
 
@@ -236,24 +234,21 @@ TEST_F(FrameTest, FailingHooks) {
     auto fail = [] { throw cudalib::CudaRuntimeException(30); };
     const Strings outer{"host end"}, inner{"host begin", "device end", "host end"};
     lumo::setHook(HookPoint::hostCallBegin, fail);
-    EXPECT_EQ(lumoRuntimeError, solve(1, 2));
-    EXPECT_EQ(30, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoRuntimeError, 30), outcome(solve(1, 2)));
     EXPECT_EQ(outer, events);
     EXPECT_EQ(2, matrix) << "the call itself did not run";
 
     record(HookPoint::hostCallBegin, "host begin");
     lumo::setHook(HookPoint::deviceCallBegin, fail);
-    EXPECT_EQ(lumoRuntimeError, solve(1, 2));
-    EXPECT_EQ(30, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoRuntimeError, 30), outcome(solve(1, 2)));
     EXPECT_EQ(inner, events);
 
     record(HookPoint::deviceCallBegin, "device begin");
     for (auto end : {HookPoint::deviceCallEnd, HookPoint::hostCallEnd}) {
         lumo::setHook(end, fail);
-        EXPECT_EQ(lumoRuntimeError, solve(1, 2));
-        EXPECT_EQ(30, lumoGetErrorInfo());
-        EXPECT_EQ(lumoDataError, solve(1, 0)) << "the call's own failure counts";
-        EXPECT_EQ(1, lumoGetErrorInfo());
+        EXPECT_EQ(Outcome(lumoRuntimeError, 30), outcome(solve(1, 2)));
+        EXPECT_EQ(Outcome(lumoDataError, 1), outcome(solve(1, 0)))
+            << "the call's own failure counts";
         lumo::setHook(end, {});
     }
 }
@@ -267,12 +262,11 @@ TEST_F(FrameTest, HooksMayCallTheLibrary) {
     };
     lumo::setHook(HookPoint::hostCallEnd, call);
     lumo::setHook(HookPoint::deviceCallBegin, call);
-    EXPECT_EQ(lumoDataError, solve(1, 0));
-    EXPECT_EQ(1, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoDataError, 1), outcome(solve(1, 0)));
     EXPECT_EQ(lumoDataError, lumoGetLastStatus());
     lumo::setHook(HookPoint::hostCallEnd, [] { lumoGetDeviceCount(nullptr); });
-    EXPECT_EQ(lumoNoError, solve(1, 2));
-    EXPECT_EQ(0, lumoGetErrorInfo()) << "success has no info, whatever a hook did";
+    EXPECT_EQ(Outcome(lumoNoError, 0), outcome(solve(1, 2)))
+        << "success has no info, whatever a hook did";
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ class TransferTest : public test::OnSoftwareDevice {
   protected:
     static constexpr std::size_t size = 512;
     using Bytes = std::vector<unsigned char>;
+    using Names = std::vector<std::string>;
 
     void SetUp() override {
         OnSoftwareDevice::SetUp();
@@ -40,16 +41,13 @@ class TransferTest : public test::OnSoftwareDevice {
     }
     // The calls that a copy makes, by name.
     template <class Copy>
-    std::vector<std::string> calls(Copy copy, cudaError_t expected = cudaSuccess) {
-        software::startTrace();
-        EXPECT_EQ(expected, copy());
-        std::vector<std::string> names;
-        for (const auto& call : software::stopTrace()) names.push_back(call.name);
+    Names calls(Copy copy, cudaError_t expected = cudaSuccess) {
+        Names names;
+        for (const auto& call : test::traceOf([&] { EXPECT_EQ(expected, copy()); }))
+            names.push_back(call.name);
         cudaGetLastError();
         return names;
     }
-    using Names = std::vector<std::string>;
-
     char* device;
     Bytes host;
 };
@@ -89,11 +87,10 @@ TEST_F(TransferTest, AsynchronousOnItsStream) {
     for (auto [pitch, name] : {std::pair{std::size_t(8), "cudaMemcpyAsync"},
                                {12, "cudaMemcpy2DAsync"},
                                {hugePitch, "cudaMemcpyAsync"}}) {
-        software::startTrace();
-        const std::size_t height = pitch == hugePitch ? 1 : 4;
-        EXPECT_EQ(cudaSuccess, copy2D(pinned, pitch, device, 8, 8, height, down,
-                                      CopyMode::asynchronous, stream));
-        const auto trace = software::stopTrace();
+        const auto trace = test::traceOf([&, pitch = pitch] {
+            EXPECT_EQ(cudaSuccess, copy2D(pinned, pitch, device, 8, 8, pitch == hugePitch ? 1 : 4,
+                                          down, CopyMode::asynchronous, stream));
+        });
         ASSERT_EQ(1u, trace.size());
         EXPECT_EQ(name, trace[0].name);
         EXPECT_NE("0", trace[0].arguments.back()) << "the stream";

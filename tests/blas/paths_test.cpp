@@ -9,10 +9,8 @@ using software::Call;
 using ComplexF = lumo::Complex<float>;
 using ComplexD = lumo::Complex<double>;
 
-std::vector<Call> traceOf(test::Call& call, lumoStatus expected = lumoNoError) {
-    software::startTrace();
-    EXPECT_EQ(expected, call.run());
-    return software::stopTrace();
+std::vector<Call> run(test::Call& call) {
+    return traceOf([&] { EXPECT_EQ(lumoNoError, call.run()); });
 }
 
 // "m n k" of the products in a trace, in order.
@@ -121,7 +119,7 @@ void expectSplits() {
         SCOPED_TRACE(s.name);
         const Problem p{s.letters, s.m, s.n, s.k, {0.7, -0.9}, {-0.3, 0.2}, s.padding};
         auto call = blasCall<T>("gemm", p, inDevice);
-        EXPECT_EQ(s.pieces, products(traceOf(*call)));
+        EXPECT_EQ(s.pieces, products(run(*call)));
         call->checkResult();
     }
 }
@@ -133,29 +131,30 @@ TEST_F(BlasPaths, ProductsBeyondTheLimitAreHalved) {
     // Through the host interface the same body runs: 96 is the leading dimension of 35 rows.
     auto call = blasCall<float>("gemm", {"NN", 35, 7, 9, 1, 1}, inHost);
     lumo::blasTuning.gemmLimit = 4 * int(lumo::blasPitch<float>(35, 20, true));
-    EXPECT_EQ("(35 7 2)(35 7 2)(35 7 2)(35 7 3)", products(traceOf(*call)));
+    EXPECT_EQ("(35 7 2)(35 7 2)(35 7 2)(35 7 3)", products(run(*call)));
     call->checkResult();
     // Devices before capability 2.0 take everything in one piece.
     start(machine(13));
     lumo::blasTuning.gemmLimit = 384;
     auto whole = blasCall<float>("gemm", {"NN", 12, 7, 65, 1, 1}, inDevice);
-    EXPECT_EQ("(12 7 65)", products(traceOf(*whole)));
+    EXPECT_EQ("(12 7 65)", products(run(*whole)));
 }
 
 // The tests multiply in 32 bits. 2^16 times 2^15 wraps to a negative number: no split.
 TEST_F(BlasPaths, TheTestForASplitWraps) {
     lumo::blasTuning.gemmLimit = 1 << 16;
-    software::startTrace();
-    EXPECT_EQ(lumoBlasError, lumoDeviceSgemm('N', 'N', -1, 1, 1 << 15, 1, nullptr, 1 << 16, nullptr,
-                                             1 << 15, 0, nullptr, 1));
-    EXPECT_EQ("(-1 1 32768)", products(software::stopTrace()));
+    EXPECT_EQ("(-1 1 32768)", products(traceOf([] {
+                  EXPECT_EQ(lumoBlasError,
+                            lumoDeviceSgemm('N', 'N', -1, 1, 1 << 15, 1, nullptr, 1 << 16, nullptr,
+                                            1 << 15, 0, nullptr, 1));
+              })));
 }
 
 // The device's gemm is CUBLAS's own: its argument errors are too.
 TEST_F(BlasPaths, DeviceGemmIsUnchecked) {
     float x[1] = {};
-    EXPECT_EQ(lumoBlasError, lumoDeviceSgemm('X', 'N', 1, 1, 1, 1, x, 1, x, 1, 0, x, 1));
-    EXPECT_EQ(CUBLAS_STATUS_INVALID_VALUE, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoBlasError, CUBLAS_STATUS_INVALID_VALUE),
+              outcome(lumoDeviceSgemm('X', 'N', 1, 1, 1, 1, x, 1, x, 1, 0, x, 1)));
     EXPECT_EQ(lumoBlasError, lumoDeviceSgemm('N', 'N', 3, 1, 1, 1, x, 2, x, 1, 0, x, 3));
     EXPECT_EQ(lumoNoError, lumoDeviceSgemm('n', 't', 0, 1, 1, 1, x, 1, x, 1, 0, x, 1));
 }
@@ -183,7 +182,7 @@ template <class T>
 void expectBlocks(const char* name, const char* letters, int m, int n, int k, int calls) {
     SCOPED_TRACE(name);
     auto call = blasCall<T>(name, {letters, m, n, k, {0.7, -0.9}, {0.5, 0.25}, 3}, inHost);
-    const auto trace = traceOf(*call);
+    const auto trace = run(*call);
     EXPECT_EQ(calls, std::count_if(trace.begin(), trace.end(), [](const Call& c) {
                   return c.name.rfind("cublas", 0) == 0 && c.name != "cublasGetError";
               }));
@@ -223,7 +222,7 @@ void expectTransfers() {
         for (const Wide& beta : {Wide(0), Wide(1), Wide(-2, 3), Wide(notANumber),
                                  Wide(lumo::isComplex<T> ? 0 : 1, notANumber)}) {
             BlasCall<T> call(operation, {letters, 5, 4, 3, 1, beta, 1}, inHost);
-            const auto trace = traceOf(call);
+            const auto trace = run(call);
             const bool unread = skipped && scales && beta == 0.0;
             EXPECT_EQ(2 + threeOperands - unread, copies(trace, "1")) << beta;
             EXPECT_EQ(1, copies(trace, "2"));
@@ -305,8 +304,8 @@ TEST_F(BlasPaths, GemvWithoutIncrement) {
     for (auto gemv : {lumoDgemv, lumoDeviceDgemv})
         for (auto [incx, incy] : {std::pair{0, 1}, {-1, 0}, {0, 0}}) {
             software::startTrace();
-            EXPECT_EQ(lumoBlasError, gemv('N', 3, 3, 1, x, 3, x, incx, 1, y, incy));
-            EXPECT_EQ(CUBLAS_STATUS_INVALID_VALUE, lumoGetErrorInfo());
+            EXPECT_EQ(Outcome(lumoBlasError, CUBLAS_STATUS_INVALID_VALUE),
+                      outcome(gemv('N', 3, 3, 1, x, 3, x, incx, 1, y, incy)));
             EXPECT_EQ(0, count(software::stopTrace(), "cudaMalloc"));
         }
     EXPECT_EQ(4, y[0]);
@@ -333,8 +332,8 @@ TEST_F(BlasPaths, NullOperandsThatPassTheChecks) {
     auto call = blasCall<float>("syr2k", {"UT", 0, 3, 0, 1, 2}, inDevice);
     EXPECT_EQ(lumoNoError, call->run());
     call->checkResult();
-    EXPECT_EQ(lumoRuntimeError, lumoDeviceSgemm('N', 'N', 1, 1, 1, 1, nullptr, 1, c, 1, 0, c, 1));
-    EXPECT_EQ(cudaErrorInvalidValue, lumoGetErrorInfo());
+    EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorInvalidValue),
+              outcome(lumoDeviceSgemm('N', 'N', 1, 1, 1, 1, nullptr, 1, c, 1, 0, c, 1)));
 }
 
 }  // namespace

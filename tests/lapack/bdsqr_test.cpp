@@ -83,9 +83,8 @@ class Bdsqr : public OnMachine {
     }
     static Matrix<T> none() { return Matrix<T>(0, 0); }
     static Matrix<T> identity(int n, int ld) {
-        Matrix<T> a(n, n, ld);
-        for (int j = 0; j < n; ++j)
-            for (int i = 0; i < n; ++i) a(i, j) = T(i == j);
+        Matrix<T> a = filled<T>(n, n, 0, ld);
+        for (int j = 0; j < n; ++j) a(j, j) = 1;
         return a;
     }
 
@@ -300,10 +299,10 @@ class BdsqrCalls : public OnSoftwareDevice {
         for (int i = 0; i < order; ++i)
             elements(i, 0) = std::pow(ratio, float(i)) + 0.1f * float(i % 7) * (ratio == 1);
         OnDevice<float> d(elements), e(elements), x(a), y(a), z(a);
-        software::startTrace();
-        lumo::bdsqr<float>('U', order, vt ? order : 0, u ? order : 0, c ? order : 0, d.data(),
-                           e.data(), x.data(), order, y.data(), order, z.data(), order);
-        return software::stopTrace();
+        return test::traceOf([&] {
+            lumo::bdsqr<float>('U', order, vt ? order : 0, u ? order : 0, c ? order : 0, d.data(),
+                               e.data(), x.data(), order, y.data(), order, z.data(), order);
+        });
     }
 };
 
@@ -381,22 +380,13 @@ TEST_F(BdsqrCalls, EveryFailureIsReported) {
 
 TEST_F(BdsqrCalls, ChecksInOrder) {
     float x = 0;
-    auto info = [&](char uplo, int n, int ncvt, int nru, int ncc, int ldvt, int ldu, int ldc) {
-        return argumentError([&] {
-            lumo::bdsqr<float>(uplo, n, ncvt, nru, ncc, &x, &x, &x, ldvt, &x, ldu, &x, ldc);
-        });
-    };
-    EXPECT_EQ(-1, info('X', -1, -1, -1, -1, 0, 0, 0));
-    EXPECT_EQ(-2, info('U', -1, -1, -1, -1, 0, 0, 0));
-    EXPECT_EQ(-3, info('l', 3, -1, -1, -1, 0, 0, 0));
-    EXPECT_EQ(-4, info('U', 3, 0, -1, -1, 0, 0, 0));
-    EXPECT_EQ(-5, info('U', 3, 0, 0, -1, 0, 0, 0));
-    EXPECT_EQ(-9, info('U', 3, 0, 0, 0, 0, 0, 0));
-    EXPECT_EQ(-9, info('U', 3, 1, 0, 0, 2, 0, 0));
-    EXPECT_EQ(-11, info('U', 3, 1, 4, 0, 3, 3, 0));
-    EXPECT_EQ(-13, info('U', 3, 0, 0, 0, 1, 1, 0));
-    EXPECT_EQ(-13, info('U', 3, 1, 4, 1, 3, 4, 2));
-    EXPECT_EQ(0, info('U', 0, 0, 0, 0, 1, 1, 1));
+    expectChecks(&lumo::bdsqr<float>, {1, 2, 3, 4, 5, 9, 11, 13},
+                 {'X', -1, -1, -1, -1, &x, &x, &x, 2, &x, 3, &x, 2},
+                 {'l', 3, 1, 4, 1, &x, &x, &x, 3, &x, 4, &x, 3});
+    // Without vectors.
+    expectChecks(&lumo::bdsqr<float>, {9, 11, 13}, {'U', 3, 0, 0, 0, &x, &x, &x, 0, &x, 0, &x, 0},
+                 {'U', 3, 0, 0, 0, &x, &x, &x, 1, &x, 1, &x, 1});
+    EXPECT_EQ(0, argumentError([&] { lumo::bdsqr('U', 0, 0, 0, 0, &x, &x, &x, 1, &x, 1, &x, 1); }));
 }
 
 }  // namespace

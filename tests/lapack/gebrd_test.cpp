@@ -81,9 +81,7 @@ class GebrdCall : public Call {
         EXPECT_TRUE(a.paddingUntouched());
         EXPECT_TRUE(std::isnan(e(k_ - 1, 0))) << "e has one element less than d";
         const int below = a.m >= a.n ? 0 : 1, right = 1 - below;
-        Matrix<T> product(a.m, a.n);
-        for (int j = 0; j < a.n; ++j)
-            for (int i = 0; i < a.m; ++i) product(i, j) = T(0);
+        Matrix<T> product = filled<T>(a.m, a.n, 0);
         for (int i = 0; i < k_; ++i) {
             product(i, i) = T(d(i, 0));
             ASSERT_EQ(T(d(i, 0)), a(i, i)) << i;
@@ -173,9 +171,7 @@ class GebrdPaths : public OnSoftwareDevice {
     template <class T>
     static std::vector<software::Call> traceOf(int m, int n, int nb) {
         GebrdCall<T> call(Matrix<T>::random(m, n), nb);
-        software::startTrace();
-        EXPECT_EQ(lumoNoError, call.run());
-        auto trace = software::stopTrace();
+        auto trace = test::traceOf([&] { EXPECT_EQ(lumoNoError, call.run()); });
         call.checkResult();
         return trace;
     }
@@ -213,16 +209,13 @@ TEST_F(GebrdPaths, BlocksByCapability) {
 }
 
 TEST_F(GebrdPaths, ArgumentErrorsAndEmptyMatrices) {
-    auto info = [](int m, int n, int lda) {
-        return argumentError(
-            [&] { lumo::gebrd<double>(m, n, nullptr, lda, nullptr, nullptr, nullptr, nullptr); });
-    };
-    EXPECT_EQ(-1, info(-1, -1, 0));
-    EXPECT_EQ(-2, info(2, -1, 0));
-    EXPECT_EQ(-4, info(2, 2, 1));
-    EXPECT_EQ(-4, info(0, 2, 0));
-    EXPECT_EQ(0, info(0, 2, 1));
-    EXPECT_EQ(0, info(2, 0, 2));
+    double* null = nullptr;
+    expectChecks(&lumo::gebrd<double>, {1, 2, 4}, {-1, -1, null, 1, null, null, null, null},
+                 {2, 2, null, 2, null, null, null, null});
+    for (auto [expected, m, n, lda] : {std::array{-4, 0, 2, 0}, {0, 0, 2, 1}, {0, 2, 0, 2}})
+        EXPECT_EQ(expected, argumentError([&, m = m, n = n, lda = lda] {
+                      lumo::gebrd(m, n, null, lda, null, null, null, null);
+                  }));
 }
 
 }  // namespace

@@ -152,8 +152,8 @@ TEST(Qr, NullOperandsOfOneElement) {
     ASSERT_EQ(lumoNoError, lumoInitialize());
     float one = 1;
     for (auto f : {lumoSgeqrf, lumoDeviceSgeqrf}) {
-        EXPECT_EQ(lumoRuntimeError, f(1, 1, nullptr, 1, &one));
-        EXPECT_EQ(cudaErrorInvalidValue, lumoGetErrorInfo());
+        EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorInvalidValue),
+                  outcome(f(1, 1, nullptr, 1, &one)));
     }
     EXPECT_EQ(lumoRuntimeError, lumoSgeqrf(1, 1, &one, 1, nullptr));
     lumoShutdown();

@@ -13,14 +13,6 @@ namespace test {
 
 // --- Operands ------------------------------------------------------------------------------------
 
-template <class T>
-Matrix<T> filled(int m, int n, T value, int ld = 0) {
-    Matrix<T> a(m, n, ld);
-    for (int j = 0; j < n; ++j)
-        for (int i = 0; i < m; ++i) a(i, j) = value;
-    return a;
-}
-
 // m x n of NaN: what a kernel misses shows.
 template <class T>
 Matrix<T> poisoned(int m, int n, int ld = 0) {
@@ -85,10 +77,8 @@ using Names = std::vector<std::string>;
 // The calls that f makes, each as `text` puts it; those without a text are of no interest.
 template <class F, class Text>
 Names callsBy(F f, Text text) {
-    software::startTrace();
-    f();
     Names texts;
-    for (const software::Call& call : software::stopTrace())
+    for (const software::Call& call : traceOf(f))
         if (const std::string t = text(call); !t.empty()) texts.push_back(t);
     return texts;
 }

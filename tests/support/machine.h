@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "lumo.h"
@@ -89,6 +90,27 @@ inline std::string scheduleName(const ::testing::TestParamInfo<Schedule>& info) 
     INSTANTIATE_TEST_SUITE_P(, Fixture,                                                           \
                              ::testing::Values(test::Schedule::earliest, test::Schedule::latest), \
                              test::scheduleName)
+
+// A status and the info that came with it: what a call returned, and what it left.
+using Outcome = std::pair<lumoStatus, int>;
+inline Outcome outcome(lumoStatus returned) {
+    return {returned, lumoGetErrorInfo()};
+}
+
+// The calls that f makes.
+template <class F>
+std::vector<software::Call> traceOf(F f) {
+    software::startTrace();
+    f();
+    return software::stopTrace();
+}
+
+// A call and its arguments, in words.
+inline std::string written(const software::Call& call) {
+    std::string words = call.name;
+    for (const std::string& argument : call.arguments) words += " " + argument;
+    return words;
+}
 
 // How often the trace holds a call of this name, or a launch of a kernel whose instance name
 // begins so ("KernelLASWP<").

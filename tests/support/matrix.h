@@ -87,6 +87,14 @@ bool operator==(const Matrix<T>& a, const Matrix<T>& b) {
     return a.m == b.m && a.n == b.n && a.ld == b.ld && a.data == b.data;
 }
 
+template <class T>
+Matrix<T> filled(int m, int n, T value, int ld = 0) {
+    Matrix<T> a(m, n, ld);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i) a(i, j) = value;
+    return a;
+}
+
 // A copy of a host matrix in device memory, padding included.
 template <class T>
 class OnDevice {
