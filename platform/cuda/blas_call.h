@@ -26,14 +26,14 @@ void blasCall(bool valid, Call call) {
     cublasStatus_t status = blasHandle(handle);
     if (status == CUBLAS_STATUS_SUCCESS) status = call(handle);
     if (status == CUBLAS_STATUS_SUCCESS) return;
-    // A kernel that failed before takes the context with it: that is the error to tell, not the
-    // one that CUBLAS has of it.
+    // A kernel that failed before, in whatever way, takes the context with it, and a device that
+    // cannot be reached does no better: that is the error to tell, not the one that CUBLAS has of
+    // it.
     const cudaError_t before = cudaStreamQuery(nullptr);
-    if (before == cudaErrorLaunchFailure || before == cudaErrorIllegalAddress ||
-        before == cudaErrorMisalignedAddress)
-        reported(before);
-    else
+    if (before == cudaSuccess || before == cudaErrorNotReady)
         noteBlas(legacyStatus(status));
+    else
+        reported(before);
 }
 
 inline cublasOperation_t operation(char trans) {
