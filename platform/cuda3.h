@@ -56,10 +56,11 @@ constexpr cublasStatus CUBLAS_STATUS_MAPPING_ERROR = 11;
 constexpr cublasStatus CUBLAS_STATUS_EXECUTION_FAILED = 13;
 constexpr cublasStatus CUBLAS_STATUS_INTERNAL_ERROR = 14;
 
-struct cuComplex {
+// Aligned as in CUDA: CUBLAS is given the addresses of scalars.
+struct alignas(8) cuComplex {
     float x, y;
 };
-struct cuDoubleComplex {
+struct alignas(16) cuDoubleComplex {
     double x, y;
 };
 

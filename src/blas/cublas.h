@@ -19,6 +19,8 @@ inline cuComplex plain(Complex<float> z) {
 inline cuDoubleComplex plain(Complex<double> z) {
     return {z.re, z.im};
 }
+static_assert(alignof(cuComplex) == alignof(Complex<float>) &&
+              alignof(cuDoubleComplex) == alignof(Complex<double>));
 inline cuComplex* plain(Complex<float>* a) {
     return reinterpret_cast<cuComplex*>(a);
 }
