@@ -73,20 +73,18 @@ bool contextBound() {
     return context().bound;
 }
 
-OnDevice::OnDevice() : ours_(context().device) {
-    if (cudaGetDevice(&applications_) != cudaSuccess) {
-        cudaGetLastError();
-        applications_ = ours_;
-    }
-    if (applications_ != ours_) reported(cudaSetDevice(ours_));
+int processDevice() {
+    return context().device;
 }
 
-OnDevice::~OnDevice() {
-    if (applications_ != ours_) cudaSetDevice(applications_);
-}
-
+// Within a major version an older driver runs a newer runtime. The library knows only that a driver
+// must not be older than the runtime, so such a runtime has the driver's version.
 int runtimeGetVersion(int* version) {
-    return reported(cudaRuntimeGetVersion(version));
+    if (const cudaError_t error = cudaRuntimeGetVersion(version)) return reported(error);
+    int driver = 0;
+    if (cudaDriverGetVersion(&driver) != cudaSuccess) cudaGetLastError();
+    if (driver / 1000 == *version / 1000) *version = std::min(*version, driver);
+    return cudaSuccess;
 }
 
 // A driver that is too old for the runtime to speak to has no version, as if there were none.
@@ -128,6 +126,7 @@ int setDevice(int device) {
     std::lock_guard<std::mutex> lock(c.mutex);
     if (c.bound) return reported3(setOnActiveProcess);
     c.device = device;
+    forgetContext();
     c.explicitlyChosen = true;
     return cudaSuccess;
 }

@@ -12,8 +12,11 @@ namespace gpu {
 // Takes the chosen device for good.
 void bindContext();
 bool contextBound();
+// The device that was chosen, by default the first.
+int processDevice();
 
-// Makes the process's device the calling thread's current one, and puts the application's back.
+// Makes the process's device the calling thread's current one, and puts back what the application
+// had, be it nothing.
 class OnDevice {
   public:
     OnDevice();
@@ -22,9 +25,13 @@ class OnDevice {
     OnDevice& operator=(const OnDevice&) = delete;
 
   private:
-    int applications_ = 0;
-    int ours_ = 0;
+    bool switched_ = false;
+    void* applicationsContext_ = nullptr;
+    int applicationsDevice_ = 0;  // where the driver cannot be asked for contexts
 };
+
+// Another device was chosen.
+void forgetContext();
 
 // Gives the page-locked blocks that are kept for reuse back to the system.
 void trimPageLocked();

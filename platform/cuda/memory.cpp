@@ -51,6 +51,7 @@ int memGetInfo(std::size_t* free, std::size_t* total) {
 }
 
 int isDevicePointer(const void* pointer) {
+    OnDevice here;
     cudaPointerAttributes attributes{};
     if (cudaPointerGetAttributes(&attributes, pointer) != cudaSuccess) {
         cudaGetLastError();

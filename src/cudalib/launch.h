@@ -21,7 +21,11 @@
 
 #ifdef __CUDACC__
 #define LUMO_KERNEL __global__
+#if defined(__CUDA_ARCH__) && __CUDA_ARCH__ >= 700  // earlier devices have to copy
 #define LUMO_GRID_CONSTANT __grid_constant__ const
+#else
+#define LUMO_GRID_CONSTANT const
+#endif
 #define LUMO_STUB(...) nullptr
 #else
 #define LUMO_KERNEL
