@@ -118,21 +118,10 @@ template <class T>
 std::vector<GoodCase> gebrdCases() {
     std::vector<GoodCase> cases;
     // k below, at and above one and two blocks; square, tall, wide.
-    for (auto [m, n] : {Shape{1, 1},
-                        {1, 6},
-                        {6, 1},
-                        {7, 7},
-                        {8, 8},
-                        {9, 9},
-                        {16, 16},
-                        {17, 17},
-                        {30, 16},
-                        {16, 30},
-                        {33, 25},
-                        {25, 33},
-                        {90, 17},
-                        {17, 90}})
-        cases.push_back(gebrdCase<T>(m, n, 8));
+    constexpr Shape small[] = {{1, 1},   {1, 6},   {6, 1},   {7, 7},   {8, 8},
+                               {9, 9},   {16, 16}, {17, 17}, {30, 16}, {16, 30},
+                               {33, 25}, {25, 33}, {90, 17}, {17, 90}};
+    for (auto [m, n] : small) cases.push_back(gebrdCase<T>(m, n, 8));
     cases.push_back(gebrdCase<T>(5, 5, 1));
     for (auto [m, n] : {Shape{96, 96}, {192, 192}, {193, 193}, {230, 150}, {150, 230}, {700, 97}})
         cases.push_back(gebrdCase<T>(m, n, 0));

@@ -10,19 +10,6 @@ namespace {
 
 using lumo::Complex;
 
-template <class T>
-struct Exports;
-template <>
-struct Exports<float> {
-    static constexpr auto gels = lumoSgels, deviceGels = lumoDeviceSgels;
-    static constexpr auto gglse = lumoSgglse, deviceGglse = lumoDeviceSgglse;
-};
-template <>
-struct Exports<Complex<float>> {
-    static constexpr auto gels = lumoCgels, deviceGels = lumoDeviceCgels;
-    static constexpr auto gglse = lumoCgglse, deviceGglse = lumoDeviceCgglse;
-};
-
 WideMatrix rows(const WideMatrix& a, int first, int count) {
     WideMatrix part(count, a.n);
     for (int j = 0; j < a.n; ++j)
@@ -77,7 +64,8 @@ std::unique_ptr<OperandsCall<T>> gelsCall(Problem p, Matrix<T> a, Interface inte
                 lumo::gels(p.trans, p.m, p.n, p.nrhs, at[0], lda, at[1], ldb);
             });
         else
-            return (where == Interface::host ? Exports<T>::gels : Exports<T>::deviceGels)(
+            return (where == Interface::host ? byType<T>(lumoSgels, lumoCgels)
+                                             : byType<T>(lumoDeviceSgels, lumoDeviceCgels))(
                 p.trans, p.m, p.n, p.nrhs, exported(at[0]), lda, exported(at[1]), ldb);
     };
     auto check = [p](const auto& before, const auto& after) {
@@ -91,21 +79,17 @@ std::unique_ptr<OperandsCall<T>> gelsCall(Problem p, Matrix<T> a, Interface inte
 }
 
 template <class T>
-std::vector<GoodCase> gelsCases(std::initializer_list<std::pair<int, int>> shapes,
-                                std::initializer_list<int> nrhs, bool shrunk) {
+std::vector<GoodCase> gelsCases(const Shapes& shapes, std::initializer_list<int> nrhs,
+                                bool shrunk) {
     std::vector<GoodCase> cases;
-    const char adjoint = lumo::isComplex<T> ? 'c' : 't';
-    for (Interface interface : interfaces<T>())
-        for (auto [m, n] : shapes)
-            for (int right : nrhs)
-                for (char trans : {'N', adjoint}) {
-                    const Problem p{trans, m, n, right};
-                    cases.push_back(
-                        {p.name() + (interface == Interface::host ? ", host" : ", device"), [=] {
-                             return gelsCall<T>(p, Matrix<T>::random(p.m, p.n, p.m + 1), interface,
-                                                shrunk);
-                         }});
-                }
+    for (int right : nrhs)
+        for (char trans : {'N', lumo::isComplex<T> ? 'c' : 't'})
+            cases = cases + casesOf<T>(std::string{trans} + std::to_string(right), shapes,
+                                       [=](int m, int n, Interface interface) {
+                                           return gelsCall<T>({trans, m, n, right},
+                                                              Matrix<T>::random(m, n, m + 1),
+                                                              interface, shrunk);
+                                       });
     return cases;
 }
 
@@ -113,7 +97,7 @@ template <class T>
 std::vector<ArgumentCase> gelsArguments() {
     std::vector<ArgumentCase> cases;
     static T a[16];
-    for (auto f : {Exports<T>::gels, Exports<T>::deviceGels}) {
+    for (auto f : {byType<T>(lumoSgels, lumoCgels), byType<T>(lumoDeviceSgels, lumoDeviceCgels)}) {
         auto call = [=](char trans, int m, int n, int nrhs, int lda, int ldb, bool hasA = false) {
             return [=] {
                 return f(trans, m, n, nrhs, exported(hasA ? a : nullptr), lda,
@@ -198,7 +182,8 @@ std::unique_ptr<OperandsCall<T>> gglseCall(Constrained s, Matrix<T> a, Matrix<T>
                 lumo::gglse(s.m, s.n, s.p, at[0], lda, at[1], ldb, at[2], at[3], at[4]);
             });
         else
-            return (where == Interface::host ? Exports<T>::gglse : Exports<T>::deviceGglse)(
+            return (where == Interface::host ? byType<T>(lumoSgglse, lumoCgglse)
+                                             : byType<T>(lumoDeviceSgglse, lumoDeviceCgglse))(
                 s.m, s.n, s.p, exported(at[0]), lda, exported(at[1]), ldb, exported(at[2]),
                 exported(at[3]), exported(at[4]));
     };
@@ -210,7 +195,7 @@ std::unique_ptr<OperandsCall<T>> gglseCall(Constrained s, Matrix<T> a, Matrix<T>
 }
 
 template <class T>
-std::vector<GoodCase> gglseCases(std::initializer_list<Constrained> shapes, bool shrunk) {
+std::vector<GoodCase> gglseCases(const std::vector<Constrained>& shapes, bool shrunk) {
     std::vector<GoodCase> cases;
     for (Interface interface : interfaces<T>())
         for (Constrained s : shapes)
@@ -227,7 +212,8 @@ template <class T>
 std::vector<ArgumentCase> gglseArguments() {
     std::vector<ArgumentCase> cases;
     static T memory[16];
-    for (auto f : {Exports<T>::gglse, Exports<T>::deviceGglse}) {
+    for (auto f :
+         {byType<T>(lumoSgglse, lumoCgglse), byType<T>(lumoDeviceSgglse, lumoDeviceCgglse)}) {
         // Letters name the operands that are not null.
         auto call = [=](int m, int n, int p, int lda, int ldb, std::string has) {
             auto at = [=](char which) {
@@ -285,38 +271,20 @@ bool registerLeastSquares(const std::string& letter) {
         gelsErrors = gelsArguments<T>();
         gglseErrors = gglseArguments<T>();
     }
-    auto gels = gelsCases<T>({{1, 1},
-                              {6, 1},
-                              {1, 6},
-                              {4, 4},
-                              {9, 9},
-                              {30, 5},
-                              {5, 30},
-                              {17, 13},
-                              {13, 17},
-                              {0, 3},
-                              {3, 0}},
-                             {1, 3}, true);
-    for (auto& c : gelsCases<T>({{220, 110}, {110, 220}}, {2}, false)) gels.push_back(std::move(c));
+    const Shapes small{{1, 1},  {6, 1},   {1, 6},   {4, 4}, {9, 9}, {30, 5},
+                       {5, 30}, {17, 13}, {13, 17}, {0, 3}, {3, 0}};
+    auto gels =
+        gelsCases<T>(small, {1, 3}, true) + gelsCases<T>({{220, 110}, {110, 220}}, {2}, false);
     registerRoutine({letter + "gels", std::move(gels), gelsErrors, gelsFailing<T>(),
                      gelsCases<T>({{9, 6}, {6, 9}}, {2}, true), isDouble, shrinkPanels<T>});
 
     // No constraints, nothing but constraints, both, fewer equations than unknowns, the fewest
     // that there may be.
-    auto gglse = gglseCases<T>({{1, 1, 0},
-                                {9, 6, 0},
-                                {6, 6, 6},
-                                {0, 5, 5},
-                                {9, 9, 9},
-                                {20, 12, 5},
-                                {12, 9, 6},
-                                {9, 12, 5},
-                                {7, 12, 5},
-                                {30, 4, 2},
-                                {10, 20, 15}},
-                               true);
-    for (auto& c : gglseCases<T>({{250, 210, 100}, {130, 220, 140}}, false))
-        gglse.push_back(std::move(c));
+    const std::vector<Constrained> few{{1, 1, 0},  {9, 6, 0},   {6, 6, 6},   {0, 5, 5},
+                                       {9, 9, 9},  {20, 12, 5}, {12, 9, 6},  {9, 12, 5},
+                                       {7, 12, 5}, {30, 4, 2},  {10, 20, 15}};
+    auto gglse =
+        gglseCases<T>(few, true) + gglseCases<T>({{250, 210, 100}, {130, 220, 140}}, false);
     return registerRoutine({letter + "gglse", std::move(gglse), gglseErrors, gglseFailing<T>(),
                             gglseCases<T>({{9, 6, 5}, {5, 8, 4}}, true), isDouble, shrinkPanels<T>,
                             true});

@@ -117,8 +117,7 @@ TEST_F(LuPaths, RowsBeyondSixteenBits) {
     const auto shrunk = shrinkLu<float>();
     auto a = Matrix<float>::random(66000, 18);
     for (int j = 0; j < 18; ++j) a(65990 - 3 * j, j) = 50;  // where column j's pivot comes from
-    GetrfCall<float> call(a, Interface::host);
-    const auto trace = traceOf(call);
+    const auto trace = traceOf(*luCall<float>({a}, Interface::host));
     EXPECT_GT(count(trace, "KernelLASWPWide<"), 0);
 }
 

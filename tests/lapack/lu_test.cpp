@@ -6,34 +6,6 @@ namespace {
 
 using lumo::Complex;
 
-std::string label(const char* name, int m, int n, Interface interface) {
-    return std::string(name) + " " + std::to_string(m) + " x " + std::to_string(n) +
-           (interface == Interface::host ? ", host" : ", device");
-}
-
-// A good case with small blocks: they are shrunk while the call runs.
-template <class T>
-class Shrunk : public Call {
-  public:
-    explicit Shrunk(std::unique_ptr<Call> call) : call_(std::move(call)) {}
-    lumoStatus run() override {
-        const auto blocks = shrinkLu<T>();
-        return call_->run();
-    }
-    void checkResult() override { call_->checkResult(); }
-    bool untouched() override { return call_->untouched(); }
-
-  private:
-    std::unique_ptr<Call> call_;
-};
-
-// Both sides of every switch with panels of 8 columns: one panel, exactly k panels, a last one
-// of one column, tall and wide, both sides of the transposed path's least order.
-constexpr std::pair<int, int> shapes[] = {
-    {1, 1},   {1, 9},   {9, 1},   {7, 8},   {8, 8},   {9, 9},   {15, 15}, {16, 16},
-    {17, 17}, {19, 19}, {20, 20}, {21, 21}, {24, 24}, {33, 33}, {40, 17}, {17, 40},
-    {64, 9},  {9, 64},  {50, 33}, {33, 50}, {30, 16}, {16, 30}};
-
 // A matrix whose column `zero` is zero: the factorisation meets an exactly zero pivot there.
 template <class T>
 Matrix<T> singular(int n, int zero) {
@@ -44,13 +16,15 @@ Matrix<T> singular(int n, int zero) {
 
 template <class T>
 std::vector<GoodCase> getrfGoodCases() {
-    std::vector<GoodCase> cases;
-    for (Interface interface : interfaces<T>())
-        for (auto [m, n] : shapes)
-            cases.push_back({label("getrf", m, n, interface), [=, m = m, n = n] {
-                                 return std::make_unique<Shrunk<T>>(
-                                     getrfCall<T>(m, n, m + 3, interface));
-                             }});
+    // Both sides of every switch with panels of 8 columns: one panel, exactly k panels, a last one
+    // of one column, tall and wide, both sides of the transposed path's least order.
+    const Shapes small{{1, 1},   {1, 9},   {9, 1},   {7, 8},   {8, 8},   {9, 9},
+                       {15, 15}, {16, 16}, {17, 17}, {19, 19}, {20, 20}, {21, 21},
+                       {24, 24}, {33, 33}, {40, 17}, {17, 40}, {64, 9},  {9, 64},
+                       {50, 33}, {33, 50}, {30, 16}, {16, 30}};
+    auto cases = casesOf<T>("getrf", small, [](int m, int n, Interface interface) {
+        return getrfCall<T>(m, n, m + 3, interface, true);
+    });
     // The blocks that users get, around the switch to the transposed path.
     for (auto [m, n] : {std::pair{512, 512}, {513, 513}, {600, 700}, {700, 193}})
         cases.push_back({label("getrf", m, n, interfaces<T>()[0]),
@@ -63,7 +37,8 @@ std::vector<ArgumentCase> getrfArgumentCases() {
     std::vector<T> a(64);
     std::vector<int> p(8);
     std::vector<ArgumentCase> cases;
-    for (auto f : {LuExports<T>::getrf, LuExports<T>::deviceGetrf}) {
+    for (auto f :
+         {byType<T>(lumoSgetrf, lumoCgetrf), byType<T>(lumoDeviceSgetrf, lumoDeviceCgetrf)}) {
         auto call = [=](int m, int n, bool hasA, int lda, bool hasPivots) {
             return [=]() mutable {
                 return f(m, n, hasA ? exported(a.data()) : nullptr, lda,
@@ -90,41 +65,29 @@ std::vector<FailingCase> getrfFailingCases() {
          {std::pair{6, 2}, {17, 2}, {17, 7}, {17, 16}, {33, 0}, {33, 12}, {33, 32}})
         for (Interface interface : interfaces<T>())
             cases.push_back({label("singular", n, zero, interface), [=, n = n, zero = zero] {
-                                 GetrfCall<T> call(singular<T>(n, zero), interface);
-                                 EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call.run()));
-                                 call.checkResult();
+                                 auto call = luCall<T>({singular<T>(n, zero)}, interface);
+                                 EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call->run()));
+                                 call->checkResult();
                              }});
     cases.push_back({"not a number in, not a number out", [] {
                          auto a = Matrix<T>::random(30, 30);
                          a(11, 12) = scalar<T>(std::nan(""));
-                         GetrfCall<T> call(a, interfaces<T>()[0]);
-                         const lumoStatus status = call.run();
+                         auto call = luCall<T>({a}, interfaces<T>()[0]);
+                         const lumoStatus status = call->run();
                          EXPECT_TRUE(status == lumoNoError || status == lumoDataError);
-                         EXPECT_TRUE(call.resultHasNan());
+                         EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->results()[0]))));
                      }});
     return cases;
 }
 
 template <class T>
-std::vector<GoodCase> getrfSweep() {
-    std::vector<GoodCase> cases;
-    for (Interface interface : interfaces<T>())
-        for (auto [m, n] : {std::pair{6, 6}, {17, 17}, {21, 21}, {25, 17}})
-            cases.push_back({label("getrf", m, n, interface),
-                             [=, m = m, n = n] { return getrfCall<T>(m, n, m + 1, interface); }});
-    return cases;
-}
-
-template <class T>
 std::vector<GoodCase> gesvGoodCases() {
-    std::vector<GoodCase> cases;
-    for (Interface interface : interfaces<T>())
-        for (int n : {1, 2, 8, 9, 17, 20, 33})
-            for (int nrhs : {1, 5, 40})
-                cases.push_back({label("gesv", n, nrhs, interface), [=] {
-                                     return std::make_unique<Shrunk<T>>(
-                                         gesvCall<T>(n, nrhs, 2, interface));
-                                 }});
+    Shapes shapes;
+    for (int n : {1, 2, 8, 9, 17, 20, 33})
+        for (int nrhs : {1, 5, 40}) shapes.push_back({n, nrhs});
+    auto cases = casesOf<T>("gesv", shapes, [](int n, int nrhs, Interface interface) {
+        return gesvCall<T>(n, nrhs, 2, interface, true);
+    });
     cases.push_back({"gesv 530", [] { return gesvCall<T>(530, 3, 0, interfaces<T>()[0]); }});
     return cases;
 }
@@ -134,7 +97,7 @@ std::vector<ArgumentCase> gesvArgumentCases() {
     std::vector<T> a(64), b(64);
     std::vector<int> p(8);
     std::vector<ArgumentCase> cases;
-    for (auto f : {LuExports<T>::gesv, LuExports<T>::deviceGesv}) {
+    for (auto f : {byType<T>(lumoSgesv, lumoCgesv), byType<T>(lumoDeviceSgesv, lumoDeviceCgesv)}) {
         struct Has {
             bool a, ipiv, b;
         };
@@ -165,23 +128,13 @@ std::vector<FailingCase> gesvFailingCases() {
     std::vector<FailingCase> cases;
     for (int n : {6, 17, 33})
         for (Interface interface : interfaces<T>())
-            cases.push_back({label("singular", n, n, interface), [=] {
-                                 GesvCall<T> call(singular<T>(n, 3), Matrix<T>::random(n, 2),
-                                                  interface);
-                                 EXPECT_EQ(Outcome(lumoDataError, 4), outcome(call.run()));
-                                 EXPECT_EQ(lumoDataError, lumoGetLastStatus());
-                                 call.checkSingular();
-                             }});
-    return cases;
-}
-
-template <class T>
-std::vector<GoodCase> gesvSweep() {
-    std::vector<GoodCase> cases;
-    for (Interface interface : interfaces<T>())
-        for (int n : {6, 17, 21})
             cases.push_back(
-                {label("gesv", n, 2, interface), [=] { return gesvCall<T>(n, 2, 1, interface); }});
+                {label("singular", n, n, interface), [=] {
+                     auto call = luCall<T>({singular<T>(n, 3), Matrix<T>::random(n, 2)}, interface);
+                     EXPECT_EQ(Outcome(lumoDataError, 4), outcome(call->run()));
+                     EXPECT_EQ(lumoDataError, lumoGetLastStatus());
+                     call->checkSingular();
+                 }});
     return cases;
 }
 
@@ -193,10 +146,17 @@ bool registerLu(const std::string& letter) {
         getrfArguments = getrfArgumentCases<T>();
         gesvArguments = gesvArgumentCases<T>();
     }
-    registerRoutine({letter + "getrf", getrfGoodCases<T>(), getrfArguments, getrfFailingCases<T>(),
-                     getrfSweep<T>(), isDouble, shrinkLu<T>});
-    return registerRoutine({letter + "gesv", gesvGoodCases<T>(), gesvArguments,
-                            gesvFailingCases<T>(), gesvSweep<T>(), isDouble, shrinkLu<T>});
+    registerRoutine(
+        {letter + "getrf", getrfGoodCases<T>(), getrfArguments, getrfFailingCases<T>(),
+
+         casesOf<T>("getrf", {{6, 6}, {17, 17}, {21, 21}, {25, 17}},
+                    [](int m, int n, Interface i) { return getrfCall<T>(m, n, m + 1, i); }),
+         isDouble, shrinkLu<T>});
+    return registerRoutine(
+        {letter + "gesv", gesvGoodCases<T>(), gesvArguments, gesvFailingCases<T>(),
+         casesOf<T>("gesv", {{6, 2}, {17, 2}, {21, 2}},
+                    [](int n, int nrhs, Interface i) { return gesvCall<T>(n, nrhs, 1, i); }),
+         isDouble, shrinkLu<T>});
 }
 
 const bool registered = registerLu<float>("S") && registerLu<Complex<float>>("C") &&

@@ -30,11 +30,40 @@ inline lumoFloatComplex* exported(lumo::Complex<float>* p) {
     return reinterpret_cast<lumoFloatComplex*>(p);
 }
 
-// A vector of `count` elements that nothing has been written to.
+// The export of the type among those of S and C.
+template <class T, class Single, class Complex>
+constexpr auto byType(Single* s, Complex* c) {
+    if constexpr (lumo::isComplex<T>)
+        return c;
+    else
+        return s;
+}
+
+// Elements that nothing has been written to, by default a vector.
 template <class T>
 Matrix<T> blank(int m, int n = 1, int ld = 0) {
-    Matrix<T> a(m, n, ld);
-    std::fill(a.data.begin(), a.data.end(), Matrix<T>::mark());
+    return filled(m, n, Matrix<T>::mark(), ld);
+}
+
+inline std::string label(const std::string& name, int m, int n, Interface interface) {
+    return name + " " + std::to_string(m) + " x " + std::to_string(n) +
+           (interface == Interface::host ? ", host" : ", device");
+}
+
+// Each shape by each interface; make(m, n, interface) makes the call.
+using Shapes = std::vector<std::pair<int, int>>;
+template <class T, class Make>
+std::vector<GoodCase> casesOf(const std::string& name, const Shapes& shapes, Make make) {
+    std::vector<GoodCase> cases;
+    for (Interface interface : interfaces<T>())
+        for (auto [m, n] : shapes)
+            cases.push_back({label(name, m, n, interface),
+                             [=, m = m, n = n] { return make(m, n, interface); }});
+    return cases;
+}
+
+inline std::vector<GoodCase> operator+(std::vector<GoodCase> a, const std::vector<GoodCase>& b) {
+    a.insert(a.end(), b.begin(), b.end());
     return a;
 }
 
@@ -70,6 +99,7 @@ class OperandsCall : public Call {
         fetch();
         return after_ == before_;
     }
+    const Operands& before() const { return before_; }
     const Operands& results() {
         fetch();
         return after_;

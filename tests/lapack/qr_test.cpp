@@ -17,17 +17,6 @@ namespace {
 using lumo::Complex;
 using lumo::Reflectors;
 
-template <class T>
-struct QrExports;
-template <>
-struct QrExports<float> {
-    static constexpr auto host = lumoSgeqrf, device = lumoDeviceSgeqrf;
-};
-template <>
-struct QrExports<Complex<float>> {
-    static constexpr auto host = lumoCgeqrf, device = lumoDeviceCgeqrf;
-};
-
 // Each diagonal element of R has the sign that LAPACK gives it.
 template <class T>
 void expectSignsOfLapack(const Matrix<T>& a, const Matrix<T>& factors) {
@@ -49,7 +38,8 @@ std::unique_ptr<Call> geqrfCall(Matrix<T> a, Interface interface, bool shrunk) {
             return lumo::computeFrame<T>(lumo::deviceCall,
                                          [&] { lumo::geqrf(m, n, at[0], lda, at[1]); });
         else
-            return (where == Interface::host ? QrExports<T>::host : QrExports<T>::device)(
+            return (where == Interface::host ? byType<T>(lumoSgeqrf, lumoCgeqrf)
+                                             : byType<T>(lumoDeviceSgeqrf, lumoDeviceCgeqrf))(
                 m, n, exported(at[0]), lda, exported(at[1]));
     };
     auto check = [](const auto& before, const auto& after) {
@@ -62,17 +52,10 @@ std::unique_ptr<Call> geqrfCall(Matrix<T> a, Interface interface, bool shrunk) {
 }
 
 template <class T>
-std::vector<GoodCase> goodCases(std::initializer_list<std::pair<int, int>> shapes, bool shrunk) {
-    std::vector<GoodCase> cases;
-    for (Interface interface : interfaces<T>())
-        for (auto [m, n] : shapes)
-            cases.push_back({std::to_string(m) + " x " + std::to_string(n) +
-                                 (interface == Interface::host ? ", host" : ", device"),
-                             [=, m = m, n = n] {
-                                 return geqrfCall<T>(Matrix<T>::random(m, n, m + 3), interface,
-                                                     shrunk);
-                             }});
-    return cases;
+std::vector<GoodCase> goodCases(const Shapes& shapes, bool shrunk) {
+    return casesOf<T>("geqrf", shapes, [shrunk](int m, int n, Interface interface) {
+        return geqrfCall<T>(Matrix<T>::random(m, n, m + 3), interface, shrunk);
+    });
 }
 
 template <class T>
@@ -80,7 +63,8 @@ std::vector<ArgumentCase> argumentCases() {
     std::vector<ArgumentCase> cases;
     if constexpr (std::is_same_v<RealOf<T>, float>) {
         static T a[4], tau[2];
-        for (auto f : {QrExports<T>::host, QrExports<T>::device}) {
+        for (auto f :
+             {byType<T>(lumoSgeqrf, lumoCgeqrf), byType<T>(lumoDeviceSgeqrf, lumoDeviceCgeqrf)}) {
             auto call = [=](int m, int n, bool hasA, int lda, bool hasTau) {
                 return [=] {
                     return f(m, n, exported(hasA ? a : nullptr), lda,
@@ -121,23 +105,10 @@ std::vector<FailingCase> failingCases() {
 template <class T>
 bool registerQr(const std::string& letter) {
     // Both sides of every switch with panels of 4, then the panels that users get.
-    auto good = goodCases<T>({{1, 1},
-                              {1, 5},
-                              {5, 1},
-                              {4, 4},
-                              {5, 5},
-                              {7, 7},
-                              {8, 8},
-                              {9, 9},
-                              {30, 4},
-                              {30, 5},
-                              {4, 30},
-                              {5, 30},
-                              {33, 21},
-                              {21, 33}},
-                             true);
-    for (auto& c : goodCases<T>({{96, 96}, {97, 97}, {130, 191}, {300, 193}}, false))
-        good.push_back(std::move(c));
+    const Shapes small{{1, 1}, {1, 5},  {5, 1},  {4, 4},  {5, 5},  {7, 7},   {8, 8},
+                       {9, 9}, {30, 4}, {30, 5}, {4, 30}, {5, 30}, {33, 21}, {21, 33}};
+    auto good = goodCases<T>(small, true) +
+                goodCases<T>({{96, 96}, {97, 97}, {130, 191}, {300, 193}}, false);
     return registerRoutine({letter + "geqrf", std::move(good), argumentCases<T>(),
                             failingCases<T>(),
                             goodCases<T>({{4, 4}, {9, 9}, {13, 6}, {6, 13}}, true),
@@ -260,9 +231,8 @@ class QrPaths : public OnSoftwareDevice {
 // one piece; nothing else leaves the device but the scalar factors.
 TEST_F(QrPaths, PanelsOnTheCpuProductsOnTheDevice) {
     OnDevice<float> a(Matrix<float>::random(30, 20, 33)), tau(blank<float>(20));
-    software::startTrace();
-    ASSERT_EQ(lumoNoError, lumoDeviceSgeqrf(30, 20, a.data(), 33, tau.data()));
-    const auto trace = software::stopTrace();
+    const auto trace = traceOf(
+        [&] { EXPECT_EQ(lumoNoError, lumoDeviceSgeqrf(30, 20, a.data(), 33, tau.data())); });
     EXPECT_EQ(4, count(trace, "cudaMemcpy2DAsync"));  // panels down
     EXPECT_EQ(3 * 5 + 3, count(trace, "cublasSgemm"));
     EXPECT_EQ(1, count(trace, "cudaStreamCreate"));
@@ -279,9 +249,8 @@ TEST_F(QrPaths, WithoutOverlapThereIsNoStream) {
     plain.devices[0].deviceOverlap = false;
     start(plain);
     OnDevice<float> a(Matrix<float>::random(30, 20, 33)), tau(blank<float>(20));
-    software::startTrace();
-    ASSERT_EQ(lumoNoError, lumoDeviceSgeqrf(30, 20, a.data(), 33, tau.data()));
-    const auto trace = software::stopTrace();
+    const auto trace = traceOf(
+        [&] { EXPECT_EQ(lumoNoError, lumoDeviceSgeqrf(30, 20, a.data(), 33, tau.data())); });
     EXPECT_EQ(0, count(trace, "cudaStreamCreate"));
     EXPECT_EQ(0, count(trace, "cudaMemcpy2DAsync"));
 }

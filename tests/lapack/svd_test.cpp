@@ -28,17 +28,6 @@ std::shared_ptr<void> shrinkSvd(int columns = 4) {
         nullptr, [saved, panels = shrinkPanels<T>()](void*) { lumo::gebrdTuning<T> = saved; });
 }
 
-template <class T>
-struct Exports;
-template <>
-struct Exports<float> {
-    static constexpr auto host = lumoSgesvd, device = lumoDeviceSgesvd;
-};
-template <>
-struct Exports<Complex<float>> {
-    static constexpr auto host = lumoCgesvd, device = lumoDeviceCgesvd;
-};
-
 struct Jobs {
     char u, vt;
     char upperU() const { return char(std::toupper(u)); }
@@ -134,7 +123,8 @@ std::unique_ptr<OperandsCall<T>> svdCall(Jobs jobs, Matrix<T> a, Interface inter
                 lumo::gesvd(jobs.u, jobs.vt, m, n, at[0], lda, s, atU, ldu, atVt, ldvt);
             });
         else
-            return (where == Interface::host ? Exports<T>::host : Exports<T>::device)(
+            return (where == Interface::host ? byType<T>(lumoSgesvd, lumoCgesvd)
+                                             : byType<T>(lumoDeviceSgesvd, lumoDeviceCgesvd))(
                 jobs.u, jobs.vt, m, n, exported(at[0]), lda, s, exported(atU), ldu, exported(atVt),
                 ldvt);
     };
@@ -152,22 +142,13 @@ std::vector<Jobs> allJobs() {
     return all;
 }
 
-std::string label(Jobs jobs, int m, int n, Interface interface) {
-    return std::string{jobs.u, jobs.vt} + " " + std::to_string(m) + " x " + std::to_string(n) +
-           (interface == Interface::host ? ", host" : ", device");
-}
-
 template <class T>
-std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs,
-                               std::initializer_list<std::pair<int, int>> shapes, bool shrunk) {
+std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs, const Shapes& shapes, bool shrunk) {
     std::vector<GoodCase> cases;
-    for (Interface interface : interfaces<T>())
-        for (auto [m, n] : shapes)
-            for (Jobs j : jobs)
-                cases.push_back({label(j, m, n, interface), [=, m = m, n = n] {
-                                     return svdCall<T>(j, Matrix<T>::random(m, n, m + 3), interface,
-                                                       shrunk);
-                                 }});
+    for (Jobs j : jobs)
+        cases = cases + casesOf<T>({j.u, j.vt}, shapes, [=](int m, int n, Interface interface) {
+                    return svdCall<T>(j, Matrix<T>::random(m, n, m + 3), interface, shrunk);
+                });
     return cases;
 }
 
@@ -177,7 +158,8 @@ std::vector<ArgumentCase> argumentCases() {
     if constexpr (std::is_same_v<RealOf<T>, float>) {
         static T memory[16];
         static float values[4];
-        for (auto f : {Exports<T>::host, Exports<T>::device}) {
+        for (auto f :
+             {byType<T>(lumoSgesvd, lumoCgesvd), byType<T>(lumoDeviceSgesvd, lumoDeviceCgesvd)}) {
             // Letters name the operands that are not null.
             auto call = [=](char u, char vt, int m, int n, int lda, int ldu, int ldvt,
                             std::string has) {
@@ -234,12 +216,12 @@ std::vector<FailingCase> failingCases() {
 template <class T>
 bool registerSvd(const std::string& letter) {
     // Both sides of the crossover (8 x 5, 7 x 5) and of the panels, square, one row, one column.
-    auto good = svdCases<T>(
-        allJobs(),
-        {{1, 1}, {1, 6}, {6, 1}, {7, 5}, {8, 5}, {5, 8}, {5, 7}, {9, 9}, {21, 9}, {9, 21}}, true);
-    for (auto& c :
-         svdCases<T>({{'S', 'S'}}, {{130, 110}, {110, 130}, {250, 100}, {100, 250}}, false))
-        good.push_back(std::move(c));
+    auto good =
+        svdCases<T>(
+            allJobs(),
+            {{1, 1}, {1, 6}, {6, 1}, {7, 5}, {8, 5}, {5, 8}, {5, 7}, {9, 9}, {21, 9}, {9, 21}},
+            true) +
+        svdCases<T>({{'S', 'S'}}, {{130, 110}, {110, 130}, {250, 100}, {100, 250}}, false);
     return registerRoutine(
         {letter + "gesvd", std::move(good), argumentCases<T>(), failingCases<T>(),
          svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}, false),
