@@ -8,13 +8,18 @@
 
 namespace {
 
-// Square operands. trsm solves into b, which would soon be denormal if it were not restored.
+// Square operands. trsm and trmm work in b, which would soon be denormal, or infinite, if it were
+// not restored.
 template <class T>
 struct Operands {
     int n;
     std::vector<T> a, b0, b, c;
     explicit Operands(int order)
-        : n(order), a(bench::randomElements<T>(std::size_t(n) * n)), b(a), c(std::size_t(n) * n) {
+        : n(order),
+          a(bench::randomElements<T>(std::size_t(n) * n)),
+          b0(a),
+          b(a),
+          c(std::size_t(n) * n) {
         for (int i = 0; i < n; ++i) a[std::size_t(i) * n + i] = T(n);
     }
     void restore() { b = b0; }
@@ -85,6 +90,17 @@ int main(int argc, char** argv) {
                       },
                       [](Real& o) {
                           blas::Routines<float>::trsm('L', 'L', 'N', 'N', o.n, o.n, &one,
+                                                      o.a.data(), o.n, o.b.data(), o.n);
+                          return 0;
+                      }},
+                     rounds);
+    bench::add<Real>({"lumoStrmm",
+                      [](Real& o) {
+                          return int(lumoStrmm('L', 'L', 'N', 'N', o.n, o.n, one, o.a.data(), o.n,
+                                               o.b.data(), o.n));
+                      },
+                      [](Real& o) {
+                          blas::Routines<float>::trmm('L', 'L', 'N', 'N', o.n, o.n, &one,
                                                       o.a.data(), o.n, o.b.data(), o.n);
                           return 0;
                       }},

@@ -1,5 +1,6 @@
 // Sums, differences, transposes, conjugates, complements, scaling.
 #include <array>
+#include <functional>
 
 #include "basic/Complement/Complement.h"
 #include "basic/Conjugate/Conjugate.h"
@@ -198,7 +199,10 @@ TEST_F(ArithmeticLaunches, AFailedConfigurationLaunchesNothing) {
         [&] { return lumo::MADD('N', 'T', 2, 2, a.data(), 2, a.data(), 2, b.data(), 2, 1.f, 1.f); },
         [&] { return lumo::subtractMatrix('N', 'N', 2, 2, a.data(), 2, b.data(), 2); },
         [&] { return lumo::subtractMatrix('T', 'N', 2, 2, a.data(), 2, b.data(), 2); },
-        [&] { return lumo::conjugateVector(2, a.data(), 1), 9; },
+        [&] {
+            lumo::conjugateVector(2, a.data(), 1);
+            return 9;
+        },
     };
     for (const auto& call : calls) {
         software::inject({1, "cudaConfigureCall", 9, 14});

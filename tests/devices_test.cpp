@@ -19,12 +19,6 @@ software::DeviceDescription device(std::string name, std::size_t memory, int mul
     return d;
 }
 
-software::DeviceDescription emulation() {
-    auto d = device("Device Emulation", GB);
-    d.major = d.minor = 9999;
-    return d;
-}
-
 void on(std::vector<software::DeviceDescription> devices) {
     test::startAfresh({std::move(devices)});
 }
@@ -35,7 +29,7 @@ TEST(DevicesTest, Best) {
         int best;
     } cases[] = {
         {{}, -1},
-        {{emulation()}, -1},
+        {{test::emulation()}, -1},
         {{device("A", GB)}, 0},
         {{device("A", GB), device("B", 2 * GB)}, 1},
         {{device("A", GB), device("B", GB)}, 0},

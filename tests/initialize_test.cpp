@@ -30,8 +30,6 @@ struct InitializeTest : ::testing::Test {
 };
 
 TEST_F(InitializeTest, Machines) {
-    auto emulation = test::device(20);
-    emulation.major = emulation.minor = 9999;
     const struct {
         software::Machine machine;
         lumoStatus status;
@@ -45,7 +43,7 @@ TEST_F(InitializeTest, Machines) {
         {versions(4000, 3020), lumoInsufficientRuntime},
         {versions(3020, 0), lumoInsufficientRuntime},
         {machineOf({}), lumoNoHardware},
-        {machineOf({emulation}), lumoNoHardware},
+        {machineOf({test::emulation()}), lumoNoHardware},
         {machineOf({test::device(9)}), lumoNoHardware},
         {machineOf({test::device(10)}), lumoNoError},
     };
@@ -137,9 +135,7 @@ TEST_F(InitializeTest, SelectedDeviceStays) {
 }
 
 TEST_F(InitializeTest, QueriesWorkWithoutADevice) {
-    auto emulation = test::device(20);
-    emulation.major = emulation.minor = 9999;
-    test::startAfresh(machineOf({emulation}));
+    test::startAfresh(machineOf({test::emulation()}));
     int count = -1;
     char text[8];
     EXPECT_EQ(lumoNoError, lumoGetDeviceCount(&count));

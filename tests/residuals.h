@@ -83,6 +83,15 @@ inline WideMatrix triangular(char uplo, char diag, WideMatrix a) {
     return a;
 }
 
+// The first m rows and n columns.
+template <class M>
+WideMatrix leading(const M& a, int m, int n) {
+    WideMatrix part(m, n);
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i) part(i, j) = wide(a(i, j));
+    return part;
+}
+
 // |re| + |im| of each element.
 inline WideMatrix magnitudes(WideMatrix a) {
     for (Wide& x : a.data) x = std::abs(x.real()) + std::abs(x.imag());

@@ -10,13 +10,6 @@ namespace {
 
 using lumo::Complex;
 
-WideMatrix rows(const WideMatrix& a, int first, int count) {
-    WideMatrix part(count, a.n);
-    for (int j = 0; j < a.n; ++j)
-        for (int i = 0; i < count; ++i) part(i, j) = a(first + i, j);
-    return part;
-}
-
 // --- gels -------------------------------------------------------------------------------------
 
 struct Problem {
@@ -35,7 +28,7 @@ template <class T>
 void checkSolution(const Problem& p, const Matrix<T>& a0, const Matrix<T>& b0,
                    const Matrix<T>& x0) {
     const WideMatrix a = op(p.trans == 'N' ? 'N' : 'C', WideMatrix(a0));
-    const WideMatrix b = rows(WideMatrix(b0), 0, a.m), x = rows(WideMatrix(x0), 0, a.n);
+    const WideMatrix b = leading(b0, a.m, p.nrhs), x = leading(x0, a.n, p.nrhs);
     const WideMatrix residual = b - a * x;
     const double size = std::max({p.m, p.n, p.nrhs}) * epsilon<T>;
     if (a.m >= a.n) {
@@ -318,11 +311,7 @@ class PeakMemory : public OnSoftwareDevice {
   protected:
     template <class Run>
     void expectElements(std::size_t elements, Run run) {
-        lumoFreeBuffers();
-        software::resetPeak();
-        const std::size_t before = software::usage().deviceBytes;
-        ASSERT_EQ(lumoNoError, run());
-        const std::size_t most = software::usage().devicePeak - before;
+        const std::size_t most = peakOf(run);
         EXPECT_LE(most, elements * sizeof(float) + 8 * 4096);
         EXPECT_GE(most, elements * sizeof(float) / 2) << "the contract promises too little";
     }

@@ -212,10 +212,7 @@ TYPED_TEST(ReflectorTest, GeneratedQ) {
             (columns ? lumo::orgqr<T> : lumo::orglq<T>)(m, n, k, q.data(), a.ld, tau.data());
             const auto result = q.download();
             EXPECT_TRUE(result.paddingUntouched());
-            WideMatrix expected(m, n);
-            for (int j = 0; j < n; ++j)
-                for (int i = 0; i < m; ++i) expected(i, j) = r.q(i, j);
-            EXPECT_LT(difference(WideMatrix(result), expected, 1, epsilon<T>), qrBound)
+            EXPECT_LT(difference(WideMatrix(result), leading(r.q, m, n), 1, epsilon<T>), qrBound)
                 << int(kind) << " " << lines << " " << k;
         }
 }

@@ -26,6 +26,13 @@ inline software::DeviceDescription device(int capability, std::string name = "Te
     return d;
 }
 
+// What a runtime without a device may show.
+inline software::DeviceDescription emulation() {
+    auto d = device(20, "Device Emulation");
+    d.major = d.minor = 9999;
+    return d;
+}
+
 // A machine with one device.
 inline software::Machine machine(int capability = 20, std::size_t memory = std::size_t(1) << 30) {
     return {{device(capability, "Test device", memory)}, 3020, 3020};
@@ -95,6 +102,16 @@ inline std::string scheduleName(const ::testing::TestParamInfo<Schedule>& info) 
 using Outcome = std::pair<lumoStatus, int>;
 inline Outcome outcome(lumoStatus returned) {
     return {returned, lumoGetErrorInfo()};
+}
+
+// The most device memory that f takes beside what is in use before.
+template <class F>
+std::size_t peakOf(F f) {
+    lumoFreeBuffers();
+    software::resetPeak();
+    const std::size_t before = software::usage().deviceBytes;
+    EXPECT_EQ(lumoNoError, f());
+    return software::usage().devicePeak - before;
 }
 
 // The calls that f makes.

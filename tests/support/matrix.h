@@ -20,6 +20,9 @@ using RealOf = lumo::RealOf<T>;
 using ElementTypes = ::testing::Types<float, double, lumo::Complex<float>, lumo::Complex<double>>;
 
 // The wide type to compute expected values in.
+inline std::complex<double> wide(std::complex<double> z) {
+    return z;
+}
 inline std::complex<double> wide(float x) {
     return x;
 }
