@@ -133,8 +133,7 @@ TEST_F(MapsTest, EveryElementOnce) {
         limit(limits);
         for (int n : {1, 2, 15, 16, 17, 255, 1023, 1024, 1025, 5000}) {
             for (int block : {0, 1, 7, 16}) {
-                test::OnDevice<int> counts(test::Matrix<int>(n + 3, 1));
-                cudalib::memset(counts.data(), std::size_t(n) + 3, 0);
+                test::OnDevice counts(test::filled(n + 3, 1, 0));
                 Map1D map(n);
                 map.blockSize = block;
                 ASSERT_EQ(cudaSuccess, launch(map, &CountKernel1D<Map1D>, counts.data(), n));
@@ -147,8 +146,7 @@ TEST_F(MapsTest, EveryElementOnce) {
     start(test::machine());
     for (auto [m, n] : {std::pair{1, 1}, {16, 16}, {17, 33}, {1025, 3}, {5, 100}}) {
         for (auto [x, y] : {std::pair{0, 0}, {32, 4}, {1, 7}}) {
-            test::OnDevice<int> counts(test::Matrix<int>(m + 2, n + 1));
-            cudalib::memset(counts.data(), std::size_t(m + 2) * (n + 1), 0);
+            test::OnDevice counts(test::filled(m + 2, n + 1, 0));
             Map2D map(m, n);
             map.blockX = x;
             map.blockY = y;

@@ -16,7 +16,7 @@
 namespace {
 
 using namespace cudalib;
-using test::Matrix, test::Outcome, test::outcome;
+using test::Matrix, test::Outcome, test::outcome, test::whatOf;
 using Cf = lumo::Complex<float>;
 using Cd = lumo::Complex<double>;
 
@@ -331,22 +331,14 @@ TEST_F(PoolTest, EachThreadItsOwn) {
 }
 
 TEST_F(PoolTest, FailureTexts) {
-    auto text = [](auto call) -> std::string {
-        try {
-            call();
-        } catch (const std::runtime_error& e) {
-            return e.what();
-        }
-        return "";
-    };
-    EXPECT_EQ("Memory Pool: bad request", text([] { WorkspacePool::acquire(~std::size_t(0)); }));
-    EXPECT_EQ("MemoryPool: empty", text([] { WorkspacePool::release(const_cast<char*>("")); }));
+    EXPECT_EQ("Memory Pool: bad request", whatOf([] { WorkspacePool::acquire(~std::size_t(0)); }));
+    EXPECT_EQ("MemoryPool: empty", whatOf([] { WorkspacePool::release(const_cast<char*>("")); }));
     void* mine = WorkspacePool::acquire(page);
     std::thread([&] {
-        EXPECT_EQ("MemoryPool: empty", text([&] { WorkspacePool::release(mine); }));
+        EXPECT_EQ("MemoryPool: empty", whatOf([&] { WorkspacePool::release(mine); }));
     }).join();
     WorkspacePool::release(mine);
-    EXPECT_EQ("MemoryPool: empty", text([&] { WorkspacePool::release(mine); })) << "twice";
+    EXPECT_EQ("MemoryPool: empty", whatOf([&] { WorkspacePool::release(mine); })) << "twice";
     WorkspacePool::release(nullptr);
     EXPECT_THROW(Workspace<double>(~std::size_t(0) / 4), std::exception);
 }

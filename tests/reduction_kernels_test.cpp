@@ -68,20 +68,14 @@ TYPED_TEST(Reflectors, AreThoseOfLapack) {
     using Limits = std::numeric_limits<RealOf<TypeParam>>;
     const double smallest = 100 * Limits::denorm_min(), tiny = 4 * Limits::min(),
                  huge = Limits::max() / 128;
+    const std::pair<double, double> unlike[] = {{1, 0},        {0, 1},           {0, 0},
+                                                {1, smallest}, {smallest, 1},    {huge, 1},
+                                                {1, huge},     {tiny, smallest}, {0, smallest}};
     for (int n : {1, 2, 33, 34, 1000})
         for (int incx : {1, 3}) {
             for (double factor : {1.0, -1.0, smallest, tiny, std::sqrt(tiny), huge})
                 this->check(n, incx, factor, factor);
-            for (auto [alpha, x] : {std::pair{1.0, 0.0},
-                                    {0.0, 1.0},
-                                    {0.0, 0.0},
-                                    {1.0, smallest},
-                                    {smallest, 1.0},
-                                    {huge, 1.0},
-                                    {1.0, huge},
-                                    {tiny, smallest},
-                                    {0.0, smallest}})
-                this->check(n, incx, alpha, x);
+            for (auto [alpha, x] : unlike) this->check(n, incx, alpha, x);
         }
 }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
 #include <string>
 #include <utility>
 #include <vector>
@@ -112,6 +113,17 @@ std::size_t peakOf(F f) {
     const std::size_t before = software::usage().deviceBytes;
     EXPECT_EQ(lumoNoError, f());
     return software::usage().devicePeak - before;
+}
+
+// What the exception that f throws says of itself.
+template <class F>
+std::string whatOf(F f) {
+    try {
+        f();
+    } catch (const std::exception& e) {
+        return e.what();
+    }
+    return "";
 }
 
 // The calls that f makes.
