@@ -9,8 +9,9 @@ __all__: list[str]
 
 _Array: TypeAlias = NDArray[Any]
 _Scalar: TypeAlias = complex | np.number[Any]
-_Trans: TypeAlias = Literal[0, 1, 2]
-_Flag: TypeAlias = bool | Literal[0, 1]
+# Variables are ints and bools to a type checker, whatever literals they hold.
+_Trans: TypeAlias = int  # 0, 1 or 2
+_Flag: TypeAlias = int  # 0 or 1
 
 class LinAlgWarning(RuntimeWarning): ...
 
@@ -74,6 +75,11 @@ def qr(
     a: ArrayLike, mode: Literal["raw"], *, dtype: DTypeLike | None = ..., overwrite_a: bool = ...,
     check_finite: bool = ...,
 ) -> RawQRResult: ...
+@overload
+def qr(
+    a: ArrayLike, mode: str, *, dtype: DTypeLike | None = ..., overwrite_a: bool = ...,
+    check_finite: bool = ...,
+) -> QRResult | _Array | RawQRResult: ...
 def lstsq(
     a: ArrayLike, b: ArrayLike, rcond: float | None = ..., *, dtype: DTypeLike | None = ...,
     overwrite_a: bool = ..., overwrite_b: bool = ..., check_finite: bool = ...,
@@ -92,6 +98,16 @@ def svd(
     a: ArrayLike, full_matrices: bool = ..., *, compute_uv: Literal[False],
     dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
 ) -> NDArray[np.float32]: ...
+@overload
+def svd(
+    a: ArrayLike, full_matrices: bool, compute_uv: Literal[False], *,
+    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
+) -> NDArray[np.float32]: ...
+@overload
+def svd(
+    a: ArrayLike, full_matrices: bool = ..., compute_uv: bool = ..., *,
+    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
+) -> SVDResult | NDArray[np.float32]: ...
 def gemm(
     alpha: _Scalar, a: ArrayLike, b: ArrayLike, beta: _Scalar = ..., c: ArrayLike | None = ...,
     trans_a: _Trans = ..., trans_b: _Trans = ..., overwrite_c: bool = ...,

@@ -307,11 +307,14 @@ def svd(
     m, n = a.shape
     k = min(m, n)
     s = np.zeros(k, np.float32)
-    job, rows, columns = "N", 0, 0
+    job, of_u, of_vh = "N", (0, 0), (0, 0)
     if compute_uv:
-        job, rows, columns = ("A", m, n) if full_matrices else ("S", k, k)
-    u = np.eye(m if compute_uv else 0, rows, dtype=dtype, order="F")
-    vh = np.eye(columns, n if compute_uv else 0, dtype=dtype, order="F")
+        job, of_u, of_vh = ("A", (m, m), (n, n)) if full_matrices else ("S", (m, k), (k, n))
+    # Without a singular value there is nothing to call: any orthonormal columns and rows will do.
+    u, vh = (
+        np.empty(shape, dtype, order="F") if k > 0 else np.eye(*shape, dtype=dtype)
+        for shape in (of_u, of_vh)
+    )
     scale = _scale(a)
     if k > 0 and not _core.gesvd(job, a, s, u, vh):
         raise LinAlgError("SVD did not converge")

@@ -1,5 +1,7 @@
 """What holds for every function: threads, the interpreter's lock, the package itself."""
 
+import ast
+import inspect
 import pathlib
 import re
 import shutil
@@ -91,18 +93,42 @@ def test_a_missing_library(tmp_path):
     assert "lumo's compiled module does not load: liblost.so.0" in outcome.stderr
 
 
-def test_stubs_list_the_package():
-    """The stub file has each name with the arguments that the function has."""
-    import ast
-    import inspect
+STUB = pathlib.Path(lumo.__file__).resolve().with_suffix(".pyi")
 
-    stub = pathlib.Path(lumo.__file__).resolve().with_suffix(".pyi")
+
+def test_stubs_list_the_package():
+    """The stub file has each name with the arguments that the function has, in every overload."""
     functions = {}
-    for node in ast.parse(stub.read_text()).body:
+    for node in ast.parse(STUB.read_text()).body:
         if isinstance(node, ast.FunctionDef):
             a = node.args
-            functions[node.name] = [arg.arg for arg in a.posonlyargs + a.args + a.kwonlyargs]
+            arguments = [arg.arg for arg in a.posonlyargs + a.args + a.kwonlyargs]
+            assert functions.setdefault(node.name, arguments) == arguments
     for name in lumo.__all__:
         if inspect.isfunction(getattr(lumo, name)):
             assert functions.pop(name) == list(inspect.signature(getattr(lumo, name)).parameters)
     assert not functions
+
+
+def test_stubs_take_options_that_only_the_run_knows(tmp_path):
+    """A type checker refuses the lines that say so, and no other."""
+    checker = pytest.importorskip("mypy.api")
+    program = """
+import lumo, numpy as np
+def f(a: np.ndarray, flag: bool, trans: int, mode: str) -> None:
+    lumo.svd(a).U, lumo.svd(a, flag, True).Vh, lumo.qr(a, "complete").Q, lumo.qr(a, "raw").tau
+    lumo.svd(a, True, False).mean(), lumo.svd(a, compute_uv=False).mean(), lumo.qr(a, "r").T
+    lumo.svd(a, True, False).U  # error
+    lumo.svd(a, compute_uv=flag), lumo.svd(a, flag, flag), lumo.qr(a, mode)
+    lumo.svd(a, compute_uv=flag).U  # error
+    lumo.qr(a, mode).Q  # error
+    lumo.qr(a, 1)  # error
+    lumo.gemm(1, a, a, trans_a=True, trans_b=trans), lumo.trsm(1, a, a, trans, flag)
+    lumo.gemm(1, a, a, trans_a="T")  # error
+"""
+    (tmp_path / "program.py").write_text(program)
+    (tmp_path / "lumo.pyi").write_text(STUB.read_text())
+    said = checker.run(["--cache-dir", str(tmp_path), "--strict", str(tmp_path / "program.py")])[0]
+    refused = {int(line) for line in re.findall(r"program.py:(\d+): error", said)}
+    lines = enumerate(program.split("\n"), 1)
+    assert refused == {number for number, line in lines if "# error" in line}, said
