@@ -6,7 +6,6 @@
 #include <limits>
 #include <map>
 #include <optional>
-#include <sstream>
 
 #include "dropin/crossover_file.h"
 #include "dropin/device.h"
@@ -17,19 +16,11 @@ namespace {
 constexpr double never = std::numeric_limits<double>::infinity();
 constexpr double leastGuessed = 64;
 
-std::optional<double> sizeFrom(const std::string& word) {
-    if (word == "never") return never;
-    char* end = nullptr;
-    const double size = std::strtod(word.c_str(), &end);
-    if (word.empty() || *end || !(size >= 0)) return {};
-    return size;
-}
-
 // Of the environment: nothing if it says nothing, or nothing that can be understood.
 std::optional<double> readOverride() {
     const char* word = std::getenv("LUMO_CROSSOVER");
     if (!word || !*word) return {};
-    const auto size = sizeFrom(word);
+    const auto size = crossoverFrom(word);
     if (!size)
         std::fprintf(stderr, "lumo: LUMO_CROSSOVER is a size or \"never\"; \"%s\" is ignored\n",
                      word);
@@ -41,28 +32,15 @@ const std::optional<double>& overridden() {
     return size;
 }
 
-using Sizes = std::map<std::string, double>;
-
-Sizes readFile() {
-    Sizes sizes;
+std::map<std::string, double> readFile() {
     const std::string file = crossoverFile();
     std::ifstream in(file);
-    if (!in && std::getenv("LUMO_CROSSOVER_FILE"))
+    if (!in && secure_getenv("LUMO_CROSSOVER_FILE"))
         std::fprintf(stderr, "lumo: %s cannot be read\n", file.c_str());
-    std::string line;
-    for (int number = 1; std::getline(in, line); ++number) {
-        std::istringstream words(line.substr(0, line.find('#')));
-        std::string platform, routine, size, more;
-        if (!(words >> platform)) continue;
-        words >> routine >> size;
-        const auto value = sizeFrom(size);
-        if (!value || words >> more)
-            std::fprintf(stderr, "lumo: %s, line %d: not \"PLATFORM ROUTINE SIZE\"; ignored\n",
-                         file.c_str(), number);
-        else if (platform == platformName())
-            sizes[routine] = *value;
-    }
-    return sizes;
+    return readCrossovers(in, platformName(), [&](int line) {
+        std::fprintf(stderr, "lumo: %s, line %d: not \"PLATFORM ROUTINE SIZE\"; ignored\n",
+                     file.c_str(), line);
+    });
 }
 
 // Guesses, not measured: a matrix crosses the bus and back before it is any use, so that what does
@@ -79,7 +57,7 @@ double guess(const std::string& routine) {
 
 double crossoverOf(const std::string& routine) {
     if (overridden()) return *overridden();
-    static const Sizes sizes = readFile();
+    static const std::map<std::string, double> sizes = readFile();
     const auto found = sizes.find(routine);
     return found != sizes.end() ? found->second : guess(routine);
 }

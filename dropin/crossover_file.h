@@ -2,6 +2,10 @@
 #pragma once
 
 #include <cstdlib>
+#include <functional>
+#include <iosfwd>
+#include <map>
+#include <optional>
 #include <string>
 
 namespace lumo::dropin {
@@ -15,6 +19,14 @@ inline std::string crossoverFile() {
     const char* home = secure_getenv("HOME");
     return home ? std::string(home) + "/.config/lumo/crossover" : std::string();
 }
+
+// A size, or infinity for "never"; nothing for any other word.
+std::optional<double> crossoverFrom(const std::string& word);
+
+// The sizes of a platform's routines. Tells the number of each line that is not one, which it
+// skips.
+std::map<std::string, double> readCrossovers(std::istream& in, const std::string& platform,
+                                             const std::function<void(int)>& complain);
 
 // The PLATFORM of its lines, from what lumoGetDeviceInfo says of a device.
 inline std::string platformOf(const std::string& device) {

@@ -4,6 +4,9 @@
 #include <atomic>
 #include <chrono>
 #include <string>
+#include <vector>
+
+#include "dropin/report.h"
 
 namespace lumo::dropin {
 
@@ -22,6 +25,9 @@ class Symbol {
     }
     const std::string& name() const { return name_; }
 
+    // Those that have been called, by name.
+    static std::vector<const Symbol*> called();
+
     // Whether Lumo is to serve calls of this size.
     bool reached(double size);
 
@@ -32,15 +38,11 @@ class Symbol {
     Count served, passedOn;
 
   private:
-    friend class Symbols;
     std::string routine_, name_;
     void* cpu_;
     std::atomic<double> crossover_{-1};  // negative: not asked yet
     Symbol* next_ = nullptr;
 };
-
-// Whether LUMO_REPORT asks for a report at exit.
-bool reporting();
 
 // A call of a symbol, from its entry to its return: counted as passed on unless it was served.
 class Passage {

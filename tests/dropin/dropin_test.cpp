@@ -73,7 +73,8 @@ class DropIn : public ::testing::TestWithParam<Way> {
         Report calls;
         std::ifstream in(report);
         std::string line, symbol;
-        std::getline(in, line);
+        heading.clear();
+        std::getline(in, heading);
         std::getline(in, line);
         for (double seconds; in >> symbol;)
             in >> calls[symbol].served >> seconds >> calls[symbol].passedOn >> seconds;
@@ -81,6 +82,7 @@ class DropIn : public ::testing::TestWithParam<Way> {
     }
 
     fs::path folder;
+    std::string heading;  // of the last report
 };
 
 // Lumo and the CPU library call sgemm_, strsm_ and sgetrf_ in this; none of it comes back round.
@@ -90,7 +92,16 @@ TEST_P(DropIn, ServesACallAndNoneOfThoseThatItMakes) {
               run("solve", "LUMO_CROSSOVER=never"));
     EXPECT_EQ((Report{{"cgetrf_", {0, 4}}, {"sgesv_", {20, 0}}}),
               run("threads", "LUMO_CROSSOVER=0 OPENBLAS_NUM_THREADS=2"));
+}
+
+TEST_P(DropIn, ReportsThatNothingReachedItAndFollowsNoLink) {
     EXPECT_EQ(Report{}, run("notTaken"));
+    EXPECT_NE(heading.npos, heading.find("called none of the symbols")) << heading;
+    run("", "true");  // which wants no BLAS, and ignores the rest of the line
+    EXPECT_EQ("", heading);
+    fs::create_symlink(folder / "target", folder / "link");
+    run("solve", "LUMO_REPORT=" + (folder / "link").string());
+    EXPECT_FALSE(fs::exists(folder / "target"));
 }
 
 TEST_P(DropIn, SpeaksCBlasAndLapacke) {
