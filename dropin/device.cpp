@@ -4,15 +4,15 @@
 #include <mutex>
 
 #include "dropin/crossover_file.h"
-#include "lumo.h"
+#include "lumo_thread.h"
 
 namespace lumo::dropin {
 namespace {
 
 std::string describe(lumoStatus status) {
     char text[512];
-    const int info = lumoGetErrorInfo();
-    return lumoGetErrorInfoString(status, info, text, sizeof text) == lumoNoError
+    return lumoGetErrorInfoString(status, lumoGetThreadErrorInfo(), text, sizeof text) ==
+                   lumoNoError
                ? text
                : lumoGetStatusString(status);
 }

@@ -57,14 +57,8 @@ def _right_hand_sides(routine, b, rows, name="b"):
         raise ValueError(f"lumo.{routine}: a has {rows} rows, but {name} has {b.shape[0]}")
 
 
-def _first_zero(triangle):
-    """The 1-based place of the first zero on the diagonal, or 0."""
-    zeros = np.flatnonzero(np.diagonal(triangle) == 0)
-    return zeros[0] + 1 if zeros.size else 0
-
-
-def _singular(factors):
-    return LinAlgError(f"matrix is singular: pivot {_first_zero(factors)} is exactly zero")
+def _singular(pivot):
+    return LinAlgError(f"matrix is singular: pivot {pivot} is exactly zero")
 
 
 def solve(a, b, *, dtype=None, overwrite_a=False, overwrite_b=False, check_finite=True):
@@ -83,9 +77,9 @@ def solve(a, b, *, dtype=None, overwrite_a=False, overwrite_b=False, check_finit
     lu = writable(a, dtype, overwrite_a)
     if check_finite:
         refuse_non_finite("solve", a=lu, b=x)
-    rcond = _core.gesv(lu, np.empty(len(lu), np.int32), x)
-    if rcond is None:
-        raise _singular(lu)
+    zero, rcond = _core.gesv(lu, np.empty(len(lu), np.int32), x)
+    if zero:
+        raise _singular(zero)
     if rcond < np.finfo(np.float32).eps / 2:  # LAPACK's eps
         warnings.warn(
             f"matrix is ill-conditioned (rcond = {rcond:.2g}): x may have no correct digit",
@@ -104,8 +98,8 @@ def lu_factor(a, *, dtype=None, overwrite_a=False, check_finite=True):
     if check_finite:
         refuse_non_finite("lu_factor", a=lu)
     piv = np.empty(min(lu.shape), np.int32)
-    if not _core.getrf(lu, piv):
-        warnings.warn(str(_singular(lu)), LinAlgWarning, stacklevel=2)
+    if zero := _core.getrf(lu, piv):
+        warnings.warn(str(_singular(zero)), LinAlgWarning, stacklevel=2)
     piv -= 1
     return lu, piv
 
@@ -127,8 +121,9 @@ def lu_solve(lu_and_piv, b, trans=0, *, overwrite_b=False, check_finite=True):
         raise ValueError("lumo.lu_solve: piv must hold a row's number for each row of lu")
     if trans not in (0, 1, 2):
         raise ValueError(f"lumo.lu_solve: trans must be 0, 1 or 2, not {trans!r}")
-    if _first_zero(lu):
-        raise _singular(lu)
+    zeros = np.flatnonzero(np.diagonal(lu) == 0)
+    if zeros.size:
+        raise _singular(zeros[0] + 1)
     dtype = np.result_type(dtype, b_type)
     if check_finite:
         refuse_non_finite("lu_solve", lu=lu, b=b)
@@ -228,13 +223,12 @@ def lstsq(
         return LstsqResult(np.zeros((n, *b.shape[1:]), dtype), residuals, 0, None)
 
     of_a, of_b = _scale(factors), _scale(x)
-    full_rank = _core.gels("N", m, n, factors, x)
-    diagonal = np.abs(np.diagonal(factors))
-    if not full_rank:
+    if zero := _core.gels("N", m, n, factors, x):
         raise LinAlgError(
-            f"matrix has not full rank: diagonal element {_first_zero(factors)} of its "
-            "triangular factor is exactly zero"
+            f"matrix has not full rank: diagonal element {zero} of its triangular factor is "
+            "exactly zero"
         )
+    diagonal = np.abs(np.diagonal(factors))
     limit = max(m, n) * np.finfo(np.float32).eps if rcond is None else rcond
     small = np.flatnonzero(diagonal <= limit * diagonal.max())
     if small.size:
@@ -279,12 +273,10 @@ def lse(a, b, c, d, *, dtype=None, check_finite=True):
     if check_finite:
         refuse_non_finite("lse", a=a, b=b, c=c, d=d)
     x = np.zeros(n, dtype)
-    if not _core.gglse(a, b, c, d, x):
-        # b's triangle lies in its last columns.
-        place = _first_zero(b[:, n - p :])
+    if deficient := _core.gglse(a, b, c, d, x):
         raise LinAlgError(
             "the constraints b have not full rank: some are missing or contradict each other"
-            if place
+            if deficient == 1
             else "(a; b) has not full rank: it leaves a part of x undetermined"
         )
     return LseResult(x, _squares(c[n - p :]))
@@ -316,7 +308,7 @@ def svd(
         for shape in (of_u, of_vh)
     )
     scale = _scale(a)
-    if k > 0 and not _core.gesvd(job, a, s, u, vh):
+    if k > 0 and _core.gesvd(job, a, s, u, vh):
         raise LinAlgError("SVD did not converge")
     s *= scale
     return SVDResult(u, s, vh) if compute_uv else s

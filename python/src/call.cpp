@@ -38,7 +38,7 @@ void registerThread() {
 void check(lumoStatus status) {
     if (status == lumoNoError) return;
     char text[512];
-    if (lumoGetErrorInfoString(status, lumoGetErrorInfo(), text, sizeof text) != lumoNoError)
+    if (lumoGetErrorInfoString(status, lumoGetThreadErrorInfo(), text, sizeof text) != lumoNoError)
         text[0] = '\0';
     const std::string message = *text ? text : lumoGetStatusString(status);
     switch (status) {

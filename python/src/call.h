@@ -3,6 +3,7 @@
 #pragma once
 
 #include "lumo.h"
+#include "lumo_thread.h"
 
 namespace lumo::python {
 
@@ -13,15 +14,14 @@ void registerThread();
 // std::bad_alloc (5) or std::runtime_error. Python sees a ValueError, MemoryError, RuntimeError.
 void check(lumoStatus status);
 
-// Calls a function of Lumo's. False for a data error: where in the data is for the caller to find
-// out, since the library's info word may by now be another thread's.
+// Calls a function of Lumo. Returns the info of a data error: where in the data; 0 for success.
 template <class Function, class... Arguments>
-bool call(Function* function, Arguments... arguments) {
+int call(Function* function, Arguments... arguments) {
     registerThread();
     const lumoStatus status = function(arguments...);
-    if (status == lumoDataError) return false;
+    if (status == lumoDataError) return lumoGetThreadErrorInfo();
     check(status);
-    return true;
+    return 0;
 }
 
 }  // namespace lumo::python

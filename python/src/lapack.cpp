@@ -1,8 +1,7 @@
 // LAPACK on arrays, overwritten in place: each function is the one of its name in lumo.h, sizes
-// taken from the arrays, whose shapes the Python layer has checked. False, or None: a data error.
-#include <pybind11/stl.h>
-
-#include <optional>
+// taken from the arrays, whose shapes the Python layer has checked. They return the info of a data
+// error, 0 without one.
+#include <utility>
 #include <vector>
 
 #include "arrays.h"
@@ -20,34 +19,33 @@ namespace lumo::python {
 namespace {
 
 template <class T>
-bool getrf(Matrix<T> a, Vector<int> ipiv) {
+int getrf(Matrix<T> a, Vector<int> ipiv) {
     return call(ofType<T>(lumoSgetrf, lumoCgetrf), a.rows, a.columns, raw(a.data), a.ld, ipiv.data);
 }
 
-// The reciprocal condition number of `a`, estimated; none for a data error.
+// With the reciprocal condition number of `a`, estimated; 0 for a data error.
 template <class T>
-std::optional<double> gesv(Matrix<T> a, Vector<int> ipiv, Matrix<T> b) {
+std::pair<int, double> gesv(Matrix<T> a, Vector<int> ipiv, Matrix<T> b) {
     const double norm = oneNorm(a.rows, a.data, a.ld);
-    if (!call(ofType<T>(lumoSgesv, lumoCgesv), a.rows, b.columns, raw(a.data), a.ld, ipiv.data,
-              raw(b.data), b.ld))
-        return std::nullopt;
-    return reciprocalCondition(a.rows, a.data, a.ld, norm);
+    const int info = call(ofType<T>(lumoSgesv, lumoCgesv), a.rows, b.columns, raw(a.data), a.ld,
+                          ipiv.data, raw(b.data), b.ld);
+    return {info, info ? 0 : reciprocalCondition(a.rows, a.data, a.ld, norm)};
 }
 
 template <class T>
-bool geqrf(Matrix<T> a, Vector<T> tau) {
+int geqrf(Matrix<T> a, Vector<T> tau) {
     return call(ofType<T>(lumoSgeqrf, lumoCgeqrf), a.rows, a.columns, raw(a.data), a.ld,
                 raw(tau.data));
 }
 
 template <class T>
-bool gels(char trans, int m, int n, Matrix<T> a, Matrix<T> b) {
+int gels(char trans, int m, int n, Matrix<T> a, Matrix<T> b) {
     return call(ofType<T>(lumoSgels, lumoCgels), trans, m, n, b.columns, raw(a.data), a.ld,
                 raw(b.data), b.ld);
 }
 
 template <class T>
-bool gglse(Matrix<T> a, Matrix<T> b, Vector<T> c, Vector<T> d, Vector<T> x) {
+int gglse(Matrix<T> a, Matrix<T> b, Vector<T> c, Vector<T> d, Vector<T> x) {
     return call(ofType<T>(lumoSgglse, lumoCgglse), a.rows, a.columns, b.rows, raw(a.data), a.ld,
                 raw(b.data), b.ld, raw(c.data), raw(d.data), raw(x.data));
 }
@@ -66,7 +64,7 @@ void orgqr(Matrix<T> a, Vector<T> tau) {
 }
 
 template <class T>
-bool gesvd(char job, Matrix<T> a, Vector<RealOf<T>> s, Matrix<T> u, Matrix<T> vt) {
+int gesvd(char job, Matrix<T> a, Vector<RealOf<T>> s, Matrix<T> u, Matrix<T> vt) {
     return call(ofType<T>(lumoSgesvd, lumoCgesvd), job, job, a.rows, a.columns, raw(a.data), a.ld,
                 s.data, raw(u.data), u.ld, raw(vt.data), vt.ld);
 }

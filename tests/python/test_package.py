@@ -29,10 +29,11 @@ def test_threads_get_their_own_results():
             x = lumo.solve(a, b)
             if np.abs(a @ x - b).max() > 1e-2 * max(1, np.abs(x).max()):
                 return "wrong"
-            a = np.eye(n, dtype=np.float32)
+            a, b = np.eye(8, dtype=np.float32), b[:8]
             a[seed, seed] = 0
-            with pytest.raises(LinAlgError, match=f"pivot {seed + 1} is"):
-                lumo.solve(a, b)
+            for _ in range(20):
+                with pytest.raises(LinAlgError, match=f"pivot {seed + 1} is"):
+                    lumo.solve(a, b)
         return "right"
 
     for _ in range(3):
