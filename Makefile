@@ -7,7 +7,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check bench install bundle packages test-packages docs pictures format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check fuzz bench install bundle packages test-packages docs pictures format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -61,6 +61,21 @@ thread-check: setup
 	cmake --preset thread
 	cmake --build --preset thread --target test_threads
 	ctest --preset thread
+
+# Random files for the readers, and random calls of every function, FUZZ_SECONDS for each kind. What
+# is found is left in build/fuzz; mend it, and keep it under tests/fuzz/corpus.
+FUZZ_SECONDS ?= 60
+fuzz: setup
+	@tools/setup.sh clang-14 libclang-rt-14-dev
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz
+	set -e; cd build/fuzz; for kind in matrix_market npy png pnm crossover calls; do \
+	    case $$kind in crossover | calls) fuzzer=$$kind ;; *) fuzzer=files ;; esac; \
+	    mkdir -p corpus/$$kind; \
+	    OPENBLAS_NUM_THREADS=1 tests/fuzz/fuzz_$$fuzzer -max_total_time=$(FUZZ_SECONDS) \
+	        -timeout=10 -max_len=4096 -artifact_prefix=$$kind- -verbosity=0 -print_final_stats=1 \
+	        corpus/$$kind ../../tests/fuzz/corpus/$$kind; \
+	done
 
 # Lumo against the CPU LAPACK and BLAS, one thread each.
 bench: build
