@@ -73,7 +73,7 @@ fuzz: setup
 	    case $$kind in crossover | calls) fuzzer=$$kind ;; *) fuzzer=files ;; esac; \
 	    mkdir -p corpus/$$kind; \
 	    OPENBLAS_NUM_THREADS=1 tests/fuzz/fuzz_$$fuzzer -max_total_time=$(FUZZ_SECONDS) \
-	        -timeout=10 -max_len=4096 -artifact_prefix=$$kind- -verbosity=0 -print_final_stats=1 \
+	        -timeout=10 -max_len=4096 -artifact_prefix=$$kind- -verbosity=0 -print_funcs=0 -print_final_stats=1 \
 	        corpus/$$kind ../../tests/fuzz/corpus/$$kind; \
 	done
 

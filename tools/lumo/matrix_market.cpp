@@ -150,6 +150,7 @@ class Filler {
 };
 
 void readArray(Lines& lines, const Header& header, Dense& matrix) {
+    if (matrix.rows() == 0) return;  // whatever number of columns is announced
     Filler filler(lines, header, matrix);
     for (int j = 0; j < matrix.columns(); ++j) {
         const int first = header.symmetry == "general"          ? 0

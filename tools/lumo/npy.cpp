@@ -205,12 +205,13 @@ Dense readNpy(InputFile& in) {
     const bool isComplex = header.kind == 'c';
     Dense matrix(rows, columns, isComplex);
     matrix.isVector = header.shape.size() == 1;
+    const bool isEmpty = rows == 0 || columns == 0;  // the other may be any number
 
     const std::size_t part = header.size / (isComplex ? 2 : 1);
     const Decoder decoder =
         header.bigEndian ? decoderOf<true>(header.kind, part) : decoderOf<false>(header.kind, part);
-    const std::size_t slow = std::size_t(header.fortranOrder ? columns : rows);
-    const std::size_t fast = std::size_t(header.fortranOrder ? rows : columns);
+    const std::size_t slow = isEmpty ? 0 : std::size_t(header.fortranOrder ? columns : rows);
+    const std::size_t fast = isEmpty ? 0 : std::size_t(header.fortranOrder ? rows : columns);
     std::vector<char> run(fast * header.size);
     for (std::size_t s = 0; s < slow; ++s) {
         readExactly(in, run.data(), run.size());
