@@ -1,17 +1,16 @@
-// A random call of a routine, the model of its argument checks, and the comparison of the two.
+// A random call of a function, the model of its argument checks, and the comparison of the two.
 #pragma once
 
 #include <climits>
-#include <cstring>
+#include <functional>
 #include <memory>
 #include <tuple>
 #include <vector>
 
 #include "blas/operations.h"
 #include "fuzz.h"
-#include "lumo_memory.h"
 #include "lumo_thread.h"
-#include "platform/software/control.h"
+#include "support/machine.h"
 
 namespace test {
 
@@ -27,11 +26,12 @@ class Choices {
     const std::uint8_t *at_, *end_;
 };
 
-// An operand in memory that ends with its last element, or null; and its leading dimension.
+// An operand, or null, and its leading dimension.
 template <class T>
 struct Given {
-    T* at = nullptr;
-    int ld = 0;
+    T* at;
+    int ld;
+    auto exported() const { return argument(at); }
 };
 
 inline bool taken(char letter, const std::string& letters) {
@@ -42,22 +42,16 @@ inline char folded(char letter) {
 }
 
 // The arguments are drawn one after the other, with their positions in the export. The checks are
-// those of most routines: letters, then sizes, then leading dimensions, then null operands.
+// those of most functions: letters, then sizes, then leading dimensions, then null operands.
 class Call {
   public:
-    Call(Choices& choices, std::string name)
-        : where(choices.below(2) ? inDevice : inHost), choices_(choices), name_(std::move(name)) {}
-    ~Call() {
-        for (Operand& o : operands_)
-            if (o.onDevice) lumoDeviceFree(o.memory);
-    }
+    explicit Call(Choices& choices) : where(Interface(choices.below(2))), choices_(choices) {}
 
     const Interface where;
     int least = 1;            // leading dimension of nothing
     bool inOrder = false;     // checks by position alone
     bool unchecked = false;   // no argument is refused
     bool needsNulls = false;  // null operands are refused
-    bool computes = true;     // only in a registered thread
 
     char letter(int position, const std::string& options) {
         char letter = options[choices_.below(options.size())];
@@ -74,100 +68,66 @@ class Call {
     }
     template <class T>
     Given<T> matrix(int position, int rows, int columns, bool refusesNull = true) {
-        int ld =
-            rows == INT_MAX ? rows : std::max(rows, 0) + choices_.among({0, 0, 0, 1, 3, 2, 1, -1});
+        int ld = std::max(rows, 0);
+        if (ld < INT_MAX) ld += choices_.among({0, 0, 0, 1, 3, 2, 1, -1});
         if (choices_.rarely()) ld = choices_.among({0, -1, INT_MIN, INT_MAX});
         refuse(2, position + 1, ld < std::max(least, rows));
-        return {vector<T>(position, rows, columns, ld, refusesNull), ld};
+        return {operand<T>(position, rows, columns, ld, refusesNull), ld};
     }
+    // Its memory ends with the last element if the leading dimension is the number of rows.
     template <class T>
-    T* vector(int position, int rows, int columns = 1, int ld = 1, bool refusesNull = true,
-              bool anywhere = false) {
+    T* operand(int position, int rows, int columns = 1, int ld = 0, bool refusesNull = true) {
         const bool null = choices_.rarely();
         refuse(3, position, null && needsNulls && refusesNull);
         if (null) return nullptr;
-        double length = 1;
-        if (rows > 0 && columns > 0) length = std::max(double(ld), 1.0) * (columns - 1) + rows;
-        tooLarge_ = tooLarge_ || length > mostElements;
-        const bool onDevice = where == inDevice && !(anywhere && choices_.below(2));
-        operands_.emplace_back(sizeof(T) * std::size_t(std::min(length, mostElements)), onDevice);
-        return operands_.back().template fill<T>();
+        const auto clipped = [this](int size) {
+            tooLarge_ = tooLarge_ || size > 128;
+            return std::clamp(size, 1, 128);
+        };
+        const auto host = std::make_shared<Matrix<T>>(Matrix<T>::random(
+            clipped(rows), clipped(columns), clipped(ld), unsigned(untouched_.size())));
+        if (where == inHost) {
+            untouched_.push_back([host, before = *host] { return *host == before; });
+            return host->data.data();
+        }
+        const auto device = std::make_shared<OnDevice<T>>(*host);
+        untouched_.push_back([host, device] { return device->download() == *host; });
+        return device->data();
     }
-    // Vectors of pivots lie where the caller likes.
-    int* pivots(int position, int count) { return vector<int>(position, count, 1, 1, true, true); }
 
     void refuse(int category, int position, bool bad) {
-        if (bad && !unchecked)
-            worst_ = std::min(worst_, Outcome{inOrder ? 0 : category, position, lumoArgumentError});
+        const Outcome refused{inOrder ? 0 : category, position, lumoArgumentError};
+        if (bad && !unchecked) outcome_ = std::min(outcome_, refused);
     }
     // What comes of it if no argument is refused.
     void expect(bool condition, lumoStatus status, int info) {
-        if (condition) worst_ = std::min(worst_, Outcome{4, -info, status});
+        if (condition) outcome_ = std::min(outcome_, Outcome{4, -info, status});
     }
     void nothingToDo() { tooLarge_ = false; }
 
     template <class Run>
-    void run(Run function) {
-        auto [category, position, status] = worst_;
+    void run(const std::string& name, Run function) {
+        const auto [category, position, status] = outcome_;
         if (tooLarge_ && status != lumoArgumentError) return;
-        const bool leaves = computes && where == inHost && choices_.rarely();
-        if (leaves) {
-            lumoShutdown();
-            std::tie(position, status) = std::make_tuple(0, lumoNotInitialized);
-        }
         const lumoStatus actual = function();
-        const int info = lumoGetThreadErrorInfo();
-        require(actual == status && info == -position && lumoGetThreadStatus() == status,
-                name_ + (where == inHost ? ": status " : " on the device: status ") +
-                    std::to_string(actual) + ", info " + std::to_string(info) + ", not " +
-                    std::to_string(status) + ", " + std::to_string(-position));
-        // What needs initialisation leaves the shared info without it.
-        require(leaves || lumoGetErrorInfo() == info, name_ + ": the last info is this one");
-        if (leaves) require(lumoInitialize() == lumoNoError, "the library starts again");
-        for (Operand& o : operands_)
-            require((actual != lumoArgumentError && !leaves) || o.untouched(),
-                    name_ + ": an operand is left alone");
-        require(software::usage().violations == 0, name_ + ": no access outside an operand");
+        const int info = lumoGetErrorInfo();
+        const std::string what = name + (where == inHost ? "" : " on the device") + ": ";
+        require(actual == status && info == -position,
+                what + "status " + std::to_string(actual) + ", info " + std::to_string(info) +
+                    ", not " + std::to_string(status) + ", " + std::to_string(-position));
+        require(lumoGetLastStatus() == actual && lumoGetThreadStatus() == actual &&
+                    lumoGetThreadErrorInfo() == info,
+                what + "the last status and info are these");
+        for (const auto& untouched : untouched_)
+            require(actual != lumoArgumentError || untouched(), what + "an operand is left alone");
+        require(software::usage().violations == 0, what + "no access outside an operand");
     }
 
   private:
-    static constexpr double mostElements = 1 << 16;
-
-    struct Operand {
-        int bytes;
-        bool onDevice;
-        std::unique_ptr<char[]> host, before;
-        void* memory = nullptr;
-
-        Operand(std::size_t size, bool device)
-            : bytes(int(size)), onDevice(device), host(new char[size]), before(new char[size]) {}
-        // With numbers from -1 to 1, or ones.
-        template <class T>
-        T* fill() {
-            static Random random;
-            for (int at = 0; at < bytes; at += int(sizeof(T))) {
-                T value(1);
-                if constexpr (!std::is_same_v<T, int>) value = random.next<T>();
-                std::memcpy(&host[at], &value, sizeof(T));
-            }
-            std::memcpy(before.get(), host.get(), bytes);
-            if (onDevice)
-                require(!lumoDeviceMalloc(&memory, bytes) &&
-                            !lumoDeviceSetMatrix(bytes, 1, 1, host.get(), bytes, memory, bytes),
-                        "there is room on the device");
-            return static_cast<T*>(onDevice ? memory : host.get());
-        }
-        bool untouched() {
-            if (onDevice) lumoDeviceGetMatrix(bytes, 1, 1, memory, bytes, host.get(), bytes);
-            return std::memcmp(host.get(), before.get(), bytes) == 0;
-        }
-    };
-
     Choices& choices_;
-    const std::string name_;
-    std::vector<Operand> operands_;
     using Outcome = std::tuple<int, int, lumoStatus>;  // category, position, status
-    Outcome worst_{5, 0, lumoNoError};
+    Outcome outcome_{5, 0, lumoNoError};
+    std::vector<std::function<bool()>> untouched_;
     bool tooLarge_ = false;
 };
 

@@ -2,7 +2,6 @@
 // status and info that the model says, bad ones leave their operands alone, none leaves their
 // bounds.
 #include "call.h"
-#include "support/machine.h"
 
 namespace test {
 namespace {
@@ -22,66 +21,60 @@ constexpr Rule rules[] = {
     {"trsm", "mn", 5, 8, 0, 10, 0},
 };
 
-const Rule& ruleOf(const std::string& name) {
-    return *std::find_if(std::begin(rules), std::end(rules), [&](const Rule& rule) {
-        return std::string(rule.names).find(name) != std::string::npos;
-    });
-}
-
 template <class T>
 void operate(Choices& choices) {
     static const std::vector<Operation<T>> all = operations<T>();
     const Operation<T>& operation = all[choices.below(all.size())];
-    const Rule& rule = ruleOf(operation.name);
+    const Rule& rule = *std::find_if(std::begin(rules), std::end(rules), [&](const Rule& r) {
+        return std::string(r.names).find(operation.name) != std::string::npos;
+    });
     const bool gemv = operation.name == "gemv";
-    Call call(choices, operation.name);
+    Call call(choices);
     call.inOrder = gemv;
     call.least = rule.least;
     call.unchecked = operation.name == "gemm" && call.where == inDevice;  // CUBLAS checks
     Arguments<T> p{};
     std::string letters;
-    bool badLetter = false;
+    bool bad = false;
     for (const std::string& options : operation.letters) {
         p.letters += call.letter(int(p.letters.size()) + 1, options);
         letters += folded(p.letters.back());
-        badLetter = badLetter || !taken(letters.back(), options);
+        bad = bad || !taken(letters.back(), options);
     }
     call.needsNulls = true;
     for (int at = 0; rule.sizeNames[at]; ++at) {
         const int size = call.size(rule.sizes + at);
         (rule.sizeNames[at] == 'm' ? p.m : rule.sizeNames[at] == 'n' ? p.n : p.k) = size;
         call.needsNulls = call.needsNulls && (size > 0 || gemv);
+        bad = bad || size < 0;
     }
     const T scalars[] = {T(1), T(0), T(-2)};
     p.alpha = scalars[choices.below(3)];
     p.beta = scalars[choices.below(3)];
     const Shapes s = operation.shapes(letters, p.m, p.n, p.k);
-    const auto operand = [&](int position, Shape shape, int& ld, auto& at) {
+    const auto draw = [&](int position, Shape shape, int& ld, auto& at) {
         if (position == 0) return;
-        if (gemv && position != rule.a) {
-            ld = choices.among({1, 1, -1, 2, -3, 0});
-            // And one element more: OpenBLAS's zgemv looks for another one in x.
-            at = call.vector<T>(position, std::abs(ld) + 1, shape.n, std::abs(ld));
-        } else {
-            const auto given = call.matrix<T>(position, shape.m, shape.n);
-            std::tie(at, ld) = std::make_tuple(given.at, given.ld);
-        }
+        const Given<T> given = call.matrix<T>(position, shape.m, shape.n);
+        std::tie(at, ld) = std::tie(given.at, given.ld);
+        bad = bad || ld < std::max(1, shape.m);
     };
-    operand(rule.a, s.a, p.lda, p.a);
-    operand(rule.b, s.b, p.ldb, p.b);
-    operand(rule.c, s.c, p.ldc, p.c);
+    // One element more than it needs: OpenBLAS's zgemv looks for another one in x.
+    const auto drawVector = [&](int position, Shape shape, int& increment, auto& at) {
+        increment = choices.among({1, 1, -1, 2, -3, 0});
+        at = call.operand<T>(position, std::abs(increment) + 1, shape.n);
+    };
+    draw(rule.a, s.a, p.lda, p.a);
+    gemv ? drawVector(rule.b, s.b, p.ldb, p.b) : draw(rule.b, s.b, p.ldb, p.b);
+    gemv ? drawVector(rule.c, s.c, p.ldc, p.c) : draw(rule.c, s.c, p.ldc, p.c);
     const bool hasResult = s.c.m > 0 && s.c.n > 0;
     if (!hasResult && !gemv) call.nothingToDo();
-    if (gemv) {
+    if (gemv)
         call.expect(p.ldb == 0 || p.ldc == 0, lumoBlasError, 7);
-    } else if (hasResult && (!p.c || (call.unchecked && p.k > 0 && (!p.a || !p.b)))) {
+    else if (hasResult && (!p.c || (call.unchecked && p.k > 0 && (!p.a || !p.b))))
         call.expect(true, lumoRuntimeError, 11);
-    } else if (call.unchecked) {
-        call.expect(badLetter || std::min({p.m, p.n, p.k}) < 0 || p.lda < std::max(1, s.a.m) ||
-                        p.ldb < std::max(1, s.b.m) || p.ldc < std::max(1, p.m),
-                    lumoBlasError, 7);
-    }
-    call.run([&] { return operation.call(call.where, p); });
+    else
+        call.expect(bad && call.unchecked, lumoBlasError, 7);
+    call.run(operation.name, [&] { return operation.call(call.where, p); });
 }
 
 template <class T>
@@ -100,135 +93,106 @@ LUMO_LAPACK_EXPORTS(S, float);
 LUMO_LAPACK_EXPORTS(C, lumo::Complex<float>);
 
 template <class T>
-void getrf(Choices& choices) {
-    Call call(choices, "getrf");
-    const int m = call.size(1), n = call.size(2);
-    call.needsNulls = m > 0 && n > 0;
+void factorize(Choices& choices) {
+    using E = LapackExports<T>;
+    Call call(choices);
+    const Interface where = call.where;
+    const bool square = choices.below(3) == 0, pivoted = choices.below(2) == 0;
+    const int m = call.size(1), n = square ? m : call.size(2), nrhs = square ? call.size(2) : 0;
+    call.needsNulls = m > 0 && n > 0 && (pivoted || square || m > 1 || n > 1);
     const auto a = call.matrix<T>(3, m, n);
-    int* const ipiv = call.pivots(5, std::min(m, n));
-    call.run([&] { return LapackExports<T>::getrf[call.where](m, n, argument(a.at), a.ld, ipiv); });
-}
-
-template <class T>
-void gesv(Choices& choices) {
-    Call call(choices, "gesv");
-    const int n = call.size(1), nrhs = call.size(2);
-    call.needsNulls = n > 0;
-    const auto a = call.matrix<T>(3, n, n);
-    int* const ipiv = call.pivots(5, n);
-    const auto b = call.matrix<T>(6, n, nrhs);
-    call.run([&] {
-        return LapackExports<T>::gesv[call.where](n, nrhs, argument(a.at), a.ld, ipiv,
-                                                  argument(b.at), b.ld);
-    });
-}
-
-template <class T>
-void geqrf(Choices& choices) {
-    Call call(choices, "geqrf");
-    const int m = call.size(1), n = call.size(2);
-    call.needsNulls = m > 0 && n > 0 && (m > 1 || n > 1);
-    const auto a = call.matrix<T>(3, m, n);
-    T* const tau = call.vector<T>(5, std::min(m, n));
+    if (square) {
+        int* const ipiv = call.operand<int>(5, n);
+        const auto b = call.matrix<T>(6, n, nrhs);
+        return call.run("gesv", [&] {
+            return E::gesv[where](n, nrhs, a.exported(), a.ld, ipiv, b.exported(), b.ld);
+        });
+    }
+    if (pivoted) {
+        int* const ipiv = call.operand<int>(5, std::min(m, n));
+        return call.run("getrf", [&] { return E::getrf[where](m, n, a.exported(), a.ld, ipiv); });
+    }
+    T* const tau = call.operand<T>(5, std::min(m, n));
     call.expect(m == 1 && n == 1 && (!a.at || !tau), lumoRuntimeError, 11);
-    call.run([&] {
-        return LapackExports<T>::geqrf[call.where](m, n, argument(a.at), a.ld, argument(tau));
-    });
+    call.run("geqrf", [&] { return E::geqrf[where](m, n, a.exported(), a.ld, argument(tau)); });
 }
 
 template <class T>
-void gels(Choices& choices) {
-    Call call(choices, "gels");
+void leastSquares(Choices& choices) {
+    Call call(choices);
     const char trans = call.letter(1, "NTC");
     const int m = call.size(2), n = call.size(3), nrhs = call.size(4);
     call.needsNulls = m > 0 && n > 0 && nrhs > 0;
     const auto a = call.matrix<T>(5, m, n), b = call.matrix<T>(7, std::max(m, n), nrhs);
     call.expect(!b.at && std::max(m, n) > 0 && nrhs > 0, lumoRuntimeError, 11);  // to be zero
-    call.run([&] {
-        return LapackExports<T>::gels[call.where](trans, m, n, nrhs, argument(a.at), a.ld,
-                                                  argument(b.at), b.ld);
+    call.run("gels", [&] {
+        return LapackExports<T>::gels[call.where](trans, m, n, nrhs, a.exported(), a.ld,
+                                                  b.exported(), b.ld);
     });
 }
 
 template <class T>
-void gglse(Choices& choices) {
-    Call call(choices, "gglse");
+void constrained(Choices& choices) {
+    Call call(choices);
     const int m = call.size(1), n = call.size(3), p = call.size(3);
     call.refuse(1, 3, p > n || n > double(m) + p);
     call.needsNulls = n > 0;
     const auto a = call.matrix<T>(4, m, n), b = call.matrix<T>(6, p, n, p > 0);
-    T* const c = call.vector<T>(8, m);
-    T* const d = call.vector<T>(9, p, 1, 1, p > 0);
-    T* const x = call.vector<T>(10, n);
-    call.run([&] {
-        return LapackExports<T>::gglse[call.where](m, n, p, argument(a.at), a.ld, argument(b.at),
-                                                   b.ld, argument(c), argument(d), argument(x));
+    T* const c = call.operand<T>(8, m);
+    T* const d = call.operand<T>(9, p, 1, 0, p > 0);
+    T* const x = call.operand<T>(10, n);
+    call.run("gglse", [&] {
+        return LapackExports<T>::gglse[call.where](m, n, p, a.exported(), a.ld, b.exported(), b.ld,
+                                                   argument(c), argument(d), argument(x));
     });
 }
 
 template <class T>
-void gesvd(Choices& choices) {
-    Call call(choices, "gesvd");
+void singularValues(Choices& choices) {
+    Call call(choices);
     const char jobu = call.letter(1, "ASON"), jobvt = call.letter(2, "ASON");
-    const char u = folded(jobu), vt = folded(jobvt);
-    call.refuse(0, 2, u == 'O' && vt == 'O');
+    const bool hasU = taken(folded(jobu), "AS"), hasVt = taken(folded(jobvt), "AS");
+    call.refuse(0, 2, folded(jobu) == 'O' && folded(jobvt) == 'O');
     const int m = call.size(3), n = call.size(4), k = std::min(m, n);
-    const bool hasU = taken(u, "AS"), hasVt = taken(vt, "AS");
     call.needsNulls = m > 0 && n > 0;
     const auto a = call.matrix<T>(5, m, n);
-    auto* const s = call.vector<RealOf<T>>(7, k);
-    const auto U = call.matrix<T>(8, hasU ? m : 1, !hasU ? 0 : u == 'A' ? m : k, hasU);
-    const auto Vt = call.matrix<T>(10, !hasVt ? 1 : vt == 'A' ? n : k, hasVt ? n : 0, hasVt);
-    call.run([&] {
-        return LapackExports<T>::gesvd[call.where](jobu, jobvt, m, n, argument(a.at), a.ld, s,
-                                                   argument(U.at), U.ld, argument(Vt.at), Vt.ld);
+    auto* const s = call.operand<RealOf<T>>(7, k);
+    const auto u = call.matrix<T>(8, hasU ? m : 1, folded(jobu) == 'A' ? m : k, hasU);
+    const auto vt = call.matrix<T>(10, !hasVt ? 1 : folded(jobvt) == 'A' ? n : k, n, hasVt);
+    call.run("gesvd", [&] {
+        return LapackExports<T>::gesvd[call.where](jobu, jobvt, m, n, a.exported(), a.ld, s,
+                                                   u.exported(), u.ld, vt.exported(), vt.ld);
     });
 }
 
-template <class T>
-void lapack(Choices& choices) {
-    constexpr void (*routines[])(Choices&) = {getrf<T>, gesv<T>,  geqrf<T>,
-                                              gels<T>,  gglse<T>, gesvd<T>};
-    routines[choices.below(6)](choices);
-}
-
-// The functions without matrices. A text ends within its buffer.
+// The functions without matrices.
 void others(Choices& choices) {
-    Call call(choices, "a function without matrices");
-    call.computes = false;
+    Call call(choices);
     const unsigned which = choices.below(6);
-    const int number = choices.among({0, -1, 10, 11, INT_MAX}),
-              size = choices.among({1, 300, 0, -1});
-    std::vector<char> text(std::size_t(std::max(size, 1)), 'x');
+    const int number = choices.among({0, -1, 10, 11, INT_MAX});
+    const int size = choices.among({1, 100, 0, -1});
+    std::vector<char> text(std::size_t(std::max(size, 1)));
     char* const buffer = choices.rarely() ? nullptr : text.data();
     int answer = -1;
     int* const out = choices.rarely() ? nullptr : &answer;
-    const bool writes = which == 1 || which == 2;
-    call.refuse(0, 1,
-                which == 1  ? number < 0 || number > 10
-                : which > 3 ? !out
-                            : which > 0 && number != 0);
-    call.refuse(0, which == 1 ? 3 : 2, writes && !buffer);
-    call.refuse(0, which == 1 ? 4 : 3, writes && size < 1);
-    call.expect(which == 3, lumoRuntimeError, 36);  // the device is in use
-    call.run([&] {
-        switch (which) {
-            case 1:
-                return lumoGetErrorInfoString(lumoStatus(number), size, buffer, size);
-            case 2:
-                return lumoGetDeviceInfo(number, buffer, size);
-            case 3:
-                return lumoSelectDevice(number);
-            case 4:
-                return lumoGetDeviceCount(out);
-            case 5:
-                return lumoGetExecutingDevice(out);
-            default:
-                require(lumoGetStatusString(lumoStatus(number)) != nullptr, "a status has a text");
-                lumoFreeBuffers();
-                return lumoInitialize();
-        }
-    });
+    const std::function<lumoStatus()> functions[] = {
+        [&] { return lumoGetErrorInfoString(lumoStatus(number), size, buffer, size); },
+        [&] { return lumoGetDeviceInfo(number, buffer, size); },
+        [&] { return lumoSelectDevice(number); },
+        [&] { return lumoGetDeviceCount(out); },
+        [&] { return lumoGetExecutingDevice(out); },
+        [&] {
+            require(lumoGetStatusString(lumoStatus(number)) != nullptr, "a status has a text");
+            lumoFreeBuffers();
+            lumoShutdown();
+            return lumoInitialize();
+        }};
+    call.refuse(0, 1, which < 3 && (number < 0 || number > (which == 0 ? 10 : 0)));
+    call.refuse(0, 1, (which == 3 || which == 4) && !out);
+    call.refuse(0, which == 0 ? 3 : 2, which < 2 && !buffer);
+    call.refuse(0, which == 0 ? 4 : 3, which < 2 && size < 1);
+    call.expect(which == 2, lumoRuntimeError, 36);  // the device is in use
+    call.run("function " + std::to_string(which) + " of those without matrices", functions[which]);
 }
 
 }  // namespace
@@ -236,20 +200,27 @@ void others(Choices& choices) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace test;
+    using Complex = lumo::Complex<float>;
     static const bool started = [] {
         setenv("LUMO_PLATFORM", "software", 1);
         startAfresh(machine());
         return lumoInitialize() == lumoNoError;
     }();
     require(started, "the library starts");
+    constexpr void (*kinds[])(Choices&) = {operate<float>,
+                                           operate<double>,
+                                           operate<Complex>,
+                                           factorize<float>,
+                                           factorize<Complex>,
+                                           operate<lumo::Complex<double>>,
+                                           leastSquares<float>,
+                                           leastSquares<Complex>,
+                                           constrained<float>,
+                                           constrained<Complex>,
+                                           singularValues<float>,
+                                           singularValues<Complex>,
+                                           others};
     Choices choices(data, size);
-    constexpr void (*groups[])(Choices&) = {operate<float>,
-                                            operate<double>,
-                                            operate<lumo::Complex<float>>,
-                                            operate<lumo::Complex<double>>,
-                                            lapack<float>,
-                                            lapack<lumo::Complex<float>>,
-                                            others};
-    groups[choices.below(std::size(groups))](choices);
+    kinds[choices.below(std::size(kinds))](choices);
     return 0;
 }

@@ -1,13 +1,17 @@
-// Any bytes as a file for the command: read as an image if it begins like one, else as a matrix.
-// What an image is written as, it is read as.
+// Any bytes as a file: for the command an image if it begins like one, else a matrix, and for the
+// drop-in library the measured crossovers. What an image is written as, it is read as.
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <sstream>
 
+#include "dropin/crossover_file.h"
 #include "fuzz.h"
 #include "tools/lumo/image.h"
 #include "tools/lumo/matrix_file.h"
+#ifdef LUMO_HAVE_PNG
+#include <zlib.h>
+#endif
 
 // The readers' idea of this machine: one that refuses 16 MB, which a short input can ask for.
 extern "C" long smallMachine(int what) noexcept {
@@ -17,46 +21,38 @@ extern "C" long smallMachine(int what) noexcept {
 namespace {
 
 // A file in memory, by the name that the readers want.
-std::string store(const void* data, std::size_t size) {
+std::string store(const std::string& bytes) {
     static const int file = memfd_create("input", MFD_CLOEXEC);
-    require(ftruncate(file, 0) == 0 && pwrite(file, data, size, 0) == ssize_t(size), "stored");
+    require(ftruncate(file, 0) == 0 &&
+                pwrite(file, bytes.data(), bytes.size(), 0) == ssize_t(bytes.size()),
+            "the input is stored");
     return "/proc/self/fd/" + std::to_string(file);
 }
 
-// A PNG's chunks with the checksums that they should have: what is changed at random has none that
-// are right, and would be refused for that.
-void seal(std::string& bytes) {
-    const auto at = [&](std::size_t i) { return std::uint32_t(std::uint8_t(bytes[i])); };
-    std::size_t begin = 8;
-    while (bytes.compare(0, 4, "\x89PNG") == 0 && begin + 12 <= bytes.size()) {
-        const std::size_t length =
-            at(begin) << 24 | at(begin + 1) << 16 | at(begin + 2) << 8 | at(begin + 3);
-        if (length > bytes.size() - begin - 12) return;
-        const std::size_t end = begin + 8 + length;
-        std::uint32_t sum = ~0U;
-        for (begin += 4; begin < end; ++begin) {
-            sum ^= at(begin);
-            for (int bit = 0; bit < 8; ++bit) sum = sum >> 1 ^ (sum & 1 ? 0xEDB88320U : 0);
-        }
-        for (int shift = 24; shift >= 0; shift -= 8) bytes[begin++] = char(~sum >> shift);
+// Gives the chunks of a PNG the checksums that they should have: what is changed at random has none
+// that are right, and would be refused for that.
+void seal([[maybe_unused]] std::string& bytes) {
+#ifdef LUMO_HAVE_PNG
+    auto* const at = reinterpret_cast<unsigned char*>(bytes.data());
+    std::size_t i = 8, length = 0;
+    for (; bytes[0] == '\x89' && i + 12 <= bytes.size(); i += 12 + length) {
+        length = std::size_t(at[i]) << 24 | at[i + 1] << 16 | at[i + 2] << 8 | at[i + 3];
+        if (length > bytes.size() - i - 12) return;
+        const auto sum = crc32(0, at + i + 4, unsigned(length) + 4);
+        for (int k = 0; k < 4; ++k) at[i + 8 + length + k] = sum >> (24 - 8 * k);
     }
+#endif
 }
 
 void read(const std::string& file) try {
     if (!lumo::isImage(file)) {
-        const lumo::Dense matrix = lumo::readMatrix(file);
-        require(matrix.rows() >= 0 && matrix.columns() >= 0, "a matrix has a size");
+        lumo::readMatrix(file);
         return;
     }
-    lumo::Image image = lumo::readImage(file);
-    std::vector<std::vector<float>> channels;
-    for (int channel = 0; channel < image.channels; ++channel)
-        channels.push_back(lumo::channelOf(image, channel));
-    require(lumo::replaceChannels(image, channels).rms == 0, "the channels are the image");
+    const lumo::Image image = lumo::readImage(file);
     std::ostringstream out;
     lumo::writeImage(out, image);
-    const std::string bytes = out.str();
-    const lumo::Image again = lumo::readImage(store(bytes.data(), bytes.size()));
+    const lumo::Image again = lumo::readImage(store(out.str()));
     require(again.samples == image.samples && again.width == image.width, "written as read");
 } catch (const lumo::FileError&) {
 }
@@ -65,7 +61,10 @@ void read(const std::string& file) try {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string bytes(reinterpret_cast<const char*>(data), size);
+    std::istringstream lines(bytes);
+    for (const auto& [routine, least] : lumo::dropin::readCrossovers(lines, "software", [](int) {}))
+        require(!routine.empty() && least >= 0, routine + " has a size");
     seal(bytes);
-    read(store(bytes.data(), bytes.size()));
+    read(store(bytes));
     return 0;
 }
