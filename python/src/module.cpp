@@ -1,6 +1,7 @@
 // lumo._core: Lumo's functions on NumPy arrays, for the Python layer. It checks types and storage,
 // not shapes.
 #include <dlfcn.h>
+#include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
@@ -45,6 +46,9 @@ std::string fileOf(const void* function) {
 }  // namespace
 
 PYBIND11_MODULE(_core, m) {
+    // pybind11 looks NumPy up behind a static's lock, by an import that lets other threads run. One
+    // that came to that lock would wait with the interpreter's in hand, so that nobody went on.
+    pybind11::detail::npy_api::get();
     m.attr("__version__") = LUMO_VERSION;
     m.attr("loaded_from") = fileOf(reinterpret_cast<const void*>(&lumoInitialize));
     m.def("devices", &devices, Unlocked());
