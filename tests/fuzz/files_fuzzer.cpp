@@ -9,7 +9,7 @@
 #include "fuzz.h"
 #include "tools/lumo/image.h"
 #include "tools/lumo/matrix_file.h"
-#ifdef LUMO_HAVE_PNG
+#ifdef LUMO_HAVE_ZLIB
 #include <zlib.h>
 #endif
 
@@ -32,7 +32,7 @@ std::string store(const std::string& bytes) {
 // Gives the chunks of a PNG the checksums that they should have: what is changed at random has none
 // that are right, and would be refused for that.
 void seal([[maybe_unused]] std::string& bytes) {
-#ifdef LUMO_HAVE_PNG
+#ifdef LUMO_HAVE_ZLIB
     auto* const at = reinterpret_cast<unsigned char*>(bytes.data());
     std::size_t i = 8, length = 0;
     for (; bytes[0] == '\x89' && i + 12 <= bytes.size(); i += 12 + length) {
@@ -45,14 +45,16 @@ void seal([[maybe_unused]] std::string& bytes) {
 }
 
 void read(const std::string& file) try {
-    if (!lumo::isImage(file)) {
-        lumo::readMatrix(file);
+    lumo::InputFile in(file);
+    if (!lumo::isImage(in.start())) {
+        lumo::readMatrix(in);
         return;
     }
-    const lumo::Image image = lumo::readImage(file);
+    const lumo::Image image = lumo::readImage(in);
     std::ostringstream out;
     lumo::writeImage(out, image);
-    const lumo::Image again = lumo::readImage(store(out.str()));
+    lumo::InputFile written(store(out.str()));
+    const lumo::Image again = lumo::readImage(written);
     require(again.samples == image.samples && again.width == image.width, "written as read");
 } catch (const lumo::FileError&) {
 }
