@@ -41,7 +41,8 @@ int wantsCpuLibrary(dl_phdr_info* object, std::size_t, void*) {
     for (const auto* entry = dynamic; entry && entry->d_tag != DT_NULL; ++entry)
         if (entry->d_tag == DT_STRTAB) strings = reinterpret_cast<const char*>(entry->d_un.d_ptr);
     for (const auto* entry = dynamic; entry && entry->d_tag != DT_NULL; ++entry)
-        if (entry->d_tag == DT_NEEDED && namesCpuLibrary(strings + entry->d_un.d_val)) return 1;
+        if (strings && entry->d_tag == DT_NEEDED && namesCpuLibrary(strings + entry->d_un.d_val))
+            return 1;
     return 0;
 }
 
