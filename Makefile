@@ -70,11 +70,11 @@ fuzz: setup
 	cmake --preset fuzz >/dev/null
 	cmake --build --preset fuzz
 	set -e; cd build/fuzz; for kind in matrix_market npy png pnm crossover calls; do \
-	    fuzzer=files; known=../../tests/fuzz/corpus/$$kind; mkdir -p corpus/$$kind; \
-	    if [ $$kind = calls ]; then fuzzer=calls; known=; fi; \
+	    case $$kind in calls) fuzzer=calls ;; *) fuzzer=files ;; esac; mkdir -p corpus/$$kind; \
 	    OPENBLAS_NUM_THREADS=1 tests/fuzz/fuzz_$$fuzzer -max_total_time=$(FUZZ_SECONDS) \
 	        -timeout=10 -max_len=4096 -len_control=0 -artifact_prefix=$$kind- -verbosity=0 \
-	        -print_funcs=0 -print_final_stats=1 corpus/$$kind $$known; \
+	        -print_funcs=0 -print_final_stats=1 corpus/$$kind \
+	        ../../tests/fuzz/corpus/$$kind; \
 	done
 
 # Lumo against the CPU LAPACK and BLAS, one thread each.

@@ -1,5 +1,7 @@
 #include "blas/gemm.h"
 
+#include <algorithm>
+
 #include "blas/cublas.h"
 #include "blas/frame.h"
 #include "runtime/letters.h"
@@ -66,7 +68,8 @@ struct Gemm {
                 requireMemory(b);
             }
         }
-        if (computeCapability() >= 20)
+        // Without a product there may be no operands whose halves could be told.
+        if (std::min({m, n, k}) > 0 && computeCapability() >= 20)
             while (splitFirstHalf()) {
             }
         cublas::gemm(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
