@@ -28,8 +28,10 @@ list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cpp OUTPUT_VARIABLE LUMO_LAUNCHERS)
 list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cu OUTPUT_VARIABLE LUMO_KERNELS)
 
 add_library(lumo_objects OBJECT
+    platform/blas_threads.cpp
     platform/choose.cpp
     platform/error_texts.cpp
+    platform/host_lapack.cpp
     platform/profile.cpp
     platform/registry.cpp
     platform/software/blas.cpp
@@ -41,8 +43,10 @@ add_library(lumo_objects OBJECT
     platform/software/machine.cpp
     platform/software/memory.cpp
     platform/software/pool.cpp
+    platform/software/production.cpp
     platform/software/streams.cpp
     platform/software/table.cpp
+    platform/software/threads.cpp
     platform/trampolines.cpp
     platform/trampolines_blas.cpp
     platform/unavailable.cpp

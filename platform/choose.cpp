@@ -14,6 +14,7 @@
 #include <string>
 
 #include "platform/cuda3.h"
+#include "platform/host_lapack.h"
 #include "platform/profile.h"
 #include "platform/software/table.h"
 #include "platform/unavailable.h"
@@ -107,6 +108,9 @@ Decision decide() {
 const Choice& choice() {
     static const auto* decision = [] {
         auto* made = new Decision(decide());
+        auto* complete = new Table(*made->table);
+        fillPanels(*complete, PanelThreads::ofLibrary);
+        made->table = complete;
         const char* profile = std::getenv("LUMO_PROFILE");
         if (profile && *profile && *profile != '0') made->table = &profiled(*made->table);
         return made;

@@ -219,8 +219,18 @@ void cublasZtrsm(char side, char uplo, char transa, char diag, int m, int n, cuD
 
 namespace platform {
 
-// Beyond CUDA 3: whether an address is memory of the device.
+// Beyond CUDA 3: whether an address is memory of the device, and what else table.h has of its own.
 bool isDevicePointer(const void* pointer);
+int luPanel(char type, int m, int n, void* a, int lda, int* ipiv);
+int qrPanel(char type, int m, int n, void* a, int lda, void* t, int ldt);
+int qrTail(char type, int m, int n, void* a, int lda, void* tau, void* work, int size);
+int bidiagonalTail(char type, int m, int n, void* a, int lda, void* d, void* e, void* tauq,
+                   void* taup, void* work, int size);
+int luSystem(char type, int n, int nrhs, void* a, int lda, int* ipiv, void* b, int ldb);
+int svd(char type, char jobu, char jobvt, int m, int n, void* a, int lda, void* s, void* u, int ldu,
+        void* vt, int ldvt, void* work, int size, void* rwork);
+int panelWidth(Panel kind, char type, int m, int n);
+bool sharesMemory();
 
 // Which platform runs and why it was chosen; chooses it if no call has yet.
 struct Choice {

@@ -9,7 +9,7 @@
 
 namespace platform {
 
-constexpr unsigned tableVersion = 2;
+constexpr unsigned tableVersion = 3;
 
 struct Dim3 {
     unsigned x, y, z;
@@ -67,6 +67,9 @@ struct FatBinary {
 };
 
 using Stream = void*;
+
+// What the algorithms factorise panels for.
+enum class Panel { lu, qr, bidiagonal };
 
 struct Table {
     unsigned version;  // tableVersion of the header it was compiled with
@@ -145,6 +148,25 @@ struct Table {
                  const void* alpha, const void* a, int lda, void* b, int ldb);
     void (*trsm)(char type, char side, char uplo, char transa, char diag, int m, int n,
                  const void* alpha, const void* a, int lda, void* b, int ldb);
+
+    // The CPU's part of the algorithms, on operands in host memory; each returns LAPACK's info. A
+    // plugin may leave these to the library: null.
+    int (*luPanel)(char type, int m, int n, void* a, int lda, int* ipiv);         // xGETRF
+    int (*qrPanel)(char type, int m, int n, void* a, int lda, void* t, int ldt);  // xGEQRT3
+    // What is left behind the panels: xGEQRF and xGEBRD. A size of -1 asks for the workspace's.
+    int (*qrTail)(char type, int m, int n, void* a, int lda, void* tau, void* work, int size);
+    int (*bidiagonalTail)(char type, int m, int n, void* a, int lda, void* d, void* e, void* tauq,
+                          void* taup, void* work, int size);
+    // Whole problems, small ones: xGESV, and xGESVD, `rwork` for complex elements only.
+    int (*luSystem)(char type, int n, int nrhs, void* a, int lda, int* ipiv, void* b, int ldb);
+    int (*svd)(char type, char jobu, char jobvt, int m, int n, void* a, int lda, void* s, void* u,
+               int ldu, void* vt, int ldvt, void* work, int size, void* rwork);
+
+    // The width of a panel of an m x n matrix that this platform wants, 0 for the library's own.
+    // Null: it has no wishes.
+    int (*panelWidth)(Panel kind, char type, int m, int n);
+    // Whether device memory is the host's, so that either may work on the other's. Null: it is not.
+    int (*sharesMemory)();
 };
 
 // The one symbol a plugin exports, as "lumoPlatformTable". Returns null if it was built for

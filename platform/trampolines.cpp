@@ -14,9 +14,39 @@ platform::Dim3 plain(dim3 d) {
 
 }  // namespace
 
-bool platform::isDevicePointer(const void* pointer) {
+namespace platform {
+
+bool isDevicePointer(const void* pointer) {
     return table().isDevicePointer(pointer) != 0;
 }
+int luPanel(char type, int m, int n, void* a, int lda, int* ipiv) {
+    return table().luPanel(type, m, n, a, lda, ipiv);
+}
+int qrPanel(char type, int m, int n, void* a, int lda, void* t, int ldt) {
+    return table().qrPanel(type, m, n, a, lda, t, ldt);
+}
+int qrTail(char type, int m, int n, void* a, int lda, void* tau, void* work, int size) {
+    return table().qrTail(type, m, n, a, lda, tau, work, size);
+}
+int bidiagonalTail(char type, int m, int n, void* a, int lda, void* d, void* e, void* tauq,
+                   void* taup, void* work, int size) {
+    return table().bidiagonalTail(type, m, n, a, lda, d, e, tauq, taup, work, size);
+}
+int luSystem(char type, int n, int nrhs, void* a, int lda, int* ipiv, void* b, int ldb) {
+    return table().luSystem(type, n, nrhs, a, lda, ipiv, b, ldb);
+}
+int svd(char type, char jobu, char jobvt, int m, int n, void* a, int lda, void* s, void* u, int ldu,
+        void* vt, int ldvt, void* work, int size, void* rwork) {
+    return table().svd(type, jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt, work, size, rwork);
+}
+int panelWidth(Panel kind, char type, int m, int n) {
+    return table().panelWidth ? table().panelWidth(kind, type, m, n) : 0;
+}
+bool sharesMemory() {
+    return table().sharesMemory && table().sharesMemory() != 0;
+}
+
+}  // namespace platform
 
 cudaError_t cudaRuntimeGetVersion(int* version) {
     return table().runtimeGetVersion(version);

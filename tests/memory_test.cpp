@@ -10,6 +10,7 @@
 #include "cudalib/managed_memory.h"
 #include "lumo_memory.h"
 #include "runtime/frame.h"
+#include "support/arguments.h"
 #include "support/machine.h"
 #include "support/matrix.h"
 
@@ -373,30 +374,14 @@ TEST_F(MemoryTest, Exports) {
     for (int j = 0; j < 4; ++j)
         for (int i = 0; i < 3; ++i) EXPECT_EQ(a(i, j), back(i, j));
     EXPECT_TRUE(back.paddingUntouched());
-    const struct {
-        int rows, columns;
-        std::size_t size;
-        const void* from;
-        int ldfrom;
-        void* to;
-        int ldto, info;
-    } cases[] = {
-        {-1, -1, 0, nullptr, 0, nullptr, 0, -1},
-        {1, -1, 0, nullptr, 0, nullptr, 0, -2},
-        {1, 1, 0, nullptr, 0, nullptr, 0, -3},
-        {2, 1, 4, nullptr, 1, nullptr, 0, -5},
-        {2, 1, 4, nullptr, 2, nullptr, 1, -7},
-        {1, 1, 4, nullptr, 1, nullptr, 1, -4},
-        {1, 1, 4, &a, 1, nullptr, 1, -6},
-        {0, 1, 4, nullptr, 1, nullptr, 1, 0},
-        {1, 2, ~std::size_t(0) / 4 + 1, &a, 4, &back, 1, -3},
-    };
-    for (const auto& c : cases)
-        for (auto copy : {lumoDeviceSetMatrix, lumoDeviceGetMatrix}) {
-            const auto expected = c.info ? lumoArgumentError : lumoNoError;
-            EXPECT_EQ(Outcome(expected, c.info),
-                      outcome(copy(c.rows, c.columns, c.size, c.from, c.ldfrom, c.to, c.ldto)));
-        }
+    auto checks = test::checksInOrder<int, int, std::size_t, const void*, int, void*, int>(
+        {1, 2, 3, 5, 7, 4, 6}, {-1, -1, 0, nullptr, 1, nullptr, 1}, {2, 1, 4, &a, 2, &back, 2});
+    checks.push_back({0, {0, 1, 4, nullptr, 1, nullptr, 1}});
+    checks.push_back({-3, {1, 2, ~std::size_t(0) / 4 + 1, &a, 4, &back, 1}});
+    for (const auto& [info, arguments] : checks)
+        for (auto copy : {lumoDeviceSetMatrix, lumoDeviceGetMatrix})
+            EXPECT_EQ(Outcome(info ? lumoArgumentError : lumoNoError, info),
+                      outcome(std::apply(copy, arguments)));
     EXPECT_EQ(lumoNoError, lumoDeviceFree(p));
     EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorInvalidDevicePointer), outcome(lumoDeviceFree(p)));
     EXPECT_EQ(lumoInsufficientMemory, lumoDeviceMalloc(&p, ~std::size_t(0)));

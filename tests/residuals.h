@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-#include "platform/software/fortran_blas.h"
+#include "platform/fortran_blas.h"
 #include "support/matrix.h"
 
 namespace test {
@@ -16,7 +16,7 @@ namespace test {
 // Bounds of the LAPACK testers' standard input files (lin_s.in, lin_c.in).
 constexpr double luBound = 30;     // LAPACK xGET01
 constexpr double solveBound = 30;  // LAPACK xGET02
-constexpr double svdBound = 50;    // LAPACK svd.in: xBDT01, xBDT03, xORT01
+constexpr double svdBound = 50;    // LAPACK svd.in: xBDT01, xBDT03, xORT01, xDRVBD
 constexpr double blasBound = 16;   // reference BLAS testers (sblat3.in, ...)
 
 using Wide = std::complex<double>;

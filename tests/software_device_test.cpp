@@ -21,18 +21,15 @@ namespace {
 
 using software::Schedule;
 
-template <class T>
+template <class T, auto allocate = cudaMalloc>
 T* onDevice(std::size_t count) {
     void* p = nullptr;
-    EXPECT_EQ(cudaSuccess, cudaMalloc(&p, count * sizeof(T)));
+    EXPECT_EQ(cudaSuccess, allocate(&p, count * sizeof(T)));
     return static_cast<T*>(p);
 }
-
 template <class T>
 T* pageLocked(std::size_t count) {
-    void* p = nullptr;
-    EXPECT_EQ(cudaSuccess, cudaMallocHost(&p, count * sizeof(T)));
-    return static_cast<T*>(p);
+    return onDevice<T, cudaMallocHost>(count);
 }
 
 float firstOf(const float* device) {

@@ -8,10 +8,12 @@
 #include <string>
 
 #include "platform/blas_arguments.h"
+#include "platform/blas_threads.h"
+#include "platform/fortran_blas.h"
 #include "platform/software/device.h"
-#include "platform/software/fortran_blas.h"
 #include "platform/software/instruments.h"
 #include "platform/software/streams.h"
+#include "platform/software/tiles.h"
 
 namespace software {
 
@@ -30,6 +32,19 @@ struct Scalar {
     alignas(16) unsigned char bytes[16] = {};
     Scalar() = default;  // zero, in any type
     Scalar(const void* value, std::size_t size) { std::memcpy(bytes, value, size); }
+
+    static Scalar one(char type) {
+        const double d = 1;
+        const float s = 1;
+        return platform::isDouble(type) ? Scalar(&d, sizeof d) : Scalar(&s, sizeof s);
+    }
+    Scalar conjugate(char type) const {
+        Scalar z = *this;
+        if (!platform::isComplex(type)) return z;
+        // The highest bit of the imaginary part is its sign.
+        z.bytes[elementSize(type) - 1] ^= 0x80;
+        return z;
+    }
 
     bool isNan(char type) const {
         return any(type, [](double part) { return part != part; });
@@ -85,6 +100,22 @@ class Update {
     bool nan_;
 };
 
+// Operand `a` from its element (i, j) on; of op(A), where `trans` says what op is.
+inline void* at(char type, void* a, std::ptrdiff_t i, std::ptrdiff_t j, int lda) {
+    return static_cast<char*>(a) + (j * lda + i) * std::ptrdiff_t(elementSize(type));
+}
+inline void* atOf(char type, char trans, void* a, std::ptrdiff_t i, std::ptrdiff_t j, int lda) {
+    return platform::oneOf(trans, "N") ? at(type, a, i, j, lda) : at(type, a, j, i, lda);
+}
+
+// Tiles of a product of so many multiplications and additions, which a core does many of at a time.
+inline Tiles productTiles(char type, int m, int n, double multiplications, Tiles::Cut cut) {
+    const double work = multiplications * (platform::isComplex(type) ? 4 : 1) *
+                        (platform::isDouble(type) ? 2 : 1) / 8;
+    constexpr double least = 1 << 17;  // above what libraries have special kernels for
+    return {m, n, work, least, cut};
+}
+
 // The bytes behind an operand, null if they are not all memory of the device.
 inline void* bytesOf(const platform::BlasOperand& o, std::size_t elementSize) {
     if (o.empty()) return const_cast<void*>(o.pointer);
@@ -107,17 +138,19 @@ void withRoutines(char type, F f) {
     }
 }
 
-// The state of CUBLAS and the device's capability, then run(routines, bytes behind the operands)
-// on the default stream. Without elements in the result there is nothing to do.
+// The state of CUBLAS and the device's capability, then run(routines, bytes behind the operands,
+// tile) for every tile, on the default stream. Without elements in the result there is nothing to
+// do.
 template <std::size_t n, class Run>
-void submitRoutine(char type, const platform::BlasOperands<n>& operands, Run run) {
+void submitRoutine(char type, const platform::BlasOperands<n>& operands, const Tiles& tiles,
+                   Run run) {
     if (!blasReady) return setCublasError(CUBLAS_STATUS_NOT_INITIALIZED);
     const DeviceDescription& device = machine().devices[currentDevice()];
     if (platform::isDouble(type) && device.major * 10 + device.minor < 13)
         return setCublasError(CUBLAS_STATUS_ARCH_MISMATCH);
     if (!operands.valid) return setCublasError(CUBLAS_STATUS_INVALID_VALUE);
     if (operands.each.back().empty()) return;
-    submit(nullptr, [type, run, each = operands.each] {
+    auto item = [type, run, tiles, each = operands.each](std::size_t k) {
         std::array<void*, n> bytes;
         for (std::size_t i = 0; i < n; ++i) {
             bytes[i] = bytesOf(each[i], elementSize(type));
@@ -125,19 +158,23 @@ void submitRoutine(char type, const platform::BlasOperands<n>& operands, Run run
             noteViolation("a CUBLAS operand is not all in device memory");
             return failAsynchronously(cudaErrorLaunchFailure);
         }
-        withRoutines(type, [&](auto routines) { run(routines, bytes); });
-    });
+        const platform::OneBlasThread alone;
+        withRoutines(type, [&](auto routines) { run(routines, bytes, tiles[k]); });
+    };
+    submit(nullptr, {item, tiles.count(), tiles.work()});
 }
 
 // A call of a CUBLAS routine: traced, failed on request, or submitted.
 template <std::size_t n, class Run, class... Arguments>
-void blasCall(char type, const char* name, const platform::BlasOperands<n>& operands, Run run,
-              const Arguments&... arguments) {
-    const Injected fault = observe((std::string("cublas") + type + name).c_str(), arguments...);
+void blasCall(char type, const char* name, const platform::BlasOperands<n>& operands,
+              const Tiles& tiles, Run run, const Arguments&... arguments) {
+    Injected fault{};
+    if (instrumented.load(std::memory_order_relaxed))
+        fault = observe((std::string("cublas") + type + name).c_str(), arguments...);
     if (fault.hit)
         setCublasError(fault.cublasError);
     else
-        submitRoutine(type, operands, run);
+        submitRoutine(type, operands, tiles, run);
 }
 
 }  // namespace software

@@ -2,34 +2,45 @@
 #include "platform/software/blas_call.h"
 
 namespace software {
+namespace {
+
+// Not cut, and work that no other thread is woken for.
+Tiles whole(int n) {
+    return Tiles::one(1, n, n);
+}
+
+}  // namespace
 
 void copyVector(char type, int n, const void* x, int incx, void* y, int incy) {
     blasCall(
-        type, "copy", platform::vectorOperands(n, x, incx, y, incy),
-        [=](auto routines, auto at) { routines.copy(n, at[0], incx, at[1], incy); }, n, x, incx, y,
-        incy);
+        type, "copy", platform::vectorOperands(n, x, incx, y, incy), whole(n),
+        [=](auto routines, auto at, const Tile&) { routines.copy(n, at[0], incx, at[1], incy); }, n,
+        x, incx, y, incy);
 }
 
 void swapVectors(char type, int n, void* x, int incx, void* y, int incy) {
     blasCall(
-        type, "swap", platform::vectorOperands(n, x, incx, y, incy),
-        [=](auto routines, auto at) { routines.swap(n, at[0], incx, at[1], incy); }, n, x, incx, y,
-        incy);
+        type, "swap", platform::vectorOperands(n, x, incx, y, incy), whole(n),
+        [=](auto routines, auto at, const Tile&) { routines.swap(n, at[0], incx, at[1], incy); }, n,
+        x, incx, y, incy);
 }
 
 void scal(char type, int n, const void* alpha, void* x, int incx) {
     const Scalar by(alpha, elementSize(type));
     blasCall(
-        type, "scal", platform::vectorOperands(n, x, incx),
-        [=](auto routines, auto at) { routines.scal(n, by.bytes, at[0], incx); }, n, x, incx);
+        type, "scal", platform::vectorOperands(n, x, incx), whole(n),
+        [=](auto routines, auto at, const Tile&) { routines.scal(n, by.bytes, at[0], incx); }, n, x,
+        incx);
 }
 
 void axpy(char type, int n, const void* alpha, const void* x, int incx, void* y, int incy) {
     const Scalar by(alpha, elementSize(type));
     blasCall(
-        type, "axpy", platform::vectorOperands(n, x, incx, y, incy),
-        [=](auto routines, auto at) { routines.axpy(n, by.bytes, at[0], incx, at[1], incy); }, n, x,
-        incx, y, incy);
+        type, "axpy", platform::vectorOperands(n, x, incx, y, incy), whole(n),
+        [=](auto routines, auto at, const Tile&) {
+            routines.axpy(n, by.bytes, at[0], incx, at[1], incy);
+        },
+        n, x, incx, y, incy);
 }
 
 void rot(char type, int n, void* x, int incx, void* y, int incy, const void* c, const void* s) {
@@ -39,8 +50,8 @@ void rot(char type, int n, void* x, int incx, void* y, int incy, const void* c, 
         type == 'C'   ? "srot"
         : type == 'Z' ? "drot"
                       : "rot",
-        platform::vectorOperands(n, x, incx, y, incy),
-        [=](auto routines, auto at) {
+        platform::vectorOperands(n, x, incx, y, incy), whole(n),
+        [=](auto routines, auto at, const Tile&) {
             routines.rot(n, at[0], incx, at[1], incy, cosine.bytes, sine.bytes);
         },
         n, x, incx, y, incy);
@@ -51,7 +62,8 @@ void symv(char type, char uplo, int n, const void* alpha, const void* a, int lda
     const Update by(type, {alpha, elementSize(type)}, {beta, elementSize(type)});
     blasCall(
         type, "symv", platform::symvOperands(uplo, n, a, lda, x, incx, y, incy),
-        [=](auto routines, auto at) {
+        Tiles::one(1, n, double(n) * n),
+        [=](auto routines, auto at, const Tile&) {
             by.apply('A', 1, n, at[2], std::labs(incy), [&] {
                 routines.symv(uplo, n, by.alpha.bytes, at[0], lda, at[1], incx, by.beta.bytes,
                               at[2], incy);
@@ -64,7 +76,8 @@ void trmv(char type, char uplo, char trans, char diag, int n, const void* a, int
           int incx) {
     blasCall(
         type, "trmv", platform::trmvOperands(uplo, trans, diag, n, a, lda, x, incx),
-        [=](auto routines, auto at) {
+        Tiles::one(1, n, double(n) * n),
+        [=](auto routines, auto at, const Tile&) {
             routines.trmv(uplo, trans, diag, n, at[0], lda, at[1], incx);
         },
         uplo, trans, diag, n, a, lda, x, incx);
@@ -73,14 +86,23 @@ void trmv(char type, char uplo, char trans, char diag, int n, const void* a, int
 void gemv(char type, char trans, int m, int n, const void* alpha, const void* a, int lda,
           const void* x, int incx, const void* beta, void* y, int incy) {
     const Update by(type, {alpha, elementSize(type)}, {beta, elementSize(type)});
-    const int lengthY = platform::oneOf(trans, "N") ? m : n;
+    const bool plain = platform::oneOf(trans, "N");
+    const int length = plain ? m : n;
+    // It reads A once: bound by memory, more than one core of which can use.
+    const double elements = double(m) * n * double(elementSize(type)) / sizeof(float);
+    constexpr double least = 1 << 15;
     blasCall(
         type, "gemv", platform::gemvOperands(trans, m, n, a, lda, x, incx, y, incy),
-        [=](auto routines, auto at) {
+        Tiles(1, length, elements, least, Tiles::Cut::columns),
+        [=](auto routines, auto operand, const Tile& t) {
             if (m == 0 || n == 0) return;
-            by.apply('A', 1, lengthY, at[2], std::labs(incy), [&] {
-                routines.gemv(trans, m, n, by.alpha.bytes, at[0], lda, at[1], incx, by.beta.bytes,
-                              at[2], incy);
+            // Counted backwards, the first elements are the last in memory.
+            const int begin = incy < 0 ? length - t.j - t.n : t.j;
+            void* const part = at(type, operand[2], 0, begin, std::abs(incy));
+            by.apply('A', 1, t.n, part, std::size_t(std::labs(incy)), [&] {
+                routines.gemv(trans, plain ? t.n : m, plain ? n : t.n, by.alpha.bytes,
+                              atOf(type, trans, operand[0], t.j, 0, lda), lda, operand[1], incx,
+                              by.beta.bytes, part, incy);
             });
         },
         trans, m, n, a, lda, x, incx, y, incy);

@@ -24,9 +24,12 @@ struct Machine {
     std::vector<DeviceDescription> devices;
     int runtimeVersion = 3020;
     int driverVersion = 3020;
+    // The device is the machine that does the work: in production it may work on host memory, and
+    // has block sizes of its own. Otherwise it plays a GPU.
+    bool asFound = false;
 };
 
-// One device of capability 2.0 with half of this machine's memory.
+// This machine as it is found: one device of capability 2.0 with half of its memory.
 Machine defaultMachine();
 
 // When operations run, and whether device memory is a place apart.

@@ -96,7 +96,8 @@ int copyLater(const Region& region, platform::Stream stream) {
     if (int error = check(region, true, stream)) return error;
     if (int error = bindContext()) return error;
     const bool strict = schedule() != Schedule::production;
-    submit(stream, [region, strict] { copyRows(region, strict); });
+    submit(stream, {[region, strict](std::size_t) { copyRows(region, strict); }, 1,
+                    region.width * region.height / 4});
     return cudaSuccess;
 }
 
@@ -138,12 +139,13 @@ int fill(void* pointer, int value, std::size_t bytes) {
         if (bytes == 0) return int(cudaSuccess);
         if (!pointer || !deviceHeap().address(pointer, bytes)) return int(cudaErrorInvalidValue);
         if (int error = bindContext()) return error;
-        submit(nullptr, [=] {
+        auto run = [=](std::size_t) {
             if (void* memory = deviceHeap().address(pointer, bytes))
                 std::memset(memory, value, bytes);
             else
                 failAsynchronously(cudaErrorLaunchFailure);
-        });
+        };
+        submit(nullptr, {run, 1, bytes / 4});
         return int(cudaSuccess);
     };
     return call("cudaMemset", body, pointer, value, bytes);

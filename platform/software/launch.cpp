@@ -102,12 +102,16 @@ int launch(const platform::Kernel* kernel) {
         if (int error = bindContext()) return error;
         if (!isStream(c.stream)) return int(cudaErrorInvalidResourceHandle);
         if (!valid(c)) return int(cudaErrorInvalidConfiguration);
-        if (runsAtOnce()) {
+        const std::size_t lanes = std::size_t(c.grid.x) * c.grid.y * c.block.x * c.block.y;
+        if (runsAtOnce(lanes)) {
             execute(*kernel, pushed.bytes.data(), c.grid, c.block);
         } else {
-            auto copy = std::make_shared<Arguments>(pushed);
-            submit(c.stream,
-                   [kernel, copy, c] { execute(*kernel, copy->bytes.data(), c.grid, c.block); });
+            std::shared_ptr<Arguments> copy(new Arguments);
+            std::memcpy(copy->bytes.data(), pushed.bytes.data(), c.size);
+            auto run = [kernel, copy, c](std::size_t) {
+                execute(*kernel, copy->bytes.data(), c.grid, c.block);
+            };
+            submit(c.stream, {run, 1, lanes});
         }
         return int(cudaSuccess);
     };

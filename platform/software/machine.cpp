@@ -20,8 +20,8 @@ struct State {
     std::atomic<Schedule> schedule{Schedule::production};
 
     std::mutex mutex;  // the context's binding
-    int chosen = 0;
-    bool explicitlyChosen = false;
+    std::atomic<int> chosen{0};
+    std::atomic<bool> explicitlyChosen{false};
     std::atomic<bool> bound{false};
 };
 
@@ -76,7 +76,7 @@ Machine defaultMachine() {
     DeviceDescription device;
     device.memory = physicalMemory() / 2;
     device.multiprocessors = threads();
-    return {{device}, 3020, 3020};
+    return {{device}, 3020, 3020, true};
 }
 
 void start(const Machine& machine, Schedule schedule) {
@@ -102,9 +102,7 @@ int bindContext() {
 }
 
 int currentDevice() {
-    State& s = started();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    return s.chosen;
+    return started().chosen.load(std::memory_order_relaxed);
 }
 
 int runtimeGetVersion(int* version) {
@@ -214,14 +212,9 @@ int threadSynchronize() {
     auto body = [&] {
         // A device that was asked for by number is taken for good here; a mere synchronisation
         // of a process that has chosen nothing leaves the choice open.
-        State& s = started();
-        bool choose;
-        {
-            std::lock_guard<std::mutex> lock(s.mutex);
-            choose = s.explicitlyChosen;
-        }
-        if (choose) bindContext();
+        if (started().explicitlyChosen) bindContext();
         drainAll();
+        if (schedule() == Schedule::production) return takeAsynchronousError();
         if (deviceHeap().takeDamage() + pageLockedHeap().takeDamage() > 0) {
             noteViolation("a write beyond the ends of a block");
             failAsynchronously(cudaErrorLaunchFailure);

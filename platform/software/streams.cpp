@@ -32,27 +32,35 @@ Streams& streams() {
     return *instance;
 }
 
+bool inProduction() {
+    return schedule() == Schedule::production;
+}
+
+void run(const Operation& operation) {
+    parallelFor(operation.count, operation.work, operation.item);
+}
+
 void runFirst(std::list<Pending>& pending, std::list<Pending>::iterator at) {
-    Operation operation = std::move(at->operation);
+    const Operation operation = std::move(at->operation);
     pending.erase(at);
-    operation();
+    run(operation);
 }
 
 }  // namespace
 
-bool runsAtOnce() {
-    return schedule() == Schedule::production;
+bool runsAtOnce(std::size_t work) {
+    return inProduction() && isNextInLine(work);
 }
 
 void submit(platform::Stream stream, Operation operation) {
-    if (runsAtOnce()) return operation();
+    if (inProduction()) return enqueue(stream, std::move(operation));
     std::lock_guard<std::recursive_mutex> lock(streams().mutex);
-    if (schedule() == Schedule::earliest) return operation();
+    if (schedule() == Schedule::earliest) return run(operation);
     streams().pending.push_back({stream, std::move(operation)});
 }
 
 void drain(platform::Stream stream) {
-    if (runsAtOnce()) return;
+    if (inProduction()) return finish(stream);
     std::lock_guard<std::recursive_mutex> lock(streams().mutex);
     auto& pending = streams().pending;
     auto of = [](platform::Stream s) { return [s](const Pending& p) { return p.stream == s; }; };
@@ -71,7 +79,7 @@ void drain(platform::Stream stream) {
 }
 
 void drainAll() {
-    if (runsAtOnce()) return;
+    if (inProduction()) return finishAll();
     std::lock_guard<std::recursive_mutex> lock(streams().mutex);
     auto& pending = streams().pending;
     while (!pending.empty()) runFirst(pending, pending.begin());
@@ -114,7 +122,7 @@ void failAsynchronously(int error) {
 }
 
 int takeAsynchronousError() {
-    return streams().error.exchange(0);
+    return streams().error.load(std::memory_order_relaxed) ? streams().error.exchange(0) : 0;
 }
 
 }  // namespace software

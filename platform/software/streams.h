@@ -1,20 +1,19 @@
 // When operations run: the streams of the software device.
 #pragma once
 
-#include <functional>
-
+#include "platform/software/pool.h"
 #include "platform/table.h"
 
 namespace software {
 
-// An operation tells its own failure by failAsynchronously().
-using Operation = std::function<void()>;
-
-// Hands an operation to a stream (null: the default stream). In production and on the earliest
-// schedule it has run when this returns; on the latest it waits until something needs it.
+// Hands an operation to a stream (null: the default stream). In production it runs in the order of
+// issue, beside whatever the calling thread does until it waits. On the earliest schedule it has
+// run when this returns; on the latest it waits until something needs it. An operation tells its
+// own failure by failAsynchronously().
 void submit(platform::Stream stream, Operation operation);
-// A production-only short cut: whether the caller may simply run its operation here and now.
-bool runsAtOnce();
+// A production-only short cut: whether the caller may simply run an operation of so much work here
+// and now.
+bool runsAtOnce(std::size_t work);
 
 // Runs what the stream's end waits for: its own operations, and the default stream's before
 // them, which themselves wait for everything issued earlier.

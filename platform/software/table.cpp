@@ -1,8 +1,10 @@
 #include "platform/software/table.h"
 
 #include "platform/error_texts.h"
+#include "platform/host_lapack.h"
 #include "platform/software/device.h"
 #include "platform/software/instruments.h"
+#include "platform/software/production.h"
 
 namespace software {
 
@@ -17,7 +19,13 @@ const char* errorText(int error) {
 }
 
 const platform::Table& table() {
-    static const platform::Table instance = makeTable("software");
+    static const platform::Table instance = [] {
+        platform::Table t = makeTable("software");
+        platform::fillPanels(t, platform::PanelThreads::one);
+        t.panelWidth = panelWidth;
+        t.sharesMemory = sharesMemory;
+        return t;
+    }();
     return instance;
 }
 

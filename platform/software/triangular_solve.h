@@ -2,13 +2,12 @@
 // that of a subnormal number may be infinite where the quotient is not.
 #pragma once
 
-#include <algorithm>
-#include <cmath>
 #include <complex>
-#include <limits>
+#include <cstddef>
 
 #include "platform/blas_arguments.h"
-#include "platform/software/fortran_blas.h"
+#include "platform/fortran_blas.h"
+#include "platform/reciprocal.h"
 
 namespace software {
 
@@ -39,14 +38,11 @@ struct TriangularSolve {
     bool plain() const { return platform::oneOf(transa, "N"); }
     int order() const { return left() ? m : n; }
 
-    static bool isTiny(T pivot) {
-        using Real = decltype(std::abs(pivot));
-        const Real size = std::max(std::abs(std::real(pivot)), std::abs(std::imag(pivot)));
-        return size > 0 && size < 1 / std::numeric_limits<Real>::max();
-    }
     bool hasTinyPivot() const {
-        for (int i = 0; i < order(); ++i)
-            if (isTiny(a[i * (lda + 1)])) return true;
+        for (int i = 0; i < order(); ++i) {
+            const T pivot = a[i * (lda + 1)];
+            if (platform::reciprocalOverflows(std::real(pivot), std::imag(pivot))) return true;
+        }
         return false;
     }
 

@@ -56,8 +56,8 @@ struct Gemv {
                                             cudalib::uploadAndDownload);
         return compute(Y, [&] {
             cublas::gemv(trans, m, n, alpha, static_cast<const T*>(A.data()), A.leadingDimension(),
-                         static_cast<const T*>(X.data()), direction(incx), beta, Y.data(),
-                         direction(incy));
+                         static_cast<const T*>(X.data()), direction(incx) * X.leadingDimension(),
+                         beta, Y.data(), direction(incy) * Y.leadingDimension());
         });
     }
 

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <exception>
+#include <optional>
 
 #include "cudalib/managed_memory.h"
 
 namespace cudalib {
 
+enum Residence { anywhere, pitched };
 enum TransferMode { noTransfer = 0, upload = 2, download = 4, uploadAndDownload = 6 };
 
 // Uploads on construction and downloads on destruction, as its mode says. Nothing is downloaded
@@ -15,24 +17,35 @@ enum TransferMode { noTransfer = 0, upload = 2, download = 4, uploadAndDownload 
 //
 // A vector with an increment is a row whose leading dimension is the increment's magnitude, packed
 // on the device by the CudaAllocator: the pitch of a matrix would spread it over the memory.
+//
+// Where the device's memory is the host's, the matrix is its own copy; a pitched one only if its
+// leading dimension is good to work with.
 template <class T, template <class> class Alloc = lumo::BlasAllocator>
 class HostBoundMatrix {
   public:
     // An empty matrix, or one that is transferred neither way, allocates nothing. Throws if there
     // is nothing at `host`, if the device has no memory or if the upload fails.
-    HostBoundMatrix(Extent extent, T* host, int hostLd, TransferMode mode, unsigned depth = 1)
+    HostBoundMatrix(Extent extent, T* host, int hostLd, TransferMode mode, unsigned depth = 1,
+                    Residence residence = anywhere)
         : rows_(extent.rows), host_(host), hostLd_(hostLd), mode_(mode) {
         if (!extent.rows || !extent.columns || !depth) mode_ = noTransfer;
         if (mode_ == noTransfer) return;
         if (!host) throw CudaRuntimeException(cudaErrorInvalidValue);
-        memory_ = ManagedMemory<T, Alloc>(extent, depth);
-        if (mode_ & upload) memory_.copyFromHost(host_, hostLd_);
+        shared_ = platform::sharesMemory() && (residence == anywhere || worksWell(extent));
+        if (shared_) return;
+        memory_.emplace(extent, depth);
+        if (mode_ & upload) memory_->copyFromHost(host_, hostLd_);
     }
 
     ~HostBoundMatrix() {
+        if (shared_) {
+            // Nothing works on the caller's memory when the call is over, however it ends.
+            if (std::uncaught_exceptions() > exceptions_) cudaThreadSynchronize();
+            return;
+        }
         if (!(mode_ & download) || std::uncaught_exceptions() > exceptions_) return;
         try {
-            memory_.copyToHost(host_, hostLd_);
+            memory_->copyToHost(host_, hostLd_);
         } catch (...) {
             cudaGetLastError();
         }
@@ -41,15 +54,25 @@ class HostBoundMatrix {
     HostBoundMatrix(const HostBoundMatrix&) = delete;
     HostBoundMatrix& operator=(const HostBoundMatrix&) = delete;
 
-    T* data() const { return memory_.data(); }
+    T* data() const { return shared_ ? host_ : memory_ ? memory_->data() : nullptr; }
     int leadingDimension() const {
-        return memory_.data() ? memory_.leadingDimension() : int(std::max(1u, rows_));
+        if (shared_) return hostLd_;
+        return memory_ ? memory_->leadingDimension() : int(std::max(1u, rows_));
     }
     bool outputOnly() const { return mode_ == download; }
     void cancelDownload() { mode_ = TransferMode(mode_ & ~download); }
 
   private:
-    ManagedMemory<T, Alloc> memory_;
+    // Columns that are far apart by a power of two compete for the same places in a cache; what
+    // fits into it whole does not mind.
+    bool worksWell(Extent extent) const {
+        constexpr std::size_t spread = 1024, cache = std::size_t(1) << 20;
+        const std::size_t pitch = std::size_t(hostLd_) * sizeof(T);
+        return pitch % spread != 0 || pitch * extent.columns <= cache;
+    }
+
+    std::optional<ManagedMemory<T, Alloc>> memory_;  // where there is a copy
+    bool shared_ = false;
     unsigned rows_;
     T* host_;
     int hostLd_;

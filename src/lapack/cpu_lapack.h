@@ -1,69 +1,54 @@
-// The CPU LAPACK: its Fortran routines as templates over the element type, arguments by value.
+// The CPU LAPACK's part of an algorithm, as the platform answers for it: templates over the element
+// type, arguments by value.
 #pragma once
 
 #include <algorithm>
 #include <vector>
 
+#include "platform/cuda3.h"
 #include "runtime/complex.h"
 #include "runtime/exceptions.h"
 
-extern "C" {
-void sgetrf_(const int* m, const int* n, void* a, const int* lda, int* ipiv, int* info);
-decltype(sgetrf_) dgetrf_, cgetrf_, zgetrf_;
-void sgeqrf_(const int* m, const int* n, void* a, const int* lda, void* tau, void* work,
-             const int* lwork, int* info);
-decltype(sgeqrf_) dgeqrf_, cgeqrf_, zgeqrf_;
-void sgeqrt3_(const int* m, const int* n, void* a, const int* lda, void* t, const int* ldt,
-              int* info);
-decltype(sgeqrt3_) dgeqrt3_, cgeqrt3_, zgeqrt3_;
-void sgebrd_(const int* m, const int* n, void* a, const int* lda, void* d, void* e, void* tauq,
-             void* taup, void* work, const int* lwork, int* info);
-decltype(sgebrd_) dgebrd_, cgebrd_, zgebrd_;
-}
-
 namespace lumo::cpu {
 
-// The routine of the element type.
-template <class T, class Routine>
-Routine* select(Routine* s, Routine* d, Routine* c, Routine* z) {
-    constexpr bool wide = sizeof(RealOf<T>) == sizeof(double);
-    if constexpr (isComplex<T>)
-        return wide ? z : c;
-    else
-        return wide ? d : s;
-}
+// The letter of an element type in the names of BLAS and LAPACK.
+template <class T>
+constexpr char letter = isComplex<T> ? (sizeof(RealOf<T>) == sizeof(double) ? 'Z' : 'C')
+                                     : (sizeof(RealOf<T>) == sizeof(double) ? 'D' : 'S');
 
 // xGETRF. Returns LAPACK's info.
 template <class T>
 int getrf(int m, int n, T* a, int lda, int* ipiv) {
-    int info = 0;
-    select<T>(sgetrf_, dgetrf_, cgetrf_, zgetrf_)(&m, &n, a, &lda, ipiv, &info);
-    return info;
+    return platform::luPanel(letter<T>, m, n, a, lda, ipiv);
+}
+
+// xGESV of a small system. Returns LAPACK's info.
+template <class T>
+int gesv(int n, int nrhs, T* a, int lda, int* ipiv, T* b, int ldb) {
+    return platform::luSystem(letter<T>, n, nrhs, a, lda, ipiv, b, ldb);
 }
 
 // Runs a routine twice: to ask for its workspace, and with it, of at least `least` elements.
-// routine(work, &size, &info).
+// routine(work, size) returns LAPACK's info.
 template <class T, class Routine>
 void withWorkspace(int least, Routine routine) {
-    int info = 0, size = -1;
+    int size = -1;
     T best(0);
-    routine(&best, &size, &info);
-    checkReturnedInfo(info);
+    checkReturnedInfo(routine(&best, size));
     if constexpr (isComplex<T>)
         size = int(best.re);
     else
         size = int(best);
     size = std::max({1, size, least});
     std::vector<T> work(std::size_t(size), T(0));
-    routine(work.data(), &size, &info);
-    checkReturnedInfo(info);
+    checkReturnedInfo(routine(work.data(), size));
 }
 
 // xGEQRF.
 template <class T>
 void geqrf(int m, int n, T* a, int lda, T* tau) {
-    withWorkspace<T>(n, [&](T* work, const int* size, int* info) {
-        select<T>(sgeqrf_, dgeqrf_, cgeqrf_, zgeqrf_)(&m, &n, a, &lda, tau, work, size, info);
+    withWorkspace<T>(n, [&](T* work, int size) {
+        return platform::qrTail(letter<T>, m, n, a, lda, tau, work, size);
     });
 }
 
@@ -72,9 +57,7 @@ void geqrf(int m, int n, T* a, int lda, T* tau) {
 // xLARFT, which go through it column by column.
 template <class T>
 void geqrt3(int m, int n, T* a, int lda, T* t, int ldt) {
-    int info = 0;
-    select<T>(sgeqrt3_, dgeqrt3_, cgeqrt3_, zgeqrt3_)(&m, &n, a, &lda, t, &ldt, &info);
-    checkReturnedInfo(info);
+    checkReturnedInfo(platform::qrPanel(letter<T>, m, n, a, lda, t, ldt));
 }
 
 // Columns that an array needs beyond the matrix that gebrd works on: gemv of a CPU BLAS may read,
@@ -84,9 +67,19 @@ constexpr int spareColumns = 1;
 // xGEBRD.
 template <class T>
 void gebrd(int m, int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tauq, T* taup) {
-    withWorkspace<T>(std::max(m, n), [&](T* work, const int* size, int* info) {
-        select<T>(sgebrd_, dgebrd_, cgebrd_, zgebrd_)(&m, &n, a, &lda, d, e, tauq, taup, work, size,
-                                                      info);
+    withWorkspace<T>(std::max(m, n), [&](T* work, int size) {
+        return platform::bidiagonalTail(letter<T>, m, n, a, lda, d, e, tauq, taup, work, size);
+    });
+}
+
+// xGESVD of a small matrix.
+template <class T>
+void gesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<T>* s, T* u, int ldu, T* vt,
+           int ldvt) {
+    std::vector<RealOf<T>> rwork(isComplex<T> ? 5 * std::size_t(std::min(m, n)) : 0);
+    withWorkspace<T>(1, [&](T* work, int size) {
+        return platform::svd(letter<T>, jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt, work, size,
+                             rwork.data());
     });
 }
 

@@ -15,6 +15,12 @@ inline lumoStatus settled(lumoStatus status) {
     return status == lumoNoError ? guarded(cudalib::synchronizeAndCheck) : status;
 }
 
+// Whether a host call is the CPU library's, on the caller's memory: where the device is the CPU,
+// and a problem so small that its way through the device would cost more than the problem.
+inline bool isSmall(std::ptrdiff_t order, int limit) {
+    return order <= limit && platform::sharesMemory() && !hooksAreSet();
+}
+
 // The pivots of a factorisation while the CPU works with them; a caller of the device interface
 // may want them in device or in host memory.
 class Pivots {

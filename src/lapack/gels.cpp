@@ -89,7 +89,7 @@ lumoStatus hostGels(char trans, int m, int n, int nrhs, T* a, int lda, T* b, int
         checkGels(trans, m, n, nrhs, a, lda, b, ldb);
         // Without a system to solve A is not looked at and may be null.
         const TransferMode mode = std::min({m, n, nrhs}) == 0 ? noTransfer : uploadAndDownload;
-        HostBoundMatrix<T> A(extent(m, n), a, lda, mode);
+        HostBoundMatrix<T> A(extent(m, n), a, lda, mode, 1, pitched);
         HostBoundMatrix<T> B(extent(std::max(m, n), nrhs), b, ldb, uploadAndDownload);
         return settled(deviceGels(trans, m, n, nrhs, A.data(), A.leadingDimension(), B.data(),
                                   B.leadingDimension()));

@@ -43,7 +43,7 @@ lumoStatus hostGeqrf(int m, int n, T* a, int lda, T* tau) {
     return computeFrame<T>(hostCall, [&] {
         checkGeqrf(m, n, a, lda, tau);
         const int k = std::min(m, n);
-        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload);
+        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload, 1, pitched);
         HostBoundMatrix<T> Tau(extent(k, 1), tau, k, download);
         const lumoStatus status =
             settled(deviceGeqrf(m, n, A.data(), A.leadingDimension(), Tau.data()));

@@ -9,11 +9,13 @@
 #include "basic/LASET/LASET.h"
 #include "blas/gemm.h"
 #include "lapack/bdsqr.h"
+#include "lapack/cpu_lapack.h"
 #include "lapack/frame.h"
 #include "lapack/gebrd.h"
 #include "lapack/generate_q.h"
 #include "lapack/orgbr.h"
 #include "lapack/orthogonal_factorization.h"
+#include "lapack/tuning.h"
 #include "runtime/letters.h"
 
 namespace lumo {
@@ -254,6 +256,21 @@ lumoStatus deviceGesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealO
                            [&] { gesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt); });
 }
 
+// Of others the CPU library makes what it likes.
+template <class T>
+bool isFinite(int m, int n, const T* a, int lda) {
+    RealOf<T> sum = 0;
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i) {
+            const T x = *at(a, lda, i, j);
+            if constexpr (isComplex<T>)
+                sum += (x.re + x.im) * 0;
+            else
+                sum += x * 0;
+        }
+    return sum == 0;
+}
+
 template <class T>
 lumoStatus hostGesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<T>* s, T* u,
                      int ldu, T* vt, int ldvt) {
@@ -262,9 +279,13 @@ lumoStatus hostGesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<
         checkGesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
         if (m == 0 || n == 0)  // no operand is looked at
             return settled(deviceGesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt));
+        if (isSmall(std::max(m, n), smallSvd) && isFinite(m, n, a, lda)) {
+            cpu::gesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
+            return lumoNoError;
+        }
         const int mn = std::min(m, n);
         auto mode = [](char job) { return separate(job) ? download : noTransfer; };
-        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload);
+        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload, 1, pitched);
         HostBoundMatrix<RealOf<T>> S(extent(mn, 1), s, mn, download);
         HostBoundMatrix<T> U(extent(m, jobu == 'A' ? m : mn), u, ldu, mode(jobu));
         HostBoundMatrix<T> VT(extent(jobvt == 'S' ? mn : n, n), vt, ldvt, mode(jobvt));

@@ -34,10 +34,11 @@ class LuFactorization {
 
     int run() {
         const GetrfTuning& tuning = getrfTuning<T>;
-        nb_ = 2 * tuning.base.current();
+        const int wish = platform::panelWidth(platform::Panel::lu, cpu::letter<T>, m_, n_);
+        nb_ = wish ? wish : 2 * tuning.base.current();
         if (nb_ < 2 || nb_ >= steps_)
             unblocked();
-        else if (m_ == n_ && m_ >= tuning.squareOrder)
+        else if (!wish && m_ == n_ && m_ >= tuning.squareOrder)
             transposed();
         else
             asStored();
@@ -57,6 +58,10 @@ class LuFactorization {
     }
 
     void unblocked() {
+        if (platform::sharesMemory()) {
+            cudalib::checkCudaError(cudaStreamSynchronize(nullptr));
+            return record(cpu::getrf(m_, n_, a_, lda_, ipiv_), 0);
+        }
         const std::size_t rowBytes = std::size_t(m_) * sizeof(T);
         const std::size_t pitch = std::size_t(lda_) * sizeof(T);
         std::unique_ptr<T[]> host(new T[std::size_t(m_) * std::size_t(n_)]);
@@ -70,7 +75,7 @@ class LuFactorization {
     // Factorises the panel that the stream brings, of columns j ... j + jb - 1 from row j on.
     void factorizePanel(PanelTransfer<T>& panel, int j, int jb) {
         panel.wait();
-        record(cpu::getrf(m_ - j, jb, panel.host(), m_ - j, ipiv_ + j), j);
+        record(cpu::getrf(m_ - j, jb, panel.host(), panel.ld(), ipiv_ + j), j);
     }
 
     // From the panel's own rows to the matrix's.
@@ -99,7 +104,7 @@ class LuFactorization {
             factorizePanel(panel, j, jb);
             panel.startUpload(at(j, j), lda_, m_ - j, jb);
             shiftPivots(j, jb);
-            interchangeRows(0, j, j, jb);
+            if (!panel.shared()) interchangeRows(0, j, j, jb);
             if (right == n_) break;
 
             const int next = right < steps_ ? width(right) : 0;
@@ -113,6 +118,9 @@ class LuFactorization {
             interchangeRows(rest, n_ - rest, j, jb);
             update(j, jb, rest, n_ - rest);
         }
+        // Nothing waits for what the panels exchange in those before them.
+        for (int j = nb_; panel.shared() && j < steps_; j += nb_)
+            interchangeRows(0, j, j, width(j));
     }
 
     // U12 := L11^-1 A12 and A22 := A22 - L21 U12 for `columns` columns from `first` on.
@@ -230,7 +238,11 @@ lumoStatus hostGetrf(int m, int n, T* a, int lda, int* ipiv) {
     return computeFrame<T>(hostCall, [&] {
         checkGetrf(m, n, a, lda, ipiv);
         const int k = std::min(m, n);
-        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload);
+        if (k > 0 && isSmall(std::max(m, n), smallLu)) {
+            checkReturnedInfo(cpu::getrf(m, n, a, lda, ipiv));
+            return lumoNoError;
+        }
+        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload, 1, pitched);
         HostBoundMatrix<int> P(extent(k, 1), ipiv, k, download);
         const lumoStatus status =
             settled(deviceGetrf(m, n, A.data(), A.leadingDimension(), P.data()));

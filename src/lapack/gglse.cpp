@@ -102,7 +102,7 @@ lumoStatus hostGglse(int m, int n, int p, T* a, int lda, T* b, int ldb, T* c, T*
         checkGglse(m, n, p, a, lda, b, ldb, c, d, x);
         if (n == 0)  // no operand is looked at
             return settled(deviceGglse(m, n, p, a, lda, b, ldb, c, d, x));
-        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload);
+        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload, 1, pitched);
         HostBoundMatrix<T> B(extent(p, n), b, ldb, uploadAndDownload);
         HostBoundMatrix<T> C(extent(m, 1), c, std::max(1, m), uploadAndDownload);
         HostBoundMatrix<T> D(extent(p, 1), d, std::max(1, p), uploadAndDownload);

@@ -25,7 +25,8 @@ class Factorization {
         : kind_(kind), m_(m), n_(n), a_(a), lda_(lda), k_(std::min(m, n)), deviceTau_(tau) {}
 
     void run() {
-        const int nb = geqrfTuning<T>.current();
+        const int wish = platform::panelWidth(platform::Panel::qr, cpu::letter<T>, m_, n_);
+        const int nb = wish ? wish : geqrfTuning<T>.current();
         nb_ = std::min(nb, k_);
         const int inPanels = columns() ? k_ - nb : k_;
         if (inPanels < 1) {
@@ -49,8 +50,8 @@ class Factorization {
         for (; done < inPanels; done += nb_) {
             const Panel p = at(done);
             panel.wait();
-            factorizePanel(panel.host(), p);
-            sendPanel(panel.host(), p);
+            factorizePanel(panel.host(), panel.ld(), p);
+            if (!panel.shared()) sendPanel(panel.host(), p);
             if (p.left <= 0) continue;
             sendFactor(reflector, p.count);
             reflector.expose(p.start, lda_, p.order, p.count);
@@ -106,18 +107,18 @@ class Factorization {
     // The panel's factors, tau and T. The LQ factors of a matrix are the adjoints of the QR factors
     // of its adjoint, with the same tau and T; if its lines and their elements are reversed, those
     // are the RQ factors, with reversed tau and T.
-    void factorizePanel(T* panel, const Panel& p) {
+    void factorizePanel(T* panel, int ld, const Panel& p) {
         T* const tau = tau_->data() + p.firstTau;
         T* const t = hostT_.data();
         const int count = p.count;
         std::fill(hostT_.begin(), hostT_.end(), zero);
         if (columns()) {
-            cpu::geqrt3(p.order, count, panel, p.order, t, count);
+            cpu::geqrt3(p.order, count, panel, ld, t, count);
         } else {
             adjoint_.resize(std::size_t(p.order) * std::size_t(count));
-            exchangeAdjoint(panel, p, false);
+            exchangeAdjoint(panel, ld, p, false);
             cpu::geqrt3(p.order, count, adjoint_.data(), p.order, t, count);
-            exchangeAdjoint(panel, p, true);
+            exchangeAdjoint(panel, ld, p, true);
             if (backward()) std::reverse(t, t + count * count);
         }
         for (int i = 0; i < count; ++i) tau[i] = t[i * count + i];
@@ -132,7 +133,7 @@ class Factorization {
     }
 
     // Between a panel of rows and its adjoint, by tiles that the cache holds.
-    void exchangeAdjoint(T* panel, const Panel& p, bool back) {
+    void exchangeAdjoint(T* panel, int ld, const Panel& p, bool back) {
         constexpr int tile = 16;
         for (int j0 = 0; j0 < p.order; j0 += tile)
             for (int i = 0; i < p.count; ++i)
@@ -140,7 +141,7 @@ class Factorization {
                     const int line = backward() ? p.count - 1 - i : i;
                     const int position = backward() ? p.order - 1 - j : j;
                     T& there = adjoint_[std::size_t(line) * std::size_t(p.order) + position];
-                    T& here = panel[std::size_t(j) * std::size_t(p.count) + i];
+                    T& here = panel[std::size_t(j) * std::size_t(ld) + i];
                     if (back)
                         here = conjugate(there);
                     else

@@ -23,6 +23,10 @@ void setHook(HookPoint point, Hook hook) {
     if (hookAt(point)) anySet = true;
 }
 
+bool hooksAreSet() {
+    return anySet;
+}
+
 void runHook(HookPoint point) {
     if (!anySet) return;
     Hook hook;

@@ -10,6 +10,7 @@ using Hook = boost::function<void()>;
 enum class HookPoint { hostCallBegin, hostCallEnd, deviceCallBegin, deviceCallEnd };
 
 void setHook(HookPoint point, Hook hook);
+bool hooksAreSet();
 // Calls the hook on the calling thread; an empty one is skipped.
 void runHook(HookPoint point);
 // Expects the runtime mutex to be held, or no other thread to be in the library.

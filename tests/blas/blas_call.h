@@ -15,10 +15,10 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 // Symmetric operations from size 8 on go by blocks of 3.
 inline std::shared_ptr<void> shrinkBlas() {
-    const lumo::BlasTuning saved = lumo::blasTuning;
-    lumo::blasTuning.unblocked = 7;
-    lumo::blasTuning.block = 3;
-    return std::shared_ptr<void>(nullptr, [saved](void*) { lumo::blasTuning = saved; });
+    lumo::BlasTuning small = lumo::blasTuning;
+    small.unblocked = 7;
+    small.block = 3;
+    return temporarily(lumo::blasTuning, small);
 }
 
 struct Problem {
@@ -42,13 +42,7 @@ template <class T>
 class BlasCall : public Call {
   public:
     BlasCall(const Operation<T>& operation, const Problem& p, Interface where)
-        : operation_(operation),
-          problem_(p),
-          letters_(p.letters),
-          where_(where),
-          a_(0, 0),
-          b_(0, 0),
-          c_(0, 0) {
+        : operation_(operation), problem_(p), letters_(p.letters), where_(where) {
         for (char& letter : letters_) letter = lumo::upper(letter);
         const Shapes s = operation.shapes(letters_, p.m, p.n, p.k);
         a_ = Matrix<T>::random(s.a.m, s.a.n, s.a.m + p.padding, 1);
@@ -109,18 +103,11 @@ class BlasCall : public Call {
     }
 
     Arguments<T> arguments() const {
-        return {letters_,
-                problem_.m,
-                problem_.n,
-                problem_.k,
-                scalar<T>(problem_.alpha.real(), problem_.alpha.imag()),
-                nullptr,
-                a_.ld,
-                nullptr,
-                vectors() ? problem_.incx : b_.ld,
-                scalar<T>(problem_.beta.real(), problem_.beta.imag()),
-                nullptr,
-                vectors() ? problem_.incy : c_.ld};
+        const Problem& p = problem_;
+        const T alpha = scalar<T>(p.alpha.real(), p.alpha.imag());
+        const T beta = scalar<T>(p.beta.real(), p.beta.imag());
+        const int ldb = vectors() ? p.incx : b_.ld, ldc = vectors() ? p.incy : c_.ld;
+        return {letters_, p.m, p.n, p.k, alpha, nullptr, a_.ld, nullptr, ldb, beta, nullptr, ldc};
     }
 
     // gemv wants pointers even to nothing.
@@ -165,7 +152,7 @@ class BlasCall : public Call {
     const Problem problem_;
     std::string letters_;
     const Interface where_;
-    Matrix<T> a_, b_, c_;
+    Matrix<T> a_{0, 0}, b_{0, 0}, c_{0, 0};
     std::unique_ptr<Matrix<T>> before_;
     std::unique_ptr<OnDevice<T>> deviceA_, deviceB_, deviceC_;
     T nothing_{};

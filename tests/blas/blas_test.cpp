@@ -1,4 +1,5 @@
 // Every BLAS operation through the harness.
+#include <map>
 #include <random>
 
 #include "blas/blas_call.h"
@@ -16,7 +17,7 @@ std::string text(const Problem& p, Interface where, bool blocked) {
     std::ostringstream out;
     out << p.letters << " m " << p.m << " n " << p.n << " k " << p.k << " alpha " << p.alpha
         << " beta " << p.beta << " padding " << p.padding << " incx " << p.incx << " incy "
-        << p.incy << (where == inHost ? ", host" : ", device") << (blocked ? ", blocked" : "");
+        << p.incy << nameOf(where) << (blocked ? ", blocked" : "");
     return out.str();
 }
 
@@ -73,133 +74,84 @@ std::vector<GoodCase> goodCases(const Operation<T>& operation) {
     return cases;
 }
 
-// Bad arguments in their order, by operation. `given` names the operands that are not null;
-// letters of the row are the operation's own where it has "*".
-struct Row {
-    const char* names;
-    const char* letters;
-    int m, n, k;
-    const char* given;
-    int lda, ldb, ldc;
-    int info;
-};
-constexpr Row rows[] = {
-    {"gemm", "XX", -1, -1, -1, "", 0, 0, 0, -1},
-    {"gemm", "tX", -1, -1, -1, "", 0, 0, 0, -2},
-    {"gemm", "tn", -1, -1, -1, "", 0, 0, 0, -3},
-    {"gemm", "NN", 3, -1, -1, "", 0, 0, 0, -4},
-    {"gemm", "NN", 3, 2, -1, "", 0, 0, 0, -5},
-    {"gemm", "NN", 3, 2, 4, "", 2, 3, 2, -8},
-    {"gemm", "CN", 3, 2, 4, "", 3, 3, 2, -8},
-    {"gemm", "NN", 3, 2, 4, "", 3, 3, 2, -10},
-    {"gemm", "NC", 3, 2, 4, "", 3, 1, 2, -10},
-    {"gemm", "NT", 3, 2, 4, "", 3, 2, 2, -13},
-    {"gemm", "NN", 3, 2, 4, "", 3, 4, 3, -7},
-    {"gemm", "NN", 3, 2, 4, "a", 3, 4, 3, -9},
-    {"gemm", "NN", 3, 2, 4, "ab", 3, 4, 3, -12},
-    {"gemm", "NN", 0, 2, 4, "", 0, 4, 0, 0},
-    {"gemm", "TT", 3, 0, 0, "", 0, 0, 3, 0},
-    {"gemv", "X", -1, -1, 0, "", 0, 0, 0, -1},
-    {"gemv", "c", -1, -1, 0, "", 0, 0, 0, -2},
-    {"gemv", "N", 0, -1, 0, "", 0, 0, 0, -3},
-    {"gemv", "N", 0, 0, 0, "", 0, 0, 0, -5},
-    {"gemv", "N", 0, 0, 0, "a", 0, 0, 0, -6},
-    {"gemv", "N", 3, 0, 0, "a", 2, 0, 0, -6},
-    {"gemv", "N", 0, 3, 0, "a", 1, 0, 0, -7},
-    {"gemv", "N", 3, 0, 0, "ab", 3, 0, 0, -10},
-    {"symm hemm", "XX", -1, -1, 0, "", 0, 0, 0, -1},
-    {"symm hemm", "rX", -1, -1, 0, "", 0, 0, 0, -2},
-    {"symm hemm", "Lu", -1, -1, 0, "", 0, 0, 0, -3},
-    {"symm hemm", "LU", 3, -1, 0, "", 0, 0, 0, -4},
-    {"symm hemm", "LU", 3, 2, 0, "", 2, 2, 2, -7},
-    {"symm hemm", "RU", 3, 2, 0, "", 1, 2, 2, -7},
-    {"symm hemm", "RU", 3, 2, 0, "", 2, 2, 2, -9},
-    {"symm hemm", "RU", 3, 2, 0, "", 2, 3, 2, -12},
-    {"symm hemm", "LU", 3, 2, 0, "", 3, 3, 3, -6},
-    {"symm hemm", "LU", 3, 2, 0, "a", 3, 3, 3, -8},
-    {"symm hemm", "LU", 3, 2, 0, "ab", 3, 3, 3, -11},
-    {"symm hemm", "LU", 0, 2, 0, "", 0, 0, 0, 0},
-    {"symm hemm", "LU", 3, 0, 0, "", 3, 3, 3, 0},
-    {"syrk herk", "XX", 0, -1, -1, "", 0, 0, 0, -1},
-    {"syrk herk", "uX", 0, -1, -1, "", 0, 0, 0, -2},
-    {"syrk", "UC", 0, -1, -1, "", 0, 0, 0, -2},
-    {"herk", "UT", 0, -1, -1, "", 0, 0, 0, -2},
-    {"syrk herk", "Un", 0, -1, -1, "", 0, 0, 0, -3},
-    {"syrk herk", "LN", 0, 3, -1, "", 0, 0, 0, -4},
-    {"syrk herk", "LN", 0, 3, 5, "", 2, 0, 0, -7},
-    {"syrk herk", "LN", 0, 0, 5, "", 0, 0, 0, -7},
-    {"syrk", "LT", 0, 3, 5, "", 4, 0, 0, -7},
-    {"herk", "LC", 0, 3, 0, "", 0, 0, 0, -7},
-    {"syrk herk", "LN", 0, 3, 5, "", 3, 0, 2, -10},
-    {"syrk herk", "LN", 0, 0, 5, "", 1, 0, 0, -10},
-    {"syrk herk", "LN", 0, 3, 5, "", 3, 0, 3, -6},
-    {"syrk herk", "LN", 0, 3, 5, "a", 3, 0, 3, -9},
-    {"syrk herk", "LN", 0, 0, 5, "", 1, 0, 1, 0},
-    {"syr2k her2k", "XX", 0, -1, -1, "", 0, 0, 0, -1},
-    {"syr2k", "UC", 0, -1, -1, "", 0, 0, 0, -2},
-    {"her2k", "UT", 0, -1, -1, "", 0, 0, 0, -2},
-    {"syr2k her2k", "un", 0, -1, -1, "", 0, 0, 0, -3},
-    {"syr2k her2k", "LN", 0, 3, -1, "", 0, 0, 0, -4},
-    {"syr2k her2k", "LN", 0, 3, 5, "", 2, 2, 2, -7},
-    {"syr2k her2k", "LN", 0, 3, 5, "", 3, 2, 2, -9},
-    {"syr2k", "LT", 0, 3, 5, "", 5, 4, 2, -9},
-    {"her2k", "LC", 0, 3, 5, "", 4, 5, 2, -7},
-    {"syr2k her2k", "LN", 0, 3, 5, "", 3, 3, 2, -12},
-    {"syr2k her2k", "LN", 0, 3, 5, "", 3, 3, 3, -6},
-    {"syr2k her2k", "LN", 0, 3, 5, "a", 3, 3, 3, -8},
-    {"syr2k her2k", "LN", 0, 3, 5, "ab", 3, 3, 3, -11},
-    {"syr2k her2k", "LN", 0, 0, 5, "", 0, 0, 0, 0},
-    {"trmm trsm", "XXXX", -1, -1, 0, "", 0, 0, 0, -1},
-    {"trmm trsm", "lXXX", -1, -1, 0, "", 0, 0, 0, -2},
-    {"trmm trsm", "LuXX", -1, -1, 0, "", 0, 0, 0, -3},
-    {"trmm trsm", "LUcX", -1, -1, 0, "", 0, 0, 0, -4},
-    {"trmm trsm", "LUNn", -1, -1, 0, "", 0, 0, 0, -5},
-    {"trmm trsm", "LUNN", 3, -1, 0, "", 0, 0, 0, -6},
-    {"trmm trsm", "LUNN", 3, 2, 0, "", 2, 0, 2, -9},
-    {"trmm trsm", "RUNN", 3, 2, 0, "", 1, 0, 2, -9},
-    {"trmm trsm", "RUNN", 3, 2, 0, "", 2, 0, 2, -11},
-    {"trmm trsm", "LUNN", 3, 2, 0, "", 3, 0, 3, -8},
-    {"trmm trsm", "LUNN", 3, 2, 0, "a", 3, 0, 3, -10},
-    {"trmm trsm", "LUNN", 3, 0, 0, "", 3, 0, 3, 0},
-    {"trmm", "LUNN", 0, 2, 0, "", 0, 0, 1, -9},
-    {"trmm", "RUNN", 0, 2, 0, "", 2, 0, 0, -11},
-    {"trsm", "RUNN", 0, 2, 0, "", 2, 0, 0, 0},
-};
-
-bool among(const std::string& name, const std::string& names) {
-    return (" " + names + " ").find(" " + name + " ") != std::string::npos;
-}
-
+// By operation.
 template <class T>
-std::vector<ArgumentCase> argumentCases(const Operation<T>& operation) {
-    std::vector<ArgumentCase> cases;
-    for (const Row& row : rows)
-        for (Interface where : {inHost, inDevice}) {
-            if (!among(operation.name, row.names)) continue;
-            // The device's gemm is CUBLAS's own.
-            if (operation.name == "gemm" && where == inDevice) continue;
-            auto call = [=] {
-                T element[1];
-                auto given = [&](char letter) {
-                    return std::strchr(row.given, letter) ? element : nullptr;
-                };
-                return operation.call(
-                    where, {row.letters, row.m, row.n, row.k, T(1), given('a'), row.lda, given('b'),
-                            row.ldb, T(1), given('c'), row.ldc});
-            };
-            cases.push_back({operation.name + " " + row.letters + ", info " +
-                                 std::to_string(row.info) +
-                                 (where == inHost ? ", host" : ", device"),
-                             call, row.info});
-        }
+std::map<std::string, std::vector<ArgumentCase>> badArguments() {
+    using E = Exports<T>;
+    std::map<std::string, std::vector<ArgumentCase>> cases;
+    // The device's gemm is CUBLAS's own.
+    cases["gemm"] =
+        argumentCases({E::gemm[inHost]}, {1, 2, 3, 4, 5, 8, 10, 13, 7, 9, 12},
+                      {'X', 'X', -1, -1, -1, some, none, 2, none, 3, some, none, 2},
+                      {'n', 'N', 3, 2, 4, some, some, 3, some, 4, some, some, 3},
+                      {{-8, {'C', 'N', 3, 2, 4, some, none, 3, none, 3, some, none, 2}},
+                       {-10, {'t', 'C', 3, 2, 4, some, none, 4, none, 1, some, none, 2}},
+                       {-13, {'N', 'T', 3, 2, 4, some, none, 3, none, 2, some, none, 2}},
+                       {0, {'N', 'N', 0, 2, 4, some, none, 0, none, 4, some, none, 0}},
+                       {0, {'T', 'T', 3, 0, 0, some, none, 0, none, 0, some, none, 3}}});
+    cases["gemv"] = argumentCases(E::gemv, {1, 2, 3, 5, 6, 7, 10},
+                                  {'X', -1, -1, some, none, 2, none, 0, some, none, 0},
+                                  {'c', 3, 0, some, some, 3, some, 0, some, some, 0},
+                                  {{-5, {'N', 0, 0, some, none, 0, none, 0, some, none, 0}},
+                                   {-6, {'N', 0, 0, some, some, 0, none, 0, some, none, 0}},
+                                   {-7, {'N', 0, 3, some, some, 1, none, 0, some, none, 0}}});
+    auto sided = [](const auto& f) {
+        return argumentCases(f, {1, 2, 3, 4, 7, 9, 12, 6, 8, 11},
+                             {'X', 'X', -1, -1, some, none, 2, none, 2, some, none, 2},
+                             {'L', 'u', 3, 2, some, some, 3, some, 3, some, some, 3},
+                             {{-7, {'r', 'U', 3, 2, some, none, 1, none, 2, some, none, 2}},
+                              {-9, {'R', 'U', 3, 2, some, none, 2, none, 2, some, none, 2}},
+                              {0, {'L', 'U', 0, 2, some, none, 0, none, 0, some, none, 0}},
+                              {0, {'L', 'U', 3, 0, some, none, 3, none, 3, some, none, 3}}});
+    };
+    auto rank = [](const auto& f, char transpose, char other) {
+        return argumentCases(f, {1, 2, 3, 4, 7, 10, 6, 9},
+                             {'X', 'X', -1, -1, some, none, 2, some, none, 2},
+                             {'u', 'n', 3, 5, some, some, 3, some, some, 3},
+                             {{-2, {'U', other, -1, -1, some, none, 0, some, none, 0}},
+                              {-7, {'L', 'N', 0, 5, some, none, 0, some, none, 0}},
+                              {-7, {'L', transpose, 3, 5, some, none, 4, some, none, 0}},
+                              {-7, {'L', transpose, 3, 0, some, none, 0, some, none, 0}},
+                              {-10, {'L', 'N', 0, 5, some, none, 1, some, none, 0}},
+                              {0, {'L', 'N', 0, 5, some, none, 1, some, none, 1}}});
+    };
+    auto rank2 = [](const auto& f, char transpose, char other) {
+        return argumentCases(f, {1, 2, 3, 4, 7, 9, 12, 6, 8, 11},
+                             {'X', 'X', -1, -1, some, none, 2, none, 2, some, none, 2},
+                             {'u', 'n', 3, 5, some, some, 3, some, 3, some, some, 3},
+                             {{-2, {'U', other, -1, -1, some, none, 0, none, 0, some, none, 0}},
+                              {-7, {'L', transpose, 3, 5, some, none, 4, none, 5, some, none, 2}},
+                              {-9, {'L', transpose, 3, 5, some, none, 5, none, 4, some, none, 2}},
+                              {0, {'L', 'N', 0, 5, some, none, 0, none, 0, some, none, 0}}});
+    };
+    auto triangular = [](const auto& f, int infoWithoutRows, int infoWithoutResult) {
+        return argumentCases(
+            f, {1, 2, 3, 4, 5, 6, 9, 11, 8, 10},
+            {'X', 'X', 'X', 'X', -1, -1, some, none, 2, none, 2},
+            {'l', 'u', 'c', 'n', 3, 2, some, some, 3, some, 3},
+            {{-9, {'R', 'U', 'N', 'N', 3, 2, some, none, 1, none, 2}},
+             {-11, {'R', 'U', 'N', 'N', 3, 2, some, none, 2, none, 2}},
+             {0, {'L', 'U', 'N', 'N', 3, 0, some, none, 3, none, 3}},
+             {infoWithoutRows, {'L', 'U', 'N', 'N', 0, 2, some, none, 0, none, 1}},
+             {infoWithoutResult, {'R', 'U', 'N', 'N', 0, 2, some, none, 2, none, 0}}});
+    };
+    cases["symm"] = sided(E::symm);
+    cases["syrk"] = rank(E::syrk, 'T', 'C');
+    cases["syr2k"] = rank2(E::syr2k, 'T', 'C');
+    cases["trmm"] = triangular(E::trmm, -9, -11);
+    cases["trsm"] = triangular(E::trsm, 0, 0);
+    if constexpr (lumo::isComplex<T>) {
+        cases["hemm"] = sided(E::hemm);
+        cases["herk"] = rank(E::herk, 'C', 'T');
+        cases["her2k"] = rank2(E::her2k, 'C', 'T');
+    }
     return cases;
 }
 
 // With C read and not, and by blocks.
 template <class T>
 std::vector<GoodCase> sweep(const Operation<T>& operation) {
-    std::string letters;
-    for (const std::string& choice : operation.letters) letters += choice[0];
+    const std::string letters = operation.firstLetters();
     std::vector<GoodCase> cases;
     for (Interface where : {inHost, inDevice}) {
         for (const Wide& beta : scalars)
@@ -213,13 +165,14 @@ std::vector<GoodCase> sweep(const Operation<T>& operation) {
 
 template <class T>
 bool registerBlas(const std::string& letter) {
+    auto arguments = badArguments<T>();
     for (const Operation<T>& operation : operations<T>())
         registerRoutine({letter + operation.name,
                          goodCases(operation),
-                         argumentCases(operation),
+                         arguments.at(operation.name),
                          {},
                          sweep(operation),
-                         std::is_same_v<RealOf<T>, double>,
+                         isDouble<T>,
                          shrinkBlas});
     return true;
 }

@@ -7,13 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "lumo.h"
+#include "exports.h"
 #include "residuals.h"
 #include "support/matrix.h"
 
 namespace test {
-
-enum Interface { inHost, inDevice };  // where the operands lie
 
 // Of one call, whatever the operation. The result is c; gemv's vectors are b and c with their
 // increments as leading dimensions; trmm and trsm have no b.
@@ -50,124 +48,49 @@ struct Operation {
                       const WideMatrix& c);
     // Which letters say what triangle of A and C is stored and whether A has a unit diagonal; -1
     // for none.
-    int triangleOfA, diagonalOfA, triangleOfC;
-    bool hermitian;  // so A, or C if it has a triangle, has a real diagonal
-    bool blocked;    // large ones go by blocks
+    int triangleOfA = -1, diagonalOfA = -1, triangleOfC = -1;
+    bool hermitian = false;  // so A, or C if it has a triangle, has a real diagonal
+    bool blocked = false;    // large ones go by blocks
+
+    // The first one of each option.
+    std::string firstLetters() const {
+        std::string first;
+        for (const std::string& option : letters) first += option[0];
+        return first;
+    }
 };
 
-// A number or pointer of the tests as the C interface has it.
-template <class R>
-R argument(R real) {
-    return real;
-}
-inline lumoFloatComplex argument(lumo::Complex<float> z) {
-    return {z.re, z.im};
-}
-inline lumoDoubleComplex argument(lumo::Complex<double> z) {
-    return {z.re, z.im};
-}
-inline lumoFloatComplex* argument(lumo::Complex<float>* p) {
-    return reinterpret_cast<lumoFloatComplex*>(p);
-}
-inline lumoDoubleComplex* argument(lumo::Complex<double>* p) {
-    return reinterpret_cast<lumoDoubleComplex*>(p);
-}
-inline const lumoFloatComplex* argument(const lumo::Complex<float>* p) {
-    return reinterpret_cast<const lumoFloatComplex*>(p);
-}
-inline const lumoDoubleComplex* argument(const lumo::Complex<double>* p) {
-    return reinterpret_cast<const lumoDoubleComplex*>(p);
-}
-inline double realPart(double x) {
-    return x;
-}
-inline float realPart(float x) {
-    return x;
-}
-template <class R>
-R realPart(lumo::Complex<R> z) {
-    return z.re;
-}
-
-// By interface.
-#define LUMO_EXPORT(type, name) \
-    static constexpr decltype(&lumo##type##name) name[] = {lumo##type##name, lumoDevice##type##name}
-#define LUMO_EXPORTS(type)    \
-    LUMO_EXPORT(type, gemm);  \
-    LUMO_EXPORT(type, gemv);  \
-    LUMO_EXPORT(type, symm);  \
-    LUMO_EXPORT(type, syrk);  \
-    LUMO_EXPORT(type, syr2k); \
-    LUMO_EXPORT(type, trmm);  \
-    LUMO_EXPORT(type, trsm)
-#define LUMO_HERMITIAN_EXPORTS(type) \
-    LUMO_EXPORT(type, hemm);         \
-    LUMO_EXPORT(type, herk);         \
-    LUMO_EXPORT(type, her2k)
-
-template <class T>
-struct Exports;
-template <>
-struct Exports<float> {
-    LUMO_EXPORTS(S);
-};
-template <>
-struct Exports<double> {
-    LUMO_EXPORTS(D);
-};
-template <>
-struct Exports<lumo::Complex<float>> {
-    LUMO_EXPORTS(C);
-    LUMO_HERMITIAN_EXPORTS(C);
-};
-template <>
-struct Exports<lumo::Complex<double>> {
-    LUMO_EXPORTS(Z);
-    LUMO_HERMITIAN_EXPORTS(Z);
-};
-
-// Calls of the five parameter lists.
+// Calls of the six parameter lists, which herk and her2k have with real scalars.
 template <class T, auto& exports>
 lumoStatus callGemm(Interface where, const Arguments<T>& p) {
-    return exports[where](p.letters[0], p.letters[1], p.m, p.n, p.k, argument(p.alpha),
-                          argument(p.a), p.lda, argument(p.b), p.ldb, argument(p.beta),
-                          argument(p.c), p.ldc);
+    return callExport(exports[where], p.letters[0], p.letters[1], p.m, p.n, p.k, p.alpha, p.a,
+                      p.lda, p.b, p.ldb, p.beta, p.c, p.ldc);
 }
 template <class T, auto& exports>
 lumoStatus callGemv(Interface where, const Arguments<T>& p) {
-    return exports[where](p.letters[0], p.m, p.n, argument(p.alpha), argument(p.a), p.lda,
-                          argument(p.b), p.ldb, argument(p.beta), argument(p.c), p.ldc);
+    return callExport(exports[where], p.letters[0], p.m, p.n, p.alpha, p.a, p.lda, p.b, p.ldb,
+                      p.beta, p.c, p.ldc);
 }
 template <class T, auto& exports>
 lumoStatus callSymm(Interface where, const Arguments<T>& p) {
-    return exports[where](p.letters[0], p.letters[1], p.m, p.n, argument(p.alpha), argument(p.a),
-                          p.lda, argument(p.b), p.ldb, argument(p.beta), argument(p.c), p.ldc);
+    return callExport(exports[where], p.letters[0], p.letters[1], p.m, p.n, p.alpha, p.a, p.lda,
+                      p.b, p.ldb, p.beta, p.c, p.ldc);
 }
 template <class T, auto& exports>
 lumoStatus callSyrk(Interface where, const Arguments<T>& p) {
-    return exports[where](p.letters[0], p.letters[1], p.n, p.k, argument(p.alpha), argument(p.a),
-                          p.lda, argument(p.beta), argument(p.c), p.ldc);
-}
-template <class T, auto& exports>
-lumoStatus callHerk(Interface where, const Arguments<T>& p) {
-    return exports[where](p.letters[0], p.letters[1], p.n, p.k, realPart(p.alpha), argument(p.a),
-                          p.lda, realPart(p.beta), argument(p.c), p.ldc);
+    return callExport(exports[where], p.letters[0], p.letters[1], p.n, p.k, p.alpha, p.a, p.lda,
+                      p.beta, p.c, p.ldc);
 }
 template <class T, auto& exports>
 lumoStatus callSyr2k(Interface where, const Arguments<T>& p) {
-    return exports[where](p.letters[0], p.letters[1], p.n, p.k, argument(p.alpha), argument(p.a),
-                          p.lda, argument(p.b), p.ldb, argument(p.beta), argument(p.c), p.ldc);
-}
-template <class T, auto& exports>
-lumoStatus callHer2k(Interface where, const Arguments<T>& p) {
-    return exports[where](p.letters[0], p.letters[1], p.n, p.k, argument(p.alpha), argument(p.a),
-                          p.lda, argument(p.b), p.ldb, realPart(p.beta), argument(p.c), p.ldc);
+    return callExport(exports[where], p.letters[0], p.letters[1], p.n, p.k, p.alpha, p.a, p.lda,
+                      p.b, p.ldb, p.beta, p.c, p.ldc);
 }
 template <class T, auto& exports>
 lumoStatus callTriangular(Interface where, const Arguments<T>& p) {
     const std::string& l = p.letters;
-    return exports[where](l[0], l[1], l[2], l[3], p.m, p.n, argument(p.alpha), argument(p.a), p.lda,
-                          argument(p.c), p.ldc);
+    return callExport(exports[where], l[0], l[1], l[2], l[3], p.m, p.n, p.alpha, p.a, p.lda, p.c,
+                      p.ldc);
 }
 
 inline Shape transposed(char letter, int m, int n) {
@@ -215,15 +138,15 @@ ProductSum rankSum(const Arguments<T>& p, const WideMatrix& a, const WideMatrix&
                    const WideMatrix& c) {
     const WideMatrix x = op(p.letters[1], a);
     const bool real = transpose == 'C';
-    return ProductSum(real ? Wide(realPart(p.beta)) : wide(p.beta), c)
-        .add(real ? Wide(realPart(p.alpha)) : wide(p.alpha), x, op(transpose, x));
+    return ProductSum(real ? wide(p.beta).real() : wide(p.beta), c)
+        .add(real ? wide(p.alpha).real() : wide(p.alpha), x, op(transpose, x));
 }
 template <class T>
 ProductSum rank2Sum(const Arguments<T>& p, const WideMatrix& a, const WideMatrix& b,
                     const WideMatrix& c) {
     const char letter = p.letters[1] == 'N' ? 'N' : 'C';
     const WideMatrix x = op(letter, a), y = op(letter, b);
-    return ProductSum(realPart(p.beta), c)
+    return ProductSum(wide(p.beta).real(), c)
         .add(wide(p.alpha), x, op('C', y))
         .add(std::conj(wide(p.alpha)), y, op('C', x));
 }
@@ -238,85 +161,29 @@ ProductSum triangularSum(const Arguments<T>& p, const WideMatrix& a, const WideM
 template <class T>
 std::vector<Operation<T>> operations() {
     using E = Exports<T>;
-    const std::vector<std::string> letters{"LR", "UL", "NTC", "UN"};
+    using Function = decltype(Operation<T>::call);
     constexpr bool complex = lumo::isComplex<T>;
+    auto sided = [](const char* name, Function f, bool hermitian) -> Operation<T> {
+        return {name, {"LR", "UL"}, f, symmShapes, symmSum<T>, 1, -1, -1, hermitian, true};
+    };
+    auto rank = [](const char* name, const char* trans, Function f, auto sum, bool hermitian) {
+        return Operation<T>{name, {"UL", trans}, f, rankShapes, sum, -1, -1, 0, hermitian, true};
+    };
+    auto triangular = [](const char* name, Function f) -> Operation<T> {
+        return {name, {"LR", "UL", "NTC", "UN"}, f, symmShapes, triangularSum<T>, 1, 3};
+    };
     std::vector<Operation<T>> all{
-        {"gemm",
-         {"NTC", "NTC"},
-         callGemm<T, E::gemm>,
-         gemmShapes,
-         gemmSum<T>,
-         -1,
-         -1,
-         -1,
-         false,
-         false},
-        {"gemv", {"NTC"}, callGemv<T, E::gemv>, gemvShapes, gemvSum<T>, -1, -1, -1, false, false},
-        {"symm",
-         {"LR", "UL"},
-         callSymm<T, E::symm>,
-         symmShapes,
-         symmSum<T>,
-         1,
-         -1,
-         -1,
-         complex,
-         true},
-        {"syrk",
-         {"UL", "NT"},
-         callSyrk<T, E::syrk>,
-         rankShapes,
-         rankSum<T, 'T'>,
-         -1,
-         -1,
-         0,
-         false,
-         true},
-        {"syr2k",
-         {"UL", "NT"},
-         callSyr2k<T, E::syr2k>,
-         rankShapes,
-         rank2Sum<T>,
-         -1,
-         -1,
-         0,
-         complex,
-         true},
-        {"trmm", letters, callTriangular<T, E::trmm>, symmShapes, triangularSum<T>, 1, 3, -1, false,
-         false},
-        {"trsm", letters, callTriangular<T, E::trsm>, symmShapes, triangularSum<T>, 1, 3, -1, false,
-         false}};
+        {"gemm", {"NTC", "NTC"}, callGemm<T, E::gemm>, gemmShapes, gemmSum<T>},
+        {"gemv", {"NTC"}, callGemv<T, E::gemv>, gemvShapes, gemvSum<T>},
+        sided("symm", callSymm<T, E::symm>, complex),
+        rank("syrk", "NT", callSyrk<T, E::syrk>, rankSum<T, 'T'>, false),
+        rank("syr2k", "NT", callSyr2k<T, E::syr2k>, rank2Sum<T>, complex),
+        triangular("trmm", callTriangular<T, E::trmm>),
+        triangular("trsm", callTriangular<T, E::trsm>)};
     if constexpr (complex)
-        all.insert(all.end(), {{"hemm",
-                                {"LR", "UL"},
-                                callSymm<T, E::hemm>,
-                                symmShapes,
-                                symmSum<T>,
-                                1,
-                                -1,
-                                -1,
-                                true,
-                                true},
-                               {"herk",
-                                {"UL", "NC"},
-                                callHerk<T, E::herk>,
-                                rankShapes,
-                                rankSum<T, 'C'>,
-                                -1,
-                                -1,
-                                0,
-                                true,
-                                true},
-                               {"her2k",
-                                {"UL", "NC"},
-                                callHer2k<T, E::her2k>,
-                                rankShapes,
-                                rank2Sum<T>,
-                                -1,
-                                -1,
-                                0,
-                                true,
-                                true}});
+        all.insert(all.end(), {sided("hemm", callSymm<T, E::hemm>, true),
+                               rank("herk", "NC", callSyrk<T, E::herk>, rankSum<T, 'C'>, true),
+                               rank("her2k", "NC", callSyr2k<T, E::her2k>, rank2Sum<T>, true)});
     return all;
 }
 

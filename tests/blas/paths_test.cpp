@@ -30,13 +30,16 @@ class BlasPaths : public OnSoftwareDevice {
         OnSoftwareDevice::TearDown();
     }
 };
+template <class T>
+class BlasPathsOf : public BlasPaths {};
+TYPED_TEST_SUITE(BlasPathsOf, ElementTypes);
+
 // A product of operands that are not numbers themselves, or have extent k = 0, of a size at which
 // CPU libraries have kernels of their own: f(c) for every element of the result.
 template <class T, class F>
 void forEachResult(const Operation<T>& operation, int k, Wide alpha, Wide beta, bool nanOperands,
                    F f) {
-    std::string letters;
-    for (const std::string& choice : operation.letters) letters += choice[0];
+    const std::string letters = operation.firstLetters();
     const Shapes s = operation.shapes(letters, 4, 4, k);
     auto a = Matrix<T>::random(s.a.m, s.a.n), b = Matrix<T>::random(s.b.m, s.b.n);
     auto c = Matrix<T>::random(s.c.m, s.c.n);
@@ -54,8 +57,8 @@ void forEachResult(const Operation<T>& operation, int k, Wide alpha, Wide beta, 
 
 // A scalar that is not a number, in either part, makes the whole result none; unless it is of no
 // consequence, as alpha is without a product. What is not multiplied is not read.
-template <class T>
-void expectScalarsToCount() {
+TYPED_TEST(BlasPathsOf, ScalarsCountWhereTheyMultiply) {
+    using T = TypeParam;
     for (const auto& operation : operations<T>()) {
         const bool triangular = operation.diagonalOfA >= 0,
                    hasExtent = operation.triangleOfC >= 0 || operation.name == "gemm";
@@ -77,13 +80,6 @@ void expectScalarsToCount() {
                 forEachResult(operation, 0, {notANumber, notANumber}, beta, true, isNumber);
         }
     }
-}
-
-TEST_F(BlasPaths, ScalarsCountWhereTheyMultiply) {
-    expectScalarsToCount<float>();
-    expectScalarsToCount<double>();
-    expectScalarsToCount<ComplexF>();
-    expectScalarsToCount<ComplexD>();
 }
 
 // Every case of the split with a limit of 384 elements, recursion and odd halves, and what only
@@ -159,8 +155,10 @@ TEST_F(BlasPaths, DeviceGemmIsUnchecked) {
     EXPECT_EQ(lumoNoError, lumoDeviceSgemm('n', 't', 0, 1, 1, 1, x, 1, x, 1, 0, x, 1));
 }
 
-template <class T>
-void expectRefusedBeforeAnyCheck() {
+TYPED_TEST(BlasPathsOf, DoublePrecisionIsRefusedFirst) {
+    using T = TypeParam;
+    if (!isDouble<T>) return;
+    this->start(machine(12));
     for (const auto& operation : operations<T>())
         for (Interface where : {inHost, inDevice}) {
             EXPECT_EQ(lumoInsufficientComputeCapability,
@@ -169,12 +167,6 @@ void expectRefusedBeforeAnyCheck() {
                 << operation.name;
             EXPECT_EQ(0, lumoGetErrorInfo());
         }
-}
-
-TEST_F(BlasPaths, DoublePrecisionIsRefusedFirst) {
-    start(machine(12));
-    expectRefusedBeforeAnyCheck<double>();
-    expectRefusedBeforeAnyCheck<ComplexD>();
 }
 
 // Sizes at which users' calls go by blocks, one type for each operation.
@@ -209,12 +201,11 @@ int copies(const std::vector<Call>& trace, const char* kind) {
     }));
 }
 
-template <class T>
-void expectTransfers() {
+TYPED_TEST(BlasPathsOf, CTravelsUpWhereItCounts) {
+    using T = TypeParam;
     for (const auto& operation : operations<T>()) {
         SCOPED_TRACE(operation.name);
-        std::string letters;
-        for (const std::string& choice : operation.letters) letters += choice[0];
+        const std::string letters = operation.firstLetters();
         const bool skipped = operation.name == "gemm" || operation.name.substr(2) == "mm";
         const bool threeOperands = operation.name != "syrk" && operation.name != "herk" &&
                                    operation.name.substr(0, 2) != "tr";
@@ -231,16 +222,9 @@ void expectTransfers() {
     }
 }
 
-TEST_F(BlasPaths, CTravelsUpWhereItCounts) {
-    expectTransfers<float>();
-    expectTransfers<double>();
-    expectTransfers<ComplexF>();
-    expectTransfers<ComplexD>();
-}
-
 // The reciprocal of a subnormal pivot may be infinite, where the quotient is not.
-template <class T>
-void expectTinyPivotsToDivide() {
+TYPED_TEST(BlasPathsOf, SubnormalPivotsDivide) {
+    using T = TypeParam;
     const double tiny = 3 * std::numeric_limits<RealOf<T>>::denorm_min() / epsilon<T> / 16;
     const auto trsm = operation<T>("trsm");
     for (const char* letters : {"LUNN", "LLNN", "LUTN", "LLCN", "RUNN", "RLNN", "RUCN", "RLTN"})
@@ -265,13 +249,6 @@ void expectTinyPivotsToDivide() {
             for (std::size_t i = 0; i < b.data.size(); ++i)
                 EXPECT_NEAR(0, std::abs(wide(b.data[i]) - x.data[i]), 1e-4);
         }
-}
-
-TEST_F(BlasPaths, SubnormalPivotsDivide) {
-    expectTinyPivotsToDivide<float>();
-    expectTinyPivotsToDivide<double>();
-    expectTinyPivotsToDivide<ComplexF>();
-    expectTinyPivotsToDivide<ComplexD>();
 }
 
 // A call that is refused, or has nothing to do, allocates nothing and reads nothing.

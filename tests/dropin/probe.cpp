@@ -275,16 +275,12 @@ void lapacke() {
 }  // namespace
 
 int main(int, char** argv) {
-    const std::map<std::string, void (*)()> scenarios{{"solve", solve},
-                                                      {"product", product},
-                                                      {"repeated", repeated},
-                                                      {"threads", threads},
-                                                      {"notTaken", notTaken},
-                                                      {"arguments", arguments},
-                                                      {"leastSquares", leastSquares},
-                                                      {"singular", singular},
-                                                      {"data", data},
-                                                      {"lapacke", lapacke}};
+#define SCENARIO(name) \
+    { #name, name }
+    const std::map<std::string, void (*)()> scenarios{
+        SCENARIO(solve),    SCENARIO(product),   SCENARIO(repeated),     SCENARIO(threads),
+        SCENARIO(notTaken), SCENARIO(arguments), SCENARIO(leastSquares), SCENARIO(singular),
+        SCENARIO(data),     SCENARIO(lapacke)};
     scenarios.at(argv[1])();
     return failures != 0;
 }

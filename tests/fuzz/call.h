@@ -31,7 +31,6 @@ template <class T>
 struct Given {
     T* at;
     int ld;
-    auto exported() const { return argument(at); }
 };
 
 inline bool taken(char letter, const std::string& letters) {

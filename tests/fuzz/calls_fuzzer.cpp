@@ -78,23 +78,8 @@ void operate(Choices& choices) {
 }
 
 template <class T>
-struct LapackExports;
-#define LUMO_LAPACK_EXPORTS(letter, T) \
-    template <>                        \
-    struct LapackExports<T> {          \
-        LUMO_EXPORT(letter, getrf);    \
-        LUMO_EXPORT(letter, gesv);     \
-        LUMO_EXPORT(letter, geqrf);    \
-        LUMO_EXPORT(letter, gels);     \
-        LUMO_EXPORT(letter, gglse);    \
-        LUMO_EXPORT(letter, gesvd);    \
-    }
-LUMO_LAPACK_EXPORTS(S, float);
-LUMO_LAPACK_EXPORTS(C, lumo::Complex<float>);
-
-template <class T>
 void factorize(Choices& choices) {
-    using E = LapackExports<T>;
+    using E = Exports<T>;
     Call call(choices);
     const Interface where = call.where;
     const bool square = choices.below(3) == 0, pivoted = choices.below(2) == 0;
@@ -105,16 +90,17 @@ void factorize(Choices& choices) {
         int* const ipiv = call.operand<int>(5, n);
         const auto b = call.matrix<T>(6, n, nrhs);
         return call.run("gesv", [&] {
-            return E::gesv[where](n, nrhs, a.exported(), a.ld, ipiv, b.exported(), b.ld);
+            return callExport(E::gesv[where], n, nrhs, a.at, a.ld, ipiv, b.at, b.ld);
         });
     }
     if (pivoted) {
         int* const ipiv = call.operand<int>(5, std::min(m, n));
-        return call.run("getrf", [&] { return E::getrf[where](m, n, a.exported(), a.ld, ipiv); });
+        return call.run("getrf",
+                        [&] { return callExport(E::getrf[where], m, n, a.at, a.ld, ipiv); });
     }
     T* const tau = call.operand<T>(5, std::min(m, n));
     call.expect(m == 1 && n == 1 && (!a.at || !tau), lumoRuntimeError, 11);
-    call.run("geqrf", [&] { return E::geqrf[where](m, n, a.exported(), a.ld, argument(tau)); });
+    call.run("geqrf", [&] { return callExport(E::geqrf[where], m, n, a.at, a.ld, tau); });
 }
 
 template <class T>
@@ -126,8 +112,7 @@ void leastSquares(Choices& choices) {
     const auto a = call.matrix<T>(5, m, n), b = call.matrix<T>(7, std::max(m, n), nrhs);
     call.expect(!b.at && std::max(m, n) > 0 && nrhs > 0, lumoRuntimeError, 11);  // to be zero
     call.run("gels", [&] {
-        return LapackExports<T>::gels[call.where](trans, m, n, nrhs, a.exported(), a.ld,
-                                                  b.exported(), b.ld);
+        return callExport(Exports<T>::gels[call.where], trans, m, n, nrhs, a.at, a.ld, b.at, b.ld);
     });
 }
 
@@ -142,8 +127,7 @@ void constrained(Choices& choices) {
     T* const d = call.operand<T>(9, p, 1, 0, p > 0);
     T* const x = call.operand<T>(10, n);
     call.run("gglse", [&] {
-        return LapackExports<T>::gglse[call.where](m, n, p, a.exported(), a.ld, b.exported(), b.ld,
-                                                   argument(c), argument(d), argument(x));
+        return callExport(Exports<T>::gglse[call.where], m, n, p, a.at, a.ld, b.at, b.ld, c, d, x);
     });
 }
 
@@ -160,8 +144,8 @@ void singularValues(Choices& choices) {
     const auto u = call.matrix<T>(8, hasU ? m : 1, folded(jobu) == 'A' ? m : k, hasU);
     const auto vt = call.matrix<T>(10, !hasVt ? 1 : folded(jobvt) == 'A' ? n : k, n, hasVt);
     call.run("gesvd", [&] {
-        return LapackExports<T>::gesvd[call.where](jobu, jobvt, m, n, a.exported(), a.ld, s,
-                                                   u.exported(), u.ld, vt.exported(), vt.ld);
+        return callExport(Exports<T>::gesvd[call.where], jobu, jobvt, m, n, a.at, a.ld, s, u.at,
+                          u.ld, vt.at, vt.ld);
     });
 }
 

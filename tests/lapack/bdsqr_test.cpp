@@ -28,10 +28,18 @@ struct Bidiagonal {
     }
 };
 
-// Elements by their place, rounded as the device will have them.
+using Elements = std::function<double(int)>;  // by their place
+
+Elements all(double value) {
+    return [=](int) { return value; };
+}
+Elements powers(double base, int first = 0, double factor = 1) {
+    return [=](int i) { return factor * std::pow(base, first + i); };
+}
+
+// Rounded as the device will have it.
 template <class Real>
-Bidiagonal bidiagonal(char uplo, int n, const std::function<double(int)>& d,
-                      const std::function<double(int)>& e) {
+Bidiagonal bidiagonal(char uplo, int n, const Elements& d, const Elements& e) {
     Bidiagonal b{uplo, std::vector<double>(n), std::vector<double>(n - 1)};
     for (int i = 0; i < n; ++i) b.d[i] = Real(d(i));
     for (int i = 0; i + 1 < n; ++i) b.e[i] = Real(e(i));
@@ -49,16 +57,11 @@ struct Result {
 template <class T>
 class Bdsqr : public OnMachine {
   public:
-    static std::vector<double> runValues(const Bidiagonal& b) {
-        return run(b, none(), none(), none()).d;
-    }
-
-  protected:
     using Real = RealOf<T>;
 
     // VT, U and C are updated, each if it has columns or rows of vectors.
-    static Result<T> run(const Bidiagonal& b, const Matrix<T>& vt, const Matrix<T>& u,
-                         const Matrix<T>& c) {
+    static Result<T> run(const Bidiagonal& b, const Matrix<T>& vt = none(),
+                         const Matrix<T>& u = none(), const Matrix<T>& c = none()) {
         const int n = b.n();
         Matrix<Real> d(n, 1), e(n, 1);  // e has room for one more, which nobody touches
         for (int i = 0; i < n; ++i) d(i, 0) = Real(b.d[i]);
@@ -82,6 +85,8 @@ class Bdsqr : public OnMachine {
         return r;
     }
     static Matrix<T> none() { return Matrix<T>(0, 0); }
+
+  protected:
     static Matrix<T> identity(int n, int ld) {
         Matrix<T> a = filled<T>(n, n, 0, ld);
         for (int j = 0; j < n; ++j) a(j, j) = 1;
@@ -117,7 +122,7 @@ class Bdsqr : public OnMachine {
 
     static void check(const Bidiagonal& b) {
         const int n = b.n();
-        const auto q = run(b, identity(n, n + 2), identity(n, n + 1), none());
+        const auto q = run(b, identity(n, n + 2), identity(n, n + 1));
         ASSERT_EQ(0, q.info);
         checkFactors(b, q);
         EXPECT_TRUE(std::is_sorted(q.d.rbegin(), q.d.rend()));
@@ -129,7 +134,7 @@ class Bdsqr : public OnMachine {
         const auto r = run(b, vt, u, c);
         EXPECT_EQ(q.d, r.d);
         // Values alone take another algorithm.
-        const auto values = run(b, none(), none(), none());
+        const auto values = run(b);
         ASSERT_EQ(0, values.info);
         checkClose(q.d, values.d);
         const WideMatrix p(q.vt), wideU(q.u);
@@ -138,7 +143,7 @@ class Bdsqr : public OnMachine {
         EXPECT_LT(ratio(WideMatrix(r.c), op('C', wideU) * WideMatrix(c), norm1(WideMatrix(c))),
                   svdBound);
         EXPECT_TRUE(r.vt.paddingUntouched() && r.u.paddingUntouched() && r.c.paddingUntouched());
-        const auto narrow = run(b, Matrix<T>::random(n, 1, n + 1), none(), none());
+        const auto narrow = run(b, Matrix<T>::random(n, 1, n + 1));
         EXPECT_EQ(q.d, narrow.d);
     }
     void checkUnderBothSchedules(const Bidiagonal& b) {
@@ -163,37 +168,31 @@ TYPED_TEST(Bdsqr, RandomMatrices) {
 
 TYPED_TEST(Bdsqr, MatricesWithStructure) {
     using Real = RealOf<TypeParam>;
-    auto check = [&](const char* name, auto d, auto e) {
+    auto check = [&](const char* name, const Elements& d, const Elements& e) {
         SCOPED_TRACE(name);
         for (char uplo : {'U', 'L'}) this->check(bidiagonal<Real>(uplo, 20, d, e));
     };
-    auto zero = [](int) { return 0.0; };
-    auto one = [](int) { return 1.0; };
-    check("zero", zero, zero);
-    check("zero diagonal", zero, one);
+    check("zero", all(0), all(0));
+    check("zero diagonal", all(0), all(1));
+    auto negative = [](int i) { return -double(i * 7 % 20); };
+    check("negative diagonal", negative, all(0));
+    check("clustered", all(1), [](int i) { return i % 4 ? 1e-4 : 0.1; });
+    check("multiple", all(1), all(1));
+    check("graded down", powers(0.3), powers(0.3));
+    check("graded up", powers(1 / 0.3, -20, -1), powers(1 / 0.3, -20));
+    auto split = [](int i) { return i % 5 == 4 ? 0 : -0.5; };
     check(
-        "negative diagonal", [](int i) { return -double(i * 7 % 20); }, zero);
-    check("clustered", one, [](int i) { return i % 4 ? 1e-4 : 0.1; });
-    check("multiple", one, one);
-    check(
-        "graded down", [](int i) { return std::pow(0.3, i); },
-        [](int i) { return std::pow(0.3, i); });
-    check(
-        "graded up", [](int i) { return -std::pow(0.3, 20 - i); },
-        [](int i) { return std::pow(0.3, 20 - i); });
-    check(
-        "splitting", [](int i) { return i == 11 ? 0 : 1 + i % 3; },
-        [](int i) { return i % 5 == 4 ? 0 : -0.5; });
+        "splitting", [](int i) { return i == 11 ? 0 : 1 + i % 3; }, split);
     for (double off : {1e20, 1e-20})
         this->check(bidiagonal<Real>(
-            'U', 2, [](int i) { return 1 - 3.0 * i; }, [=](int) { return off; }));
+            'U', 2, [](int i) { return 1 - 3.0 * i; }, all(off)));
     const double big = std::numeric_limits<Real>::max() / 64;
     check(
-        "large", [=](int i) { return big / (1 + i); }, [=](int) { return big / 3; });
+        "large", [=](int i) { return big / (1 + i); }, all(big / 3));
     // Its squares underflow, and it is far above what counts as zero.
     const double eps = epsilon<Real>, tiny = std::numeric_limits<Real>::min() / (eps * eps);
     check(
-        "tiny", [=](int i) { return tiny * (1 + i); }, [=](int) { return tiny; });
+        "tiny", [=](int i) { return tiny * (1 + i); }, all(tiny));
 }
 
 // Small singular values are as accurate, relative to themselves, as large ones: also those that do
@@ -201,36 +200,32 @@ TYPED_TEST(Bdsqr, MatricesWithStructure) {
 TYPED_TEST(Bdsqr, RelativeAccuracy) {
     auto check = [&](auto d, auto e) {
         const auto b = bidiagonal<RealOf<TypeParam>>('U', 11, d, e);
-        const auto exact = Bdsqr<double>::runValues(b), values = this->runValues(b);
+        const auto exact = Bdsqr<double>::run(b).d, values = this->run(b).d;
         EXPECT_LT(exact[10], 1e-6 * exact[0]);
         this->checkClose(exact, values);
-        const auto withVectors =
-            this->run(b, this->none(), Matrix<TypeParam>::random(1, 11), this->none());
-        this->checkClose(exact, withVectors.d);
+        this->checkClose(exact, this->run(b, this->none(), Matrix<TypeParam>::random(1, 11)).d);
     };
     for (double ratio : {0.1, 10.0}) {
         auto graded = [=](int i) { return std::pow(ratio, i - 5) * (1 + 0.1 * i); };
         check(graded, graded);
     }
-    check([](int i) { return 1 + 0.1 * i; }, [](int) { return 10.0; });
+    check([](int i) { return 1 + 0.1 * i; }, all(10));
 }
 
 // The iteration gives up after its first sweep: what it reached is a factorisation nevertheless.
 TYPED_TEST(Bdsqr, NoConvergenceLeavesPartialResults) {
     using T = TypeParam;
-    const auto saved = lumo::bdsqrTuning<T>;
-    lumo::bdsqrTuning<T> = {0};
+    const auto few = temporarily(lumo::bdsqrTuning<T>, {0});
     for (char uplo : {'U', 'L'}) {
         const auto b = this->random(uplo, 12);
-        const auto r = this->run(b, this->identity(12, 13), this->identity(12, 12), this->none());
+        const auto r = this->run(b, this->identity(12, 13), this->identity(12, 12));
         EXPECT_EQ(std::count_if(r.e.begin(), r.e.end(), [](double e) { return e != 0; }), r.info);
         EXPECT_GT(r.info, 8);
         this->checkFactors(b, r);
-        const auto values = this->run(b, this->none(), this->none(), this->none());
+        const auto values = this->run(b);
         EXPECT_EQ(r.info, values.info);
         EXPECT_TRUE(r.d == values.d && r.e == values.e);
     }
-    lumo::bdsqrTuning<T> = saved;
 }
 
 TYPED_TEST(Bdsqr, NeitherNanNorInfinityBecomesAValue) {
@@ -240,12 +235,12 @@ TYPED_TEST(Bdsqr, NeitherNanNorInfinityBecomesAValue) {
             auto b = this->random('U', 12);
             (diagonal ? b.d : b.e)[5] = bad;
             const auto vt = Matrix<T>::random(12, 12), u = Matrix<T>::random(12, 12);
-            const auto r = this->run(b, vt, u, this->none());
+            const auto r = this->run(b, vt, u);
             EXPECT_EQ(11, r.info);
             for (double value : r.d) EXPECT_TRUE(std::isnan(value));
             EXPECT_TRUE(vt == r.vt && u == r.u);
             const Bidiagonal single{'U', {bad}, {}};
-            EXPECT_EQ(1, this->run(single, this->none(), this->none(), this->none()).info);
+            EXPECT_EQ(1, this->run(single).info);
         }
 }
 
@@ -254,7 +249,7 @@ TYPED_TEST(Bdsqr, NeitherNanNorInfinityBecomesAValue) {
 TYPED_TEST(Bdsqr, ValuesAloneAgreeWithTheIterationWithVectors) {
     using Real = RealOf<TypeParam>;
     const int n = 150;
-    auto check = [&](const char* name, auto d, auto e) {
+    auto check = [&](const char* name, const Elements& d, const Elements& e) {
         SCOPED_TRACE(name);
         for (bool turned : {false, true}) {
             auto b = bidiagonal<Real>('U', n, d, e);
@@ -262,27 +257,25 @@ TYPED_TEST(Bdsqr, ValuesAloneAgreeWithTheIterationWithVectors) {
                 std::reverse(b.d.begin(), b.d.end());
                 std::reverse(b.e.begin(), b.e.end());
             }
-            const auto with =
-                this->run(b, Matrix<TypeParam>::random(n, 1), this->none(), this->none());
-            const auto values = this->run(b, this->none(), this->none(), this->none());
+            const auto with = this->run(b, Matrix<TypeParam>::random(n, 1));
+            const auto values = this->run(b);
             ASSERT_EQ(0, with.info);
             ASSERT_EQ(0, values.info);
             this->checkClose(with.d, values.d);
             for (double off : values.e) EXPECT_EQ(0, off);
         }
     };
-    auto one = [](int) { return 1.0; };
-    check("Toeplitz", one, one);
-    check("glued", one, [](int i) { return i % 10 ? 0.5 : 1e-6; });
-    check("nearly diagonal", one, [](int) { return 1e-3; });
+    check("Toeplitz", all(1), all(1));
+    check("glued", all(1), [](int i) { return i % 10 ? 0.5 : 1e-6; });
+    check("nearly diagonal", all(1), all(1e-3));
+    auto root = [](int i) { return std::sqrt(n - i); };
+    check("as of a random matrix", root, [](int i) { return std::sqrt(n - 1 - i); });
     check(
-        "as of a random matrix", [](int i) { return std::sqrt(n - i); },
-        [](int i) { return std::sqrt(n - 1 - i); });
-    check(
-        "singular", [](int i) { return i % 40 == 7 ? 0 : 1 + i % 5; }, one);
-    check(
-        "over the range", [](int i) { return std::pow(10, (i * 37) % 61 - 30); },
-        [](int i) { return std::pow(10, (i * 53) % 61 - 30); });
+        "singular", [](int i) { return i % 40 == 7 ? 0 : 1 + i % 5; }, all(1));
+    auto spread = [](int step) {
+        return [=](int i) { return std::pow(10, (i * step) % 61 - 30); };
+    };
+    check("over the range", spread(37), spread(53));
     Random numbers(3);
     auto next = [&](int) { return numbers.next<double>(); };
     check("random", next, next);

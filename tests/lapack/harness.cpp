@@ -12,17 +12,23 @@ std::vector<Routine>& routines() {
 }
 
 struct Setting {
-    int capability;
+    int capability;  // 0: this machine as it is found
     Schedule schedule;
+
+    software::Machine machine() const {
+        return capability ? test::machine(capability) : software::defaultMachine();
+    }
+    std::string name() const {
+        return "capability " + std::to_string(capability) + ", schedule " +
+               std::to_string(int(schedule));
+    }
 };
 
 // Early devices have other block sizes and pitches; an early one without double precision runs
 // single precision all the same.
-constexpr Setting settings[] = {{12, Schedule::latest},
-                                {13, Schedule::earliest},
-                                {20, Schedule::latest},
-                                {20, Schedule::earliest},
-                                {90, Schedule::latest}};
+constexpr Setting settings[] = {{12, Schedule::latest}, {13, Schedule::earliest},
+                                {20, Schedule::latest}, {20, Schedule::earliest},
+                                {90, Schedule::latest}, {0, Schedule::production}};
 
 class RoutineTest : public OnMachine, public ::testing::WithParamInterface<std::size_t> {
   protected:
@@ -41,11 +47,9 @@ class RoutineTest : public OnMachine, public ::testing::WithParamInterface<std::
 TEST_P(RoutineTest, RightResults) {
     for (const Setting& setting : settings) {
         if (!onSoftwareDevice() && &setting != settings) break;  // a GPU is one machine
-        start(machine(setting.capability), setting.schedule);
-        const bool early = setting.schedule == Schedule::earliest;
+        start(setting.machine(), setting.schedule);
         for (const GoodCase& c : routine().good) {
-            SCOPED_TRACE(c.name + ", capability " + std::to_string(setting.capability) +
-                         (early ? ", earliest" : ", latest"));
+            SCOPED_TRACE(c.name + ", " + setting.name());
             auto call = c.make();
             if (routine().doublePrecision && !lumo::doublePrecision()) {
                 ASSERT_EQ(lumoInsufficientComputeCapability, call->run());
@@ -71,11 +75,12 @@ TEST_P(RoutineTest, ArgumentErrorsInOrder) {
 }
 
 TEST_P(RoutineTest, FailingData) {
-    for (Schedule schedule : {Schedule::earliest, Schedule::latest}) {
-        start(machine(), schedule);
+    for (const Setting& setting : settings) {
+        if (setting.capability == 12 || setting.capability == 13) continue;
+        start(setting.machine(), setting.schedule);
         const auto shrunk = routine().shrinkBlocks();
         for (const FailingCase& c : routine().failing) {
-            SCOPED_TRACE(c.name);
+            SCOPED_TRACE(c.name + ", " + setting.name());
             c.run();
             expectEmptyDevice(0, c.name);
         }

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "exports.h"
+#include "support/arguments.h"
 #include "support/machine.h"
 
 namespace test {
@@ -35,6 +37,22 @@ struct ArgumentCase {
     std::function<lumoStatus()> call;
     int info;  // 0: the call succeeds
 };
+
+// Of exports with these checks, and with others that do not come by their order.
+template <std::size_t interfaces, class... A>
+std::vector<ArgumentCase> argumentCases(lumoStatus (*const (&exports)[interfaces])(A...),
+                                        const std::vector<int>& order, const ArgumentsOf<A...>& bad,
+                                        const ArgumentsOf<A...>& good, const Checks<A...>& others) {
+    auto checks = checksInOrder(order, bad, good);
+    checks.insert(checks.end(), others.begin(), others.end());
+    std::vector<ArgumentCase> cases;
+    for (std::size_t where = 0; where < interfaces; ++where)
+        for (const auto& check : checks)
+            cases.push_back({"case " + std::to_string(cases.size()) + nameOf(Interface(where)),
+                             [=, f = exports[where]] { return std::apply(f, check.second); },
+                             check.first});
+    return cases;
+}
 
 // Data that the routine must refuse: status 8 with this info, and what holds then.
 struct FailingCase {

@@ -1,5 +1,4 @@
 // gels and gglse through the harness.
-#include "lapack/frame.h"
 #include "lapack/gels.h"
 #include "lapack/gglse.h"
 #include "lapack/operands_call.h"
@@ -15,11 +14,15 @@ using lumo::Complex;
 struct Problem {
     char trans;
     int m, n, nrhs;
-    std::string name() const {
-        return std::string(1, trans) + " " + std::to_string(m) + " x " + std::to_string(n) + ", " +
-               std::to_string(nrhs);
-    }
 };
+
+// Of a part of column j.
+template <class M>
+double length(const M& a, int j, int begin, int end) {
+    double sum = 0;
+    for (int i = begin; i < end; ++i) sum += std::norm(wide(a(i, j)));
+    return std::sqrt(sum);
+}
 
 // A least-squares solution leaves a residual orthogonal to A's range (xQRT17), whose norm the rest
 // of B tells; a minimum-norm solution solves the system (xQRT16) and lies in the range of op(A)^H
@@ -34,10 +37,7 @@ void checkSolution(const Problem& p, const Matrix<T>& a0, const Matrix<T>& b0,
     if (a.m >= a.n) {
         EXPECT_LT(norm1(op('C', a) * residual) / (norm1(a) * norm1(b) * size), leastSquaresBound);
         for (int j = 0; j < b.n && a.m > a.n; ++j) {
-            double told = 0, actual = 0;
-            for (int i = a.n; i < a.m; ++i) told += std::norm(wide(x0(i, j)));
-            for (int i = 0; i < a.m; ++i) actual += std::norm(residual(i, j));
-            EXPECT_NEAR(std::sqrt(told), std::sqrt(actual), 1e-4 * norm1(b));
+            EXPECT_NEAR(length(x0, j, a.n, a.m), length(residual, j, 0, a.m), 1e-4 * norm1(b));
         }
     } else {
         EXPECT_LT(norm1(residual) / (norm1(a) * norm1(x) * size), leastSquaresBound);
@@ -52,14 +52,9 @@ std::unique_ptr<OperandsCall<T>> gelsCall(Problem p, Matrix<T> a, Interface inte
     const int lda = a.ld, ldb = b.ld;
     auto run = [=](Interface where, const std::vector<T*>& at) {
         const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
-        if constexpr (std::is_same_v<RealOf<T>, double>)
-            return lumo::computeFrame<T>(lumo::deviceCall, [&] {
-                lumo::gels(p.trans, p.m, p.n, p.nrhs, at[0], lda, at[1], ldb);
-            });
-        else
-            return (where == Interface::host ? byType<T>(lumoSgels, lumoCgels)
-                                             : byType<T>(lumoDeviceSgels, lumoDeviceCgels))(
-                p.trans, p.m, p.n, p.nrhs, exported(at[0]), lda, exported(at[1]), ldb);
+        return callRoutine<T>(
+            where, [](auto e) { return e.gels; }, [](auto... x) { lumo::gels(x...); }, p.trans, p.m,
+            p.n, p.nrhs, at[0], lda, at[1], ldb);
     };
     auto check = [p](const auto& before, const auto& after) {
         if (std::min({p.m, p.n, p.nrhs}) > 0)
@@ -86,31 +81,6 @@ std::vector<GoodCase> gelsCases(const Shapes& shapes, std::initializer_list<int>
     return cases;
 }
 
-template <class T>
-std::vector<ArgumentCase> gelsArguments() {
-    std::vector<ArgumentCase> cases;
-    static T a[16];
-    for (auto f : {byType<T>(lumoSgels, lumoCgels), byType<T>(lumoDeviceSgels, lumoDeviceCgels)}) {
-        auto call = [=](char trans, int m, int n, int nrhs, int lda, int ldb, bool hasA = false) {
-            return [=] {
-                return f(trans, m, n, nrhs, exported(hasA ? a : nullptr), lda,
-                         exported(static_cast<T*>(nullptr)), ldb);
-            };
-        };
-        cases.insert(cases.end(), {{"trans", call('X', -1, -1, -1, 0, 0), -1},
-                                   {"m", call('N', -1, -1, -1, 0, 0), -2},
-                                   {"n", call('t', 2, -1, -1, 0, 0), -3},
-                                   {"nrhs", call('c', 2, 2, -1, 0, 0), -4},
-                                   {"lda", call('N', 2, 2, 1, 1, 0), -6},
-                                   {"ldb below m", call('N', 2, 1, 1, 2, 1), -8},
-                                   {"ldb below n", call('N', 2, 3, 1, 2, 2), -8},
-                                   {"a", call('N', 2, 2, 1, 2, 2), -5},
-                                   {"b", call('N', 2, 2, 1, 2, 2, true), -7},
-                                   {"no right-hand sides", call('N', 2, 3, 0, 2, 3), 0}});
-    }
-    return cases;
-}
-
 // A of which one column (or row, where it is wide) is zero: the triangle has a zero there, in the
 // first block or a later one.
 template <class T>
@@ -119,7 +89,8 @@ std::vector<FailingCase> gelsFailing() {
     for (auto [m, n, zero] : {std::tuple{9, 3, 1}, {12, 9, 0}, {12, 9, 6}, {7, 12, 5}})
         for (char trans : {'N', 'C'})
             cases.push_back(
-                {Problem{trans, m, n, zero}.name(), [=, m = m, n = n, zero = zero] {
+                {label(std::string{trans}, m, n, interfaces<T>()[0]),
+                 [=, m = m, n = n, zero = zero] {
                      auto a = Matrix<T>::random(m, n);
                      for (int i = 0; i < std::max(m, n); ++i)
                          (m >= n ? a(i, zero) : a(zero, i)) = T(0);
@@ -158,10 +129,8 @@ void checkConstrained(const Constrained& s, const std::vector<Matrix<T>>& before
     const WideMatrix r = c - a * x, gradient = op('C', a) * r;
     const double scale = norm1(a) * (norm1(c) + norm1(a) * norm1(x));
     EXPECT_LT(distanceFromRange(op('C', b), gradient) / (scale * epsilon<T>), lseBound);
-    double told = 0, actual = 0;
-    for (int i = s.n - s.p; i < s.m; ++i) told += std::norm(wide(after[2](i, 0)));
-    for (int i = 0; i < s.m; ++i) actual += std::norm(r(i, 0));
-    EXPECT_NEAR(std::sqrt(told), std::sqrt(actual), 1e-4 * (norm1(c) + norm1(a) * norm1(x)));
+    EXPECT_NEAR(length(after[2], 0, s.n - s.p, s.m), length(r, 0, 0, s.m),
+                1e-4 * (norm1(c) + norm1(a) * norm1(x)));
 }
 
 template <class T>
@@ -170,15 +139,9 @@ std::unique_ptr<OperandsCall<T>> gglseCall(Constrained s, Matrix<T> a, Matrix<T>
     const int lda = a.ld, ldb = b.ld;
     auto run = [=](Interface where, const std::vector<T*>& at) {
         const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
-        if constexpr (std::is_same_v<RealOf<T>, double>)
-            return lumo::computeFrame<T>(lumo::deviceCall, [&] {
-                lumo::gglse(s.m, s.n, s.p, at[0], lda, at[1], ldb, at[2], at[3], at[4]);
-            });
-        else
-            return (where == Interface::host ? byType<T>(lumoSgglse, lumoCgglse)
-                                             : byType<T>(lumoDeviceSgglse, lumoDeviceCgglse))(
-                s.m, s.n, s.p, exported(at[0]), lda, exported(at[1]), ldb, exported(at[2]),
-                exported(at[3]), exported(at[4]));
+        return callRoutine<T>(
+            where, [](auto e) { return e.gglse; }, [](auto... x) { lumo::gglse(x...); }, s.m, s.n,
+            s.p, at[0], lda, at[1], ldb, at[2], at[3], at[4]);
     };
     auto check = [s](const auto& before, const auto& after) { checkConstrained(s, before, after); };
     return std::make_unique<OperandsCall<T>>(
@@ -192,44 +155,11 @@ std::vector<GoodCase> gglseCases(const std::vector<Constrained>& shapes, bool sh
     std::vector<GoodCase> cases;
     for (Interface interface : interfaces<T>())
         for (Constrained s : shapes)
-            cases.push_back(
-                {s.name() + (interface == Interface::host ? ", host" : ", device"), [=] {
-                     return gglseCall<T>(s, Matrix<T>::random(s.m, s.n, s.m + 1),
-                                         Matrix<T>::random(s.p, s.n, s.p + 2, 2), interface,
-                                         shrunk);
-                 }});
-    return cases;
-}
-
-template <class T>
-std::vector<ArgumentCase> gglseArguments() {
-    std::vector<ArgumentCase> cases;
-    static T memory[16];
-    for (auto f :
-         {byType<T>(lumoSgglse, lumoCgglse), byType<T>(lumoDeviceSgglse, lumoDeviceCgglse)}) {
-        // Letters name the operands that are not null.
-        auto call = [=](int m, int n, int p, int lda, int ldb, std::string has) {
-            auto at = [=](char which) {
-                return exported(has.find(which) == has.npos ? nullptr : memory);
-            };
-            return
-                [=] { return f(m, n, p, at('a'), lda, at('b'), ldb, at('c'), at('d'), at('x')); };
-        };
-        cases.insert(cases.end(), {{"m", call(-1, -1, -1, 0, 0, ""), -1},
-                                   {"n below 0", call(2, -1, 0, 0, 0, ""), -3},
-                                   {"p above n", call(2, 2, 3, 0, 0, ""), -3},
-                                   {"p below 0", call(2, 2, -1, 0, 0, ""), -3},
-                                   {"n above m + p", call(2, 4, 1, 0, 0, ""), -3},
-                                   {"lda", call(2, 3, 1, 1, 0, ""), -5},
-                                   {"ldb", call(2, 3, 2, 2, 1, ""), -7},
-                                   {"a", call(2, 3, 1, 2, 1, ""), -4},
-                                   {"b", call(2, 3, 1, 2, 1, "a"), -6},
-                                   {"c", call(2, 3, 1, 2, 1, "ab"), -8},
-                                   {"d", call(2, 3, 1, 2, 1, "abc"), -9},
-                                   {"x", call(2, 3, 1, 2, 1, "abcd"), -10},
-                                   {"x without constraints", call(2, 2, 0, 2, 1, "ac"), -10},
-                                   {"no unknowns", call(2, 0, 0, 2, 1, ""), 0}});
-    }
+            cases.push_back({s.name() + nameOf(interface), [=] {
+                                 return gglseCall<T>(s, Matrix<T>::random(s.m, s.n, s.m + 1),
+                                                     Matrix<T>::random(s.p, s.n, s.p + 2, 2),
+                                                     interface, shrunk);
+                             }});
     return cases;
 }
 
@@ -250,7 +180,7 @@ std::vector<FailingCase> gglseFailing() {
                              EXPECT_EQ(Outcome(lumoDataError, info), outcome(call->run()));
                              // What was not solved for is zero in host memory.
                              const Matrix<T> x = call->results()[4];
-                             for (int i = 0; i < 3 && interfaces<T>()[0] == Interface::host; ++i)
+                             for (int i = 0; i < 3 && interfaces<T>()[0] == inHost; ++i)
                                  EXPECT_TRUE(x(i, 0) == T(0));
                          }});
     return cases;
@@ -258,18 +188,30 @@ std::vector<FailingCase> gglseFailing() {
 
 template <class T>
 bool registerLeastSquares(const std::string& letter) {
-    constexpr bool isDouble = std::is_same_v<RealOf<T>, double>;
     std::vector<ArgumentCase> gelsErrors, gglseErrors;
-    if constexpr (!isDouble) {
-        gelsErrors = gelsArguments<T>();
-        gglseErrors = gglseArguments<T>();
+    if constexpr (!isDouble<T>) {
+        gelsErrors =
+            argumentCases(Exports<T>::gels, {1, 2, 3, 4, 6, 8, 5, 7},
+                          {'X', -1, -1, -1, none, 1, none, 1}, {'t', 2, 2, 1, some, 2, some, 2},
+                          {{-8, {'N', 2, 1, 1, none, 2, none, 1}},
+                           {-8, {'c', 2, 3, 1, none, 2, none, 2}},
+                           {0, {'N', 2, 3, 0, none, 2, none, 3}}});
+        // A bad n is told as a bad p.
+        gglseErrors = argumentCases(Exports<T>::gglse, {1, 3, 5, 7, 4, 6, 8, 9, 10},
+                                    {-1, 3, -1, none, 1, none, 1, none, none, none},
+                                    {2, 3, 2, some, 2, some, 2, some, some, some},
+                                    {{-3, {2, -1, 0, none, 0, none, 0, none, none, none}},
+                                     {-3, {2, 2, 3, none, 0, none, 0, none, none, none}},
+                                     {-3, {2, 4, 1, none, 0, none, 0, none, none, none}},
+                                     {-10, {2, 2, 0, some, 2, none, 1, some, none, none}},
+                                     {0, {2, 0, 0, none, 2, none, 1, none, none, none}}});
     }
     const Shapes small{{1, 1},  {6, 1},   {1, 6},   {4, 4}, {9, 9}, {30, 5},
                        {5, 30}, {17, 13}, {13, 17}, {0, 3}, {3, 0}};
     auto gels =
         gelsCases<T>(small, {1, 3}, true) + gelsCases<T>({{220, 110}, {110, 220}}, {2}, false);
     registerRoutine({letter + "gels", std::move(gels), gelsErrors, gelsFailing<T>(),
-                     gelsCases<T>({{9, 6}, {6, 9}}, {2}, true), isDouble, shrinkPanels<T>});
+                     gelsCases<T>({{9, 6}, {6, 9}}, {2}, true), isDouble<T>, shrinkPanels<T>});
 
     // No constraints, nothing but constraints, both, fewer equations than unknowns, the fewest
     // that there may be.
@@ -279,8 +221,8 @@ bool registerLeastSquares(const std::string& letter) {
     auto gglse =
         gglseCases<T>(few, true) + gglseCases<T>({{250, 210, 100}, {130, 220, 140}}, false);
     return registerRoutine({letter + "gglse", std::move(gglse), gglseErrors, gglseFailing<T>(),
-                            gglseCases<T>({{9, 6, 5}, {5, 8, 4}}, true), isDouble, shrinkPanels<T>,
-                            true});
+                            gglseCases<T>({{9, 6, 5}, {5, 8, 4}}, true), isDouble<T>,
+                            shrinkPanels<T>, true});
 }
 
 const bool registered =
@@ -295,7 +237,7 @@ TEST_F(OnSoftwareDevice, FailureComesBeforeBadData) {
     software::Fault fault{1, "cublasSgemm", 30, 14};
     for (auto [cublasError, status, info] :
          {std::tuple{14, lumoBlasError, 14}, {3, lumoInsufficientMemory, 0}}) {
-        auto call = gelsCall<float>({'N', 12, 9, 2}, a, Interface::host, true);
+        auto call = gelsCall<float>({'N', 12, 9, 2}, a, inHost, true);
         fault.cublasError = cublasError;
         software::inject(fault);
         EXPECT_EQ(Outcome(status, info), outcome(call->run()));

@@ -3,7 +3,6 @@
 
 #include <vector>
 
-#include "lapack/frame.h"
 #include "lapack/getrf.h"
 #include "lapack/getrs.h"
 #include "lapack/operands_call.h"
@@ -15,9 +14,7 @@ namespace test {
 // Panels of 8 columns, and the transposed path from order 20 on.
 template <class T>
 std::shared_ptr<void> shrinkLu() {
-    const lumo::GetrfTuning saved = lumo::getrfTuning<T>;
-    lumo::getrfTuning<T> = {{4, 4}, 20};
-    return std::shared_ptr<void>(nullptr, [saved](void*) { lumo::getrfTuning<T> = saved; });
+    return temporarily(lumo::getrfTuning<T>, {{4, 4}, 20});
 }
 
 // gesv of A and B or, where there is no B, getrf of A.
@@ -31,19 +28,14 @@ class LuCall : public OperandsCall<T> {
           solves_(operands.size() > 1),
           shrunk_(shrunk),
           interface_(interface),
-          m_(operands[0].m),
-          n_(operands[0].n),
-          nrhs_(operands.back().n),
-          lda_(operands[0].ld),
-          ldb_(operands.back().ld),
-          pivots_(blank<int>(std::min(m_, n_))) {
+          pivots_(blank<int>(std::min(operands[0].m, operands[0].n))) {
         // The pivots of getrf on the device lie there, those of gesv do not.
-        if (interface == Interface::device && !solves_ && !isInternal)
+        if (interface == inDevice && !solves_ && !isDouble<T>)
             devicePivots_ = std::make_unique<OnDevice<int>>(pivots_);
     }
 
     bool untouched() override {
-        const bool same = interface_ == Interface::device || pivots() == untouchedPivots();
+        const bool same = interface_ == inDevice || pivots() == blank<int>(pivots_.m).data;
         return same && OperandsCall<T>::untouched();
     }
 
@@ -55,9 +47,6 @@ class LuCall : public OperandsCall<T> {
     }
 
   private:
-    static constexpr bool isInternal = std::is_same_v<RealOf<T>, double>;
-
-    std::vector<int> untouchedPivots() const { return blank<int>(std::min(m_, n_)).data; }
     std::vector<int> pivots() const {
         return devicePivots_ ? devicePivots_->download().data : pivots_.data;
     }
@@ -65,29 +54,28 @@ class LuCall : public OperandsCall<T> {
     lumoStatus call(const std::vector<T*>& at) {
         const auto blocks = shrunk_ ? shrinkLu<T>() : nullptr;
         int* const ipiv = devicePivots_ ? devicePivots_->data() : pivots_.data.data();
-        if constexpr (isInternal) {
-            return lumo::computeFrame<T>(lumo::deviceCall, [&] {
-                if (const int info = lumo::getrf(m_, n_, at[0], lda_, ipiv))
-                    lumo::throwDataError(info);
-                if (solves_) lumo::getrs('n', n_, nrhs_, at[0], lda_, ipiv, at[1], ldb_);
-            });
-        } else {
-            const bool host = interface_ == Interface::host;
-            if (!solves_)
-                return (host ? byType<T>(lumoSgetrf, lumoCgetrf)
-                             : byType<T>(lumoDeviceSgetrf, lumoDeviceCgetrf))(
-                    m_, n_, exported(at[0]), lda_, ipiv);
-            return (host ? byType<T>(lumoSgesv, lumoCgesv)
-                         : byType<T>(lumoDeviceSgesv, lumoDeviceCgesv))(
-                n_, nrhs_, exported(at[0]), lda_, ipiv, exported(at[1]), ldb_);
-        }
+        const Matrix<T>& a = this->before().front();
+        const Matrix<T>& b = this->before().back();
+        auto factorize = [](auto... x) {
+            if (const int info = lumo::getrf(x...)) lumo::throwDataError(info);
+        };
+        auto solve = [&](int n, int nrhs, T* lu, int lda, int* pivots, T* x, int ldx) {
+            factorize(n, n, lu, lda, pivots);
+            lumo::getrs('n', n, nrhs, lu, lda, pivots, x, ldx);
+        };
+        if (!solves_)
+            return callRoutine<T>(
+                interface_, [](auto e) { return e.getrf; }, factorize, a.m, a.n, at[0], a.ld, ipiv);
+        return callRoutine<T>(
+            interface_, [](auto e) { return e.gesv; }, solve, a.n, b.n, at[0], a.ld, ipiv, at[1],
+            b.ld);
     }
 
     void check(const std::vector<Matrix<T>>& before, const std::vector<Matrix<T>>& after) {
         const std::vector<int> ipiv = pivots();
         for (int i = 0; i < int(ipiv.size()); ++i) {
             ASSERT_GE(ipiv[i], i + 1);
-            ASSERT_LE(ipiv[i], m_);
+            ASSERT_LE(ipiv[i], before[0].m);
         }
         EXPECT_LT(luResidual(before[0], after[0], ipiv), luBound);
         if (solves_) {
@@ -97,7 +85,6 @@ class LuCall : public OperandsCall<T> {
 
     const bool solves_, shrunk_;
     const Interface interface_;
-    const int m_, n_, nrhs_, lda_, ldb_;
     Matrix<int> pivots_;
     std::unique_ptr<OnDevice<int>> devicePivots_;
 };

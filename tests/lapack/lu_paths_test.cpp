@@ -43,7 +43,7 @@ class LuPaths : public OnSoftwareDevice {
 // i(nterchange) left, then the next block (i w s g d, the look-ahead) and the rest (i s g).
 TEST_F(LuPaths, ColumnPathRunsOnePanelAhead) {
     const auto shrunk = shrinkLu<float>();
-    auto call = getrfCall<float>(24, 20, 24, Interface::device);
+    auto call = getrfCall<float>(24, 20, 24, inDevice);
     EXPECT_EQ(
         "d"
         "wu"
@@ -59,7 +59,7 @@ TEST_F(LuPaths, ColumnPathRunsOnePanelAhead) {
 // 20 x 20, the same panels, transposed: the panel is gathered and scattered by transposes.
 TEST_F(LuPaths, SquarePathWorksOnTheTranspose) {
     const auto shrunk = shrinkLu<float>();
-    auto call = getrfCall<float>(20, 20, 22, Interface::device);
+    auto call = getrfCall<float>(20, 20, 22, inDevice);
     EXPECT_EQ(
         "Ttd"
         "wu"
@@ -75,22 +75,22 @@ TEST_F(LuPaths, SquarePathWorksOnTheTranspose) {
 }
 
 TEST_F(LuPaths, SmallMatricesAreTheCpus) {
-    auto call = getrfCall<float>(50, 50, 50, Interface::device);
+    auto call = getrfCall<float>(50, 50, 50, inDevice);
     EXPECT_EQ("", order(traceOf(*call)));
     call.reset();
     start(machine(13));  // panels of 64 columns here, 192 on later devices
-    auto early = getrfCall<float>(65, 65, 65, Interface::device);
+    auto early = getrfCall<float>(65, 65, 65, inDevice);
     const auto trace = traceOf(*early);
     EXPECT_EQ(1, count(trace, "cublasStrsm"));
     EXPECT_EQ(1, count(trace, "cublasSgemm"));
 }
 
 TEST_F(LuPaths, TheSwitchToTheSquarePath) {
-    auto column = getrfCall<float>(512, 512, 512, Interface::host);
+    auto column = getrfCall<float>(512, 512, 512, inHost);
     auto trace = traceOf(*column);
     EXPECT_EQ(0, count(trace, "TransposeInplace_k<"));
     EXPECT_EQ(3, count(trace, "cudaMemcpy2DAsync") / 2);
-    auto square = getrfCall<float>(513, 513, 513, Interface::host);
+    auto square = getrfCall<float>(513, 513, 513, inHost);
     trace = traceOf(*square);
     EXPECT_EQ(2, count(trace, "TransposeInplace_k<"));
     EXPECT_EQ(6, count(trace, "cudaMemcpyAsync"));  // flat: three panels down and up
@@ -103,7 +103,7 @@ TEST_F(LuPaths, TheSwitchToTheSquarePath) {
 TEST_F(LuPaths, HostSolveHoldsItsOperandsAndTwoPanels) {
     const int n = 600, nrhs = 10;
     const std::size_t pitch = 672;  // 600 rows up to a multiple of 96
-    auto call = gesvCall<float>(n, nrhs, 0, Interface::host);
+    auto call = gesvCall<float>(n, nrhs, 0, inHost);
     const std::size_t most = peakOf([&] { return call->run(); });
     call->checkResult();
     const std::size_t panel = std::size_t(n) * 192 * sizeof(float);
@@ -117,7 +117,7 @@ TEST_F(LuPaths, RowsBeyondSixteenBits) {
     const auto shrunk = shrinkLu<float>();
     auto a = Matrix<float>::random(66000, 18);
     for (int j = 0; j < 18; ++j) a(65990 - 3 * j, j) = 50;  // where column j's pivot comes from
-    const auto trace = traceOf(*luCall<float>({a}, Interface::host));
+    const auto trace = traceOf(*luCall<float>({a}, inHost));
     EXPECT_GT(count(trace, "KernelLASWPWide<"), 0);
 }
 

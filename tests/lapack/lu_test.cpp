@@ -33,31 +33,6 @@ std::vector<GoodCase> getrfGoodCases() {
 }
 
 template <class T>
-std::vector<ArgumentCase> getrfArgumentCases() {
-    std::vector<T> a(64);
-    std::vector<int> p(8);
-    std::vector<ArgumentCase> cases;
-    for (auto f :
-         {byType<T>(lumoSgetrf, lumoCgetrf), byType<T>(lumoDeviceSgetrf, lumoDeviceCgetrf)}) {
-        auto call = [=](int m, int n, bool hasA, int lda, bool hasPivots) {
-            return [=]() mutable {
-                return f(m, n, hasA ? exported(a.data()) : nullptr, lda,
-                         hasPivots ? p.data() : nullptr);
-            };
-        };
-        cases.insert(cases.end(), {{"m before all", call(-1, -1, false, 0, false), -1},
-                                   {"n before lda", call(5, -1, false, 0, false), -2},
-                                   {"lda before a", call(5, 5, false, 4, false), -4},
-                                   {"lda of no rows", call(0, 5, false, 0, false), -4},
-                                   {"a before ipiv", call(5, 5, false, 5, false), -3},
-                                   {"ipiv", call(5, 5, true, 5, false), -5},
-                                   {"no columns", call(5, 0, false, 5, false), 0},
-                                   {"no rows", call(0, 5, false, 1, false), 0}});
-    }
-    return cases;
-}
-
-template <class T>
 std::vector<FailingCase> getrfFailingCases() {
     std::vector<FailingCase> cases;
     // In the first panel, at its end, in a later one, in the last; the transposed path and not.
@@ -93,37 +68,6 @@ std::vector<GoodCase> gesvGoodCases() {
 }
 
 template <class T>
-std::vector<ArgumentCase> gesvArgumentCases() {
-    std::vector<T> a(64), b(64);
-    std::vector<int> p(8);
-    std::vector<ArgumentCase> cases;
-    for (auto f : {byType<T>(lumoSgesv, lumoCgesv), byType<T>(lumoDeviceSgesv, lumoDeviceCgesv)}) {
-        struct Has {
-            bool a, ipiv, b;
-        };
-        auto call = [=](int n, int nrhs, int lda, int ldb, Has has) {
-            return [=]() mutable {
-                return f(n, nrhs, has.a ? exported(a.data()) : nullptr, lda,
-                         has.ipiv ? p.data() : nullptr, has.b ? exported(b.data()) : nullptr, ldb);
-            };
-        };
-        const Has none{false, false, false}, all{true, true, true};
-        cases.insert(cases.end(),
-                     {{"n before all", call(-1, -1, 0, 0, none), -1},
-                      {"nrhs before lda", call(3, -1, 0, 0, none), -2},
-                      {"nrhs of an empty system", call(0, -1, 1, 1, none), -2},
-                      {"lda before ldb", call(3, 1, 2, 2, all), -4},
-                      {"ldb before a", call(3, 1, 3, 2, none), -7},
-                      {"a before ipiv", call(3, 1, 3, 3, none), -3},
-                      {"ipiv before b", call(3, 1, 3, 3, {true, false, false}), -5},
-                      {"b", call(3, 1, 3, 3, {true, true, false}), -6},
-                      {"b of no right-hand sides", call(3, 0, 3, 3, {true, true, false}), -6},
-                      {"empty", call(0, 3, 1, 1, none), 0}});
-    }
-    return cases;
-}
-
-template <class T>
 std::vector<FailingCase> gesvFailingCases() {
     std::vector<FailingCase> cases;
     for (int n : {6, 17, 33})
@@ -141,22 +85,28 @@ std::vector<FailingCase> gesvFailingCases() {
 template <class T>
 bool registerLu(const std::string& letter) {
     std::vector<ArgumentCase> getrfArguments, gesvArguments;
-    constexpr bool isDouble = std::is_same_v<RealOf<T>, double>;
-    if constexpr (!isDouble) {
-        getrfArguments = getrfArgumentCases<T>();
-        gesvArguments = gesvArgumentCases<T>();
+    if constexpr (!isDouble<T>) {
+        getrfArguments = argumentCases(
+            Exports<T>::getrf, {1, 2, 4, 3, 5}, {-1, -1, none, 4, none}, {5, 5, some, 5, some},
+            {{-4, {0, 5, none, 0, none}}, {0, {5, 0, none, 5, none}}, {0, {0, 5, none, 1, none}}});
+        gesvArguments =
+            argumentCases(Exports<T>::gesv, {1, 2, 4, 7, 3, 5, 6}, {-1, -1, none, 2, none, none, 2},
+                          {3, 1, some, 3, some, some, 3},
+                          {{-2, {0, -1, none, 1, none, none, 1}},
+                           {-6, {3, 0, some, 3, some, none, 3}},
+                           {0, {0, 3, none, 1, none, none, 1}}});
     }
     registerRoutine(
         {letter + "getrf", getrfGoodCases<T>(), getrfArguments, getrfFailingCases<T>(),
 
          casesOf<T>("getrf", {{6, 6}, {17, 17}, {21, 21}, {25, 17}},
                     [](int m, int n, Interface i) { return getrfCall<T>(m, n, m + 1, i); }),
-         isDouble, shrinkLu<T>});
+         isDouble<T>, shrinkLu<T>});
     return registerRoutine(
         {letter + "gesv", gesvGoodCases<T>(), gesvArguments, gesvFailingCases<T>(),
          casesOf<T>("gesv", {{6, 2}, {17, 2}, {21, 2}},
                     [](int n, int nrhs, Interface i) { return gesvCall<T>(n, nrhs, 1, i); }),
-         isDouble, shrinkLu<T>});
+         isDouble<T>, shrinkLu<T>});
 }
 
 const bool registered = registerLu<float>("S") && registerLu<Complex<float>>("C") &&

@@ -5,38 +5,29 @@
 #include <memory>
 #include <vector>
 
+#include "lapack/frame.h"
 #include "lapack/harness.h"
-#include "lumo.h"
 #include "residuals.h"
 #include "support/matrix.h"
 
 namespace test {
 
-enum class Interface { host, device };
-
 // The interfaces a LAPACK routine of a type is reached by; in double precision it is internal.
 template <class T>
 std::vector<Interface> interfaces() {
-    if constexpr (std::is_same_v<RealOf<T>, double>)
-        return {Interface::device};
+    if constexpr (isDouble<T>)
+        return {inDevice};
     else
-        return {Interface::host, Interface::device};
+        return {inHost, inDevice};
 }
 
-inline float* exported(float* p) {
-    return p;
-}
-inline lumoFloatComplex* exported(lumo::Complex<float>* p) {
-    return reinterpret_cast<lumoFloatComplex*>(p);
-}
-
-// The export of the type among those of S and C.
-template <class T, class Single, class Complex>
-constexpr auto byType(Single* s, Complex* c) {
-    if constexpr (lumo::isComplex<T>)
-        return c;
+// By the export that `exportOf` finds or, where there is none, `internal` in a device call.
+template <class T, class Find, class Internal, class... A>
+lumoStatus callRoutine(Interface where, Find exportOf, Internal internal, A... arguments) {
+    if constexpr (isDouble<T>)
+        return lumo::computeFrame<T>(lumo::deviceCall, [&] { internal(arguments...); });
     else
-        return s;
+        return callExport(exportOf(Exports<T>())[where], arguments...);
 }
 
 // Elements that nothing has been written to, by default a vector.
@@ -46,8 +37,7 @@ Matrix<T> blank(int m, int n = 1, int ld = 0) {
 }
 
 inline std::string label(const std::string& name, int m, int n, Interface interface) {
-    return name + " " + std::to_string(m) + " x " + std::to_string(n) +
-           (interface == Interface::host ? ", host" : ", device");
+    return name + " " + std::to_string(m) + " x " + std::to_string(n) + nameOf(interface);
 }
 
 // Each shape by each interface; make(m, n, interface) makes the call.
@@ -82,10 +72,8 @@ class OperandsCall : public Call {
           run_(std::move(run)),
           check_(std::move(check)) {
         for (Matrix<T>& a : after_) {
-            if (interface == Interface::device)
-                onDevice_.push_back(std::make_unique<OnDevice<T>>(a));
-            pointers_.push_back(interface == Interface::device ? onDevice_.back()->data()
-                                                               : a.data.data());
+            if (interface == inDevice) onDevice_.push_back(std::make_unique<OnDevice<T>>(a));
+            pointers_.push_back(interface == inDevice ? onDevice_.back()->data() : a.data.data());
         }
     }
 

@@ -2,11 +2,10 @@
 // for what is made of them.
 #pragma once
 
-#include <memory>
-
 #include "lapack/block_reflector.h"
 #include "lapack/tuning.h"
 #include "residuals.h"
+#include "support/machine.h"
 
 extern "C" void zgels_(const char*, const int*, const int*, const int*, std::complex<double>*,
                        const int*, std::complex<double>*, const int*, std::complex<double>*,
@@ -17,9 +16,7 @@ namespace test {
 // Panels of 4 lines.
 template <class T>
 std::shared_ptr<void> shrinkPanels() {
-    const lumo::BlockSize saved = lumo::geqrfTuning<T>;
-    lumo::geqrfTuning<T> = {4, 4};
-    return std::shared_ptr<void>(nullptr, [saved](void*) { lumo::geqrfTuning<T> = saved; });
+    return temporarily(lumo::geqrfTuning<T>, {4, 4});
 }
 
 constexpr double qrBound = 30;            // LAPACK xQRT01 with lin_s.in

@@ -2,7 +2,6 @@
 #include <cstring>
 
 #include "lapack/apply_q.h"
-#include "lapack/frame.h"
 #include "lapack/generate_q.h"
 #include "lapack/geqrf.h"
 #include "lapack/operands_call.h"
@@ -34,13 +33,9 @@ std::unique_ptr<Call> geqrfCall(Matrix<T> a, Interface interface, bool shrunk) {
     const int m = a.m, n = a.n, lda = a.ld;
     auto run = [=](Interface where, const std::vector<T*>& at) {
         const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
-        if constexpr (std::is_same_v<RealOf<T>, double>)
-            return lumo::computeFrame<T>(lumo::deviceCall,
-                                         [&] { lumo::geqrf(m, n, at[0], lda, at[1]); });
-        else
-            return (where == Interface::host ? byType<T>(lumoSgeqrf, lumoCgeqrf)
-                                             : byType<T>(lumoDeviceSgeqrf, lumoDeviceCgeqrf))(
-                m, n, exported(at[0]), lda, exported(at[1]));
+        return callRoutine<T>(
+            where, [](auto e) { return e.geqrf; }, [](auto... x) { lumo::geqrf(x...); }, m, n,
+            at[0], lda, at[1]);
     };
     auto check = [](const auto& before, const auto& after) {
         EXPECT_LT(factorizationResidual(Reflectors::ofQr, before[0], after[0], after[1]), qrBound);
@@ -59,46 +54,22 @@ std::vector<GoodCase> goodCases(const Shapes& shapes, bool shrunk) {
 }
 
 template <class T>
-std::vector<ArgumentCase> argumentCases() {
-    std::vector<ArgumentCase> cases;
-    if constexpr (std::is_same_v<RealOf<T>, float>) {
-        static T a[4], tau[2];
-        for (auto f :
-             {byType<T>(lumoSgeqrf, lumoCgeqrf), byType<T>(lumoDeviceSgeqrf, lumoDeviceCgeqrf)}) {
-            auto call = [=](int m, int n, bool hasA, int lda, bool hasTau) {
-                return [=] {
-                    return f(m, n, exported(hasA ? a : nullptr), lda,
-                             exported(hasTau ? tau : nullptr));
-                };
-            };
-            cases.insert(cases.end(), {{"m", call(-1, -1, false, 0, false), -1},
-                                       {"n", call(2, -1, false, 0, false), -2},
-                                       {"lda", call(2, 2, false, 1, false), -4},
-                                       {"lda of no rows", call(0, 2, false, 0, false), -4},
-                                       {"a", call(2, 2, false, 2, false), -3},
-                                       {"tau", call(2, 2, true, 2, false), -5},
-                                       {"tau of a row", call(1, 2, true, 1, false), -5},
-                                       {"no rows", call(0, 2, false, 1, false), 0},
-                                       {"no columns", call(2, 0, false, 2, false), 0}});
-        }
-    }
-    return cases;
-}
-
-template <class T>
 std::vector<FailingCase> failingCases() {
     return {{"not a number in, not a number out", [] {
                  auto a = Matrix<T>::random(13, 11);
                  a(6, 2) = scalar<T>(std::nan(""));
                  OperandsCall<T> call(
-                     {a, blank<T>(11)}, Interface::device,
+                     {a, blank<T>(11)}, inDevice,
                      [](Interface, const std::vector<T*>& at) {
                          return lumo::computeFrame<T>(
                              lumo::deviceCall, [&] { lumo::geqrf(13, 11, at[0], 13, at[1]); });
                      },
                      nullptr);
                  EXPECT_EQ(lumoNoError, call.run());
-                 EXPECT_TRUE(std::isnan(wide(call.results()[0](10, 10)).real()));
+                 // With panels of 4 in R's last element. Some CPU libraries, whose one panel it is
+                 // otherwise, tell it by tau alone.
+                 EXPECT_TRUE(std::isnan(wide(call.results()[0](10, 10)).real()) ||
+                             std::isnan(wide(call.results()[1](2, 0)).real()));
              }}};
 }
 
@@ -109,25 +80,30 @@ bool registerQr(const std::string& letter) {
                        {9, 9}, {30, 4}, {30, 5}, {4, 30}, {5, 30}, {33, 21}, {21, 33}};
     auto good = goodCases<T>(small, true) +
                 goodCases<T>({{96, 96}, {97, 97}, {130, 191}, {300, 193}}, false);
-    return registerRoutine({letter + "geqrf", std::move(good), argumentCases<T>(),
-                            failingCases<T>(),
-                            goodCases<T>({{4, 4}, {9, 9}, {13, 6}, {6, 13}}, true),
-                            std::is_same_v<RealOf<T>, double>, shrinkPanels<T>});
+    std::vector<ArgumentCase> arguments;
+    if constexpr (!isDouble<T>)
+        arguments = argumentCases(Exports<T>::geqrf, {1, 2, 4, 3, 5}, {-1, -1, none, 1, none},
+                                  {2, 2, some, 2, some},
+                                  {{-4, {0, 2, none, 0, none}},
+                                   {-5, {1, 2, some, 1, none}},
+                                   {0, {0, 2, none, 1, none}},
+                                   {0, {2, 0, none, 2, none}}});
+    return registerRoutine({letter + "geqrf", std::move(good), arguments, failingCases<T>(),
+                            goodCases<T>({{4, 4}, {9, 9}, {13, 6}, {6, 13}}, true), isDouble<T>,
+                            shrinkPanels<T>});
 }
 
 const bool registered = registerQr<float>("S") && registerQr<Complex<float>>("C") &&
                         registerQr<double>("D") && registerQr<Complex<double>>("Z");
 
 // A 1 x 1 matrix may have null operands as far as the check goes.
-TEST(Qr, NullOperandsOfOneElement) {
-    ASSERT_EQ(lumoNoError, lumoInitialize());
+TEST_F(OnMachine, QrOfOneElementWithNullOperands) {
     float one = 1;
     for (auto f : {lumoSgeqrf, lumoDeviceSgeqrf}) {
         EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorInvalidValue),
                   outcome(f(1, 1, nullptr, 1, &one)));
     }
     EXPECT_EQ(lumoRuntimeError, lumoSgeqrf(1, 1, &one, 1, nullptr));
-    lumoShutdown();
 }
 
 // --- Reflectors of all three factorisations ---------------------------------------------------

@@ -1,7 +1,6 @@
 // gesvd through the harness, with all 15 pairs of jobs.
 #include <cctype>
 
-#include "lapack/frame.h"
 #include "lapack/gesvd.h"
 #include "lapack/operands_call.h"
 #include "lapack/orthogonal.h"
@@ -17,15 +16,12 @@ namespace {
 
 using lumo::Complex;
 
-constexpr double svdBound = 50;  // LAPACK xDRVBD with svd.in
-
 // Panels of so many columns in the reduction and of 4 elsewhere.
 template <class T>
 std::shared_ptr<void> shrinkSvd(int columns = 4) {
-    const lumo::BlockSize saved = lumo::gebrdTuning<T>;
-    lumo::gebrdTuning<T> = {columns, columns};
-    return std::shared_ptr<void>(
-        nullptr, [saved, panels = shrinkPanels<T>()](void*) { lumo::gebrdTuning<T> = saved; });
+    using Restored = std::shared_ptr<void>;
+    return std::make_shared<std::pair<Restored, Restored>>(
+        temporarily(lumo::gebrdTuning<T>, {columns, columns}), shrinkPanels<T>());
 }
 
 struct Jobs {
@@ -41,13 +37,14 @@ std::vector<double> valuesIn(const Matrix<T>& s) {
     return {first, first + s.m};
 }
 
-std::vector<double> referenceValues(WideMatrix a) {
+// Left vectors of a tall A take its place.
+std::vector<double> referenceValues(WideMatrix& a, const char* left) {
     const int k = std::min(a.m, a.n), one = 1, size = 64 * (a.m + a.n);
     std::vector<double> s(k), rwork(5 * k + 1);
     std::vector<Wide> work(size);
     Wide unused;
     int info = 0;
-    zgesvd_("N", "N", &a.m, &a.n, a.data.data(), &a.m, s.data(), &unused, &one, &unused, &one,
+    zgesvd_(left, "N", &a.m, &a.n, a.data.data(), &a.m, s.data(), &unused, &one, &unused, &one,
             work.data(), &size, rwork.data(), &info, 1, 1);
     return s;
 }
@@ -60,7 +57,8 @@ void checkSvd(Jobs jobs, const std::vector<Matrix<T>>& before,
               const std::vector<Matrix<T>>& after) {
     const int m = before[0].m, n = before[0].n, k = std::min(m, n);
     const WideMatrix a(before[0]);
-    const std::vector<double> s = valuesIn(after[1]), expected = referenceValues(a);
+    WideMatrix copy = a;
+    const std::vector<double> s = valuesIn(after[1]), expected = referenceValues(copy, "N");
     const double size = std::max(m, n) * epsilon<T>, scale = norm1(a) > 0 ? norm1(a) : 1;
     for (int i = 0; i < k; ++i) {
         EXPECT_NEAR(expected[i], s[i], svdBound * size * expected[0]) << "value " << i;
@@ -109,15 +107,9 @@ std::unique_ptr<OperandsCall<T>> svdCall(Jobs jobs, Matrix<T> a, Interface inter
         const auto blocks = shrunk ? shrinkSvd<T>() : nullptr;
         auto* const s = reinterpret_cast<RealOf<T>*>(at[1]);
         T *const atU = hasU ? at[2] : nullptr, *const atVt = hasVt ? at[3] : nullptr;
-        if constexpr (std::is_same_v<RealOf<T>, double>)
-            return lumo::computeFrame<T>(lumo::deviceCall, [&] {
-                lumo::gesvd(jobs.u, jobs.vt, m, n, at[0], lda, s, atU, ldu, atVt, ldvt);
-            });
-        else
-            return (where == Interface::host ? byType<T>(lumoSgesvd, lumoCgesvd)
-                                             : byType<T>(lumoDeviceSgesvd, lumoDeviceCgesvd))(
-                jobs.u, jobs.vt, m, n, exported(at[0]), lda, s, exported(atU), ldu, exported(atVt),
-                ldvt);
+        return callRoutine<T>(
+            where, [](auto e) { return e.gesvd; }, [](auto... x) { lumo::gesvd(x...); }, jobs.u,
+            jobs.vt, m, n, at[0], lda, s, atU, ldu, atVt, ldvt);
     };
     auto check = [jobs](const auto& before, const auto& after) { checkSvd(jobs, before, after); };
     return std::make_unique<OperandsCall<T>>(
@@ -140,49 +132,6 @@ std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs, const Shapes& shap
         cases = cases + casesOf<T>({j.u, j.vt}, shapes, [=](int m, int n, Interface interface) {
                     return svdCall<T>(j, Matrix<T>::random(m, n, m + 3), interface, shrunk);
                 });
-    return cases;
-}
-
-template <class T>
-std::vector<ArgumentCase> argumentCases() {
-    std::vector<ArgumentCase> cases;
-    if constexpr (std::is_same_v<RealOf<T>, float>) {
-        static T memory[16];
-        static float values[4];
-        for (auto f :
-             {byType<T>(lumoSgesvd, lumoCgesvd), byType<T>(lumoDeviceSgesvd, lumoDeviceCgesvd)}) {
-            // Letters name the operands that are not null.
-            auto call = [=](char u, char vt, int m, int n, int lda, int ldu, int ldvt,
-                            std::string has) {
-                auto at = [=](char which) {
-                    return exported(has.find(which) == has.npos ? nullptr : memory);
-                };
-                return [=] {
-                    return f(u, vt, m, n, at('a'), lda,
-                             has.find('s') == has.npos ? nullptr : values, at('u'), ldu, at('v'),
-                             ldvt);
-                };
-            };
-            cases.insert(cases.end(),
-                         {{"jobu", call('X', 'X', -1, -1, 0, 0, 0, ""), -1},
-                          {"jobvt", call('a', 'X', -1, -1, 0, 0, 0, ""), -2},
-                          {"both overwrite", call('o', 'o', -1, -1, 0, 0, 0, ""), -2},
-                          {"m", call('N', 'N', -1, -1, 0, 0, 0, ""), -3},
-                          {"n", call('N', 'N', 2, -1, 0, 0, 0, ""), -4},
-                          {"lda before a", call('N', 'N', 2, 2, 1, 0, 0, ""), -6},
-                          {"ldu without u", call('N', 'N', 2, 2, 2, 0, 0, ""), -9},
-                          {"ldu", call('S', 'N', 2, 2, 2, 1, 0, ""), -9},
-                          {"ldvt without vt", call('N', 'O', 2, 2, 2, 1, 0, ""), -11},
-                          {"ldvt of all rows", call('N', 'A', 2, 3, 2, 1, 2, ""), -11},
-                          {"ldvt of some rows", call('N', 'S', 2, 3, 2, 1, 1, ""), -11},
-                          {"ldvt of some rows is enough", call('N', 'S', 2, 3, 2, 1, 2, ""), -5},
-                          {"s", call('A', 'A', 2, 2, 2, 2, 2, "a"), -7},
-                          {"u", call('A', 'A', 2, 2, 2, 2, 2, "as"), -8},
-                          {"vt", call('A', 'A', 2, 2, 2, 2, 2, "asu"), -10},
-                          {"no rows", call('A', 'A', 0, 2, 1, 1, 2, ""), 0},
-                          {"no columns", call('A', 'A', 2, 0, 2, 2, 1, ""), 0}});
-        }
-    }
     return cases;
 }
 
@@ -213,34 +162,45 @@ bool registerSvd(const std::string& letter) {
             {{1, 1}, {1, 6}, {6, 1}, {7, 5}, {8, 5}, {5, 8}, {5, 7}, {9, 9}, {21, 9}, {9, 21}},
             true) +
         svdCases<T>({{'S', 'S'}}, {{130, 110}, {110, 130}, {250, 100}, {100, 250}}, false);
-    return registerRoutine(
-        {letter + "gesvd", std::move(good), argumentCases<T>(), failingCases<T>(),
-         svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}, false),
-         std::is_same_v<RealOf<T>, double>, [] { return shrinkSvd<T>(2); }, true});
+    std::vector<ArgumentCase> arguments;
+    if constexpr (!isDouble<T>)
+        arguments = argumentCases(Exports<T>::gesvd, {1, 2, 3, 4, 6, 9, 11, 5, 7, 8, 10},
+                                  {'X', 'X', -1, -1, none, 1, none, none, 1, none, 2},
+                                  {'a', 'A', 2, 3, some, 2, some, some, 2, some, 3},
+                                  {{-2, {'o', 'o', -1, -1, none, 0, none, none, 0, none, 0}},
+                                   {-9, {'N', 'N', 2, 2, none, 2, none, none, 0, none, 0}},
+                                   {-9, {'S', 'N', 2, 2, none, 2, none, none, 1, none, 0}},
+                                   {-11, {'N', 'O', 2, 2, none, 2, none, none, 1, none, 0}},
+                                   {-11, {'N', 'S', 2, 3, none, 2, none, none, 1, none, 1}},
+                                   {-5, {'N', 'S', 2, 3, none, 2, none, none, 1, none, 2}},
+                                   {0, {'A', 'A', 0, 2, none, 1, none, none, 1, none, 2}},
+                                   {0, {'A', 'A', 2, 0, none, 2, none, none, 2, none, 1}}});
+    return registerRoutine({letter + "gesvd", std::move(good), arguments, failingCases<T>(),
+                            svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}, false),
+                            isDouble<T>, [] { return shrinkSvd<T>(2); }, true});
 }
 
 const bool registered = registerSvd<float>("S") && registerSvd<Complex<float>>("C") &&
                         registerSvd<double>("D") && registerSvd<Complex<double>>("Z");
 
+class SvdPaths : public OnSoftwareDevice {};
+
 // In ordinary memory, where a workspace still holds what an earlier call left in it: nothing of
 // that comes out with a matrix that has no decomposition.
-TEST(Svd, NoVectorsOfEarlierCalls) {
-    if (!onSoftwareDevice()) GTEST_SKIP() << "in memory that is known to be kept";
-    startAfresh(machine(), Schedule::production);
-    ASSERT_EQ(lumoNoError, lumoInitialize());
+TEST_F(SvdPaths, NoVectorsOfEarlierCalls) {
+    start(machine(), Schedule::production);
     for (auto [m, n] : {std::pair{200, 50}, {50, 200}, {60, 50}})
         for (Jobs jobs : {Jobs{'S', 'S'}, {'A', 'A'}, {'N', 'S'}, {'S', 'N'}}) {
             auto a = Matrix<float>::random(m, n);
-            ASSERT_EQ(lumoNoError, svdCall<float>(jobs, a, Interface::host, false)->run());
+            ASSERT_EQ(lumoNoError, svdCall<float>(jobs, a, inHost, false)->run());
             a(7, 9) = float(std::nan(""));
-            auto call = svdCall<float>(jobs, a, Interface::host, false);
+            auto call = svdCall<float>(jobs, a, inHost, false);
             EXPECT_EQ(lumoDataError, call->run());
             for (int operand : {2, 3})
                 for (float x : call->results()[operand].data)
                     ASSERT_TRUE(std::isnan(x) || x == 0 || x == 1 || x == Matrix<float>::mark())
                         << m << " x " << n << " " << jobs.u << jobs.vt << ": " << x;
         }
-    lumoShutdown();
 }
 
 // --- Hard matrices --------------------------------------------------------------------------
@@ -248,21 +208,11 @@ TEST(Svd, NoVectorsOfEarlierCalls) {
 template <class T>
 class HardMatrices : public OnMachine {
   protected:
-    // U diag(values) V^H with the Q factors of random matrices.
+    // U diag(values) V^H with the left vectors of random matrices.
     Matrix<T> withValues(int m, int n, const std::vector<double>& values) {
         auto q = [](int rows, int columns, unsigned seed) {
             WideMatrix a(Matrix<T>::random(rows, columns, 0, seed));
-            for (int j = 0; j < columns; ++j)  // modified Gram-Schmidt, twice for the digits
-                for (int pass = 0; pass < 2; ++pass) {
-                    for (int k = 0; k < j; ++k) {
-                        Wide dot = 0;
-                        for (int i = 0; i < rows; ++i) dot += std::conj(a(i, k)) * a(i, j);
-                        for (int i = 0; i < rows; ++i) a(i, j) -= dot * a(i, k);
-                    }
-                    double norm = 0;
-                    for (int i = 0; i < rows; ++i) norm += std::norm(a(i, j));
-                    for (int i = 0; i < rows; ++i) a(i, j) /= std::sqrt(norm);
-                }
+            referenceValues(a, "O");
             return a;
         };
         const int k = std::min(m, n);
@@ -311,8 +261,6 @@ TYPED_TEST(HardMatrices, ComeOutRight) {
 }
 
 // --- What the trace tells -------------------------------------------------------------------
-
-class SvdPaths : public OnSoftwareDevice {};
 
 // The largest copy to the host of a device call, in bytes.
 std::size_t largestDownload(const std::vector<software::Call>& trace) {

@@ -2,10 +2,8 @@
 // element, what was launched, and what was refused.
 #pragma once
 
-#include <tuple>
-#include <type_traits>
-
 #include "runtime/exceptions.h"
+#include "support/arguments.h"
 #include "support/machine.h"
 #include "support/matrix.h"
 
@@ -116,26 +114,12 @@ int argumentError(F f) {
     return info;
 }
 
+// The launcher looks at its arguments, counted from 1, in this order.
 template <class... A>
-using ArgumentsOf = std::common_type_t<std::tuple<A...>>;  // the launcher alone says of what type
-
-// The launcher looks at its arguments, counted from 1, in this order: all are bad at first, and
-// then one after the other is put right.
-template <class... A>
-void expectChecks(void (*launcher)(A...), const std::vector<int>& order, ArgumentsOf<A...> bad,
-                  const ArgumentsOf<A...>& good) {
-    for (int next : order) {
-        EXPECT_EQ(-next, argumentError([&] { std::apply(launcher, bad); }));
-        int position = 0;
-        auto putRight = [&](auto& argument, const auto& right) {
-            if (++position == next) argument = right;
-        };
-        std::apply(
-            [&](auto&... argument) {
-                std::apply([&](const auto&... right) { (putRight(argument, right), ...); }, good);
-            },
-            bad);
-    }
+void expectChecks(void (*launcher)(A...), const std::vector<int>& order,
+                  const ArgumentsOf<A...>& bad, const ArgumentsOf<A...>& good) {
+    for (const auto& check : checksInOrder(order, bad, good))
+        EXPECT_EQ(check.first, argumentError([&] { std::apply(launcher, check.second); }));
 }
 
 }  // namespace test

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <exception>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -113,6 +114,14 @@ std::size_t peakOf(F f) {
     const std::size_t before = software::usage().deviceBytes;
     EXPECT_EQ(lumoNoError, f());
     return software::usage().devicePeak - before;
+}
+
+// Gives a variable a value while what this returns lives.
+template <class V>
+std::shared_ptr<void> temporarily(V& variable, const V& value) {
+    auto restore = [&variable, saved = variable](void*) { variable = saved; };
+    variable = value;
+    return std::shared_ptr<void>(nullptr, restore);
 }
 
 // What the exception that f throws says of itself.

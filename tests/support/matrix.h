@@ -16,18 +16,14 @@ namespace test {
 
 template <class T>
 using RealOf = lumo::RealOf<T>;
+template <class T>
+constexpr bool isDouble = std::is_same_v<RealOf<T>, double>;
 
 using ElementTypes = ::testing::Types<float, double, lumo::Complex<float>, lumo::Complex<double>>;
 
 // The wide type to compute expected values in.
 inline std::complex<double> wide(std::complex<double> z) {
     return z;
-}
-inline std::complex<double> wide(float x) {
-    return x;
-}
-inline std::complex<double> wide(double x) {
-    return x;
 }
 template <class R>
 std::complex<double> wide(lumo::Complex<R> z) {

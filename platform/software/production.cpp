@@ -1,0 +1,35 @@
+#include "platform/software/production.h"
+
+#include <algorithm>
+
+#include "platform/software/control.h"
+#include "platform/software/device.h"
+#include "platform/software/instruments.h"
+
+namespace software {
+bool isTheMachine() {
+    return schedule() == Schedule::production && machine().asFound &&
+           !instrumented.load(std::memory_order_relaxed);
+}
+
+// Measured. A panel is the caller's own work, while the other threads update what lies beyond the
+// next one.
+int panelWidth(platform::Panel kind, char /*type*/, int m, int n) {
+    if (!isTheMachine()) return 0;
+    const int order = std::min(m, n);
+    switch (kind) {
+        case platform::Panel::lu:
+            return order < 2048 ? (threads() == 1 ? 96 : 64) : 256;
+        case platform::Panel::qr:
+            return 64;
+        case platform::Panel::bidiagonal:
+            return 0;
+    }
+    return 0;
+}
+
+int sharesMemory() {
+    return isTheMachine();
+}
+
+}  // namespace software

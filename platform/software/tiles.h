@@ -1,0 +1,79 @@
+// How a product is cut into pieces that threads take one after the other.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+
+#include "platform/software/control.h"
+
+namespace software {
+
+// m x n elements from (i, j) on.
+struct Tile {
+    int i, j, m, n;
+};
+
+// The tiles of an m x n result. Each is a call of the CPU BLAS, which packs its operands anew: few
+// and nearly square ones cost least. Two for each thread, so that one that is late, as on a busy
+// machine, has its work done by others.
+class Tiles {
+  public:
+    enum class Cut { both, rows, columns };
+
+    // `work` as in Operation; a tile has at least `least` of it.
+    Tiles(int m, int n, double work, double least, Cut cut)
+        : work_(std::size_t(work)), m_(m), n_(n) {
+        const double most = std::min(2.0 * threads(), work / least);
+        const int wanted = threads() == 1 ? 1 : std::max(1, int(most));
+        int rows = 1, columns = 1;
+        if (cut == Cut::columns)
+            columns = wanted;
+        else if (cut == Cut::rows)
+            rows = wanted;
+        else
+            squarest(wanted, rows, columns);
+        height_ = pieceOf(m, rows);
+        width_ = pieceOf(n, columns);
+        rows_ = (m + height_ - 1) / height_;
+        columns_ = (n + width_ - 1) / width_;
+    }
+
+    // One that is not worth more than a thread.
+    static Tiles one(int m, int n, double work) { return {m, n, work, work + 1, Cut::both}; }
+
+    std::size_t count() const { return std::size_t(rows_) * std::size_t(columns_); }
+    std::size_t work() const { return work_; }
+    Tile operator[](std::size_t k) const {
+        const int i = int(k % std::size_t(rows_)) * height_,
+                  j = int(k / std::size_t(rows_)) * width_;
+        return {i, j, std::min(height_, m_ - i), std::min(width_, n_ - j)};
+    }
+
+  private:
+    // The micro-kernels of CPU libraries are no larger than this; between its multiples they go
+    // through other, slower code.
+    static constexpr int grain = 48;
+
+    static int pieceOf(int size, int pieces) {
+        const int piece = (size + pieces - 1) / std::max(1, pieces);
+        return pieces <= 1 ? std::max(1, size) : (piece + grain - 1) / grain * grain;
+    }
+
+    // Every column of tiles packs all rows of A, every row of tiles all columns of B.
+    void squarest(int wanted, int& rows, int& columns) const {
+        double least = -1;
+        for (int r = 1; r <= wanted; ++r) {
+            const int c = (wanted + r - 1) / r;
+            const double packed = double(m_) * c + double(n_) * r;
+            if (least >= 0 && packed >= least) continue;
+            least = packed;
+            rows = r;
+            columns = c;
+        }
+    }
+
+    std::size_t work_;
+    int m_, n_, height_, width_, rows_, columns_;
+};
+
+}  // namespace software

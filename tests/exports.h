@@ -1,0 +1,81 @@
+// The exports by element type and interface, and how tests call them.
+#pragma once
+
+#include <type_traits>
+
+#include "lumo.h"
+#include "runtime/complex.h"
+
+namespace test {
+
+enum Interface { inHost, inDevice };  // where the operands lie
+
+inline const char* nameOf(Interface where) {
+    return where == inHost ? ", host" : ", device";
+}
+
+// By interface.
+#define LUMO_EXPORT(type, name) \
+    static constexpr decltype(&lumo##type##name) name[] = {lumo##type##name, lumoDevice##type##name}
+#define LUMO_BLAS_EXPORTS(type) \
+    LUMO_EXPORT(type, gemm);    \
+    LUMO_EXPORT(type, gemv);    \
+    LUMO_EXPORT(type, symm);    \
+    LUMO_EXPORT(type, syrk);    \
+    LUMO_EXPORT(type, syr2k);   \
+    LUMO_EXPORT(type, trmm);    \
+    LUMO_EXPORT(type, trsm)
+#define LUMO_HERMITIAN_EXPORTS(type) \
+    LUMO_EXPORT(type, hemm);         \
+    LUMO_EXPORT(type, herk);         \
+    LUMO_EXPORT(type, her2k)
+#define LUMO_LAPACK_EXPORTS(type) \
+    LUMO_EXPORT(type, getrf);     \
+    LUMO_EXPORT(type, gesv);      \
+    LUMO_EXPORT(type, geqrf);     \
+    LUMO_EXPORT(type, gels);      \
+    LUMO_EXPORT(type, gglse);     \
+    LUMO_EXPORT(type, gesvd)
+
+template <class T>
+struct Exports;
+template <>
+struct Exports<float> {
+    LUMO_BLAS_EXPORTS(S);
+    LUMO_LAPACK_EXPORTS(S);
+};
+template <>
+struct Exports<double> {
+    LUMO_BLAS_EXPORTS(D);
+};
+template <>
+struct Exports<lumo::Complex<float>> {
+    LUMO_BLAS_EXPORTS(C);
+    LUMO_HERMITIAN_EXPORTS(C);
+    LUMO_LAPACK_EXPORTS(C);
+};
+template <>
+struct Exports<lumo::Complex<double>> {
+    LUMO_BLAS_EXPORTS(Z);
+    LUMO_HERMITIAN_EXPORTS(Z);
+};
+
+// A number or pointer of the tests as an export has it; the real part where it takes no more.
+template <class To, class From>
+To as(From x) {
+    if constexpr (std::is_convertible_v<From, To>)
+        return x;
+    else if constexpr (std::is_pointer_v<To>)
+        return reinterpret_cast<To>(x);
+    else if constexpr (std::is_arithmetic_v<To>)
+        return x.re;
+    else
+        return {x.re, x.im};
+}
+
+template <class... To, class... From>
+lumoStatus callExport(lumoStatus (*function)(To...), From... arguments) {
+    return function(as<To>(arguments)...);
+}
+
+}  // namespace test
