@@ -7,7 +7,7 @@
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check fuzz bench install bundle packages test-packages docs pictures format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check fuzz bench bench-unset bench-load install bundle packages test-packages docs pictures format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -77,11 +77,15 @@ fuzz: setup
 	        ../../tests/fuzz/corpus/$$kind; \
 	done
 
-# Lumo against the CPU LAPACK and BLAS, one thread each.
+# Lumo against the CPU LAPACK and BLAS: one thread each; with nothing set; beside two busy loops.
+one_thread = OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1
+benchmarks = lapack least_squares svd blas
 bench: build
-	for b in lapack least_squares svd blas kernels; do \
-	    OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 build/default/bench/bench_$$b; \
-	done
+	for b in $(benchmarks) kernels; do $(one_thread) build/default/bench/bench_$$b; done
+bench-unset: build
+	for b in $(benchmarks); do build/default/bench/bench_$$b; done
+bench-load: build
+	for b in $(benchmarks); do build/default/bench/bench_$$b --load=2; done
 
 install: build
 	cmake --install build/default

@@ -4,7 +4,7 @@
 //
 //     OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 bench_blas [--benchmark_filter=...]
 #include "contest.h"
-#include "platform/software/fortran_blas.h"
+#include "platform/fortran_blas.h"
 
 namespace {
 

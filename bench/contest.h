@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "lumo.h"
+#include "tools/common/busy_loops.h"
 #include "tools/common/measure.h"
 
 namespace bench {
@@ -91,12 +92,16 @@ void add(const Contest<Data>& contest, const Rounds& rounds) {
                   [n = n] { return std::make_unique<Data>(n); });
 }
 
+// --lumo_only, and --load=N for a machine that N busy loops keep busy.
 inline int runAll(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i)
-        if (std::string(argv[i]) == "--lumo_only") {
-            lumoOnly = true;
-            std::copy(argv + i + 1, argv + argc--, argv + i);
-        }
+    int load = 0;
+    const auto end = std::remove_if(argv + 1, argv + argc, [&](const char* argument) {
+        const bool mine = std::sscanf(argument, "--load=%d", &load) == 1;
+        if (std::string(argument) != "--lumo_only") return mine;
+        return lumoOnly = true;
+    });
+    argc = int(end - argv);
+    const lumo::BusyLoops busy(load);  // before there are threads
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     if (lumoInitialize() != lumoNoError) {

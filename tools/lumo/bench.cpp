@@ -7,6 +7,7 @@
 #include "bench_routines.h"
 #include "choice.h"
 #include "commands.h"
+#include "common/busy_loops.h"
 #include "common/progress.h"
 #include "gnuplot.h"
 #include "output_file.h"
@@ -82,8 +83,10 @@ void bench(const BenchOptions& options) {
     const auto routines = choose(benchRoutines(), options.routines);
     const auto table = openOutput(options.json), picture = openOutput(options.plot);
     if (picture) checkPlot(options.plot);
+    const BusyLoops load(options.load);  // before there are threads
     const Session session;
     const std::string device = session.device();
+    if (options.load > 0) std::printf("load: %d busy loops\n", options.load);
     std::printf("device: %s\n\n%-8s %6s %11s %11s %10s %10s %8s\n", device.c_str(), "routine", "n",
                 "Lumo ms", "CPU ms", "Lumo", "CPU", "Lumo ms");
     std::printf("%-8s %6s %11s %11s %10s %10s %8s\n", "", "", "", "", "Gflop/s", "Gflop/s",

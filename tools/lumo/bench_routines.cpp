@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "common/measure.h"
-#include "platform/software/fortran_blas.h"
+#include "platform/fortran_blas.h"
 #include "session.h"
 
 extern "C" {

@@ -17,8 +17,9 @@ void lstsq(const SystemFiles& files);
 
 struct BenchOptions {
     std::vector<std::string> routines;  // as "sgemm"; all if empty
-    std::string json, plot;             // files, if wanted
-    int largest = 2048;                 // order of the problems
+    int load = 0;
+    std::string json, plot;  // files, if wanted
+    int largest = 2048;      // order of the problems
 };
 void bench(const BenchOptions& options);
 

@@ -55,6 +55,9 @@ void addBench(CLI::App& app, lumo::BenchOptions& options) {
     command->add_option("-n,--largest", options.largest, "The largest order that is measured")
         ->check(CLI::Range(16, 32768))
         ->capture_default_str();
+    command->add_option("--load", options.load, "Measure beside so many busy loops")
+        ->check(CLI::Range(0, 1024))
+        ->capture_default_str();
     command->add_option("--json", options.json, "Write the speeds to this file");
     command->add_option("--plot", options.plot, "Draw the speeds to this .svg, .png or .pdf file");
     command->callback([&options] { lumo::bench(options); });
