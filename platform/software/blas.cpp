@@ -50,11 +50,12 @@ void gemm(char type, char transa, char transb, int m, int n, int k, const void* 
         transa, transb, m, n, k, a, lda, b, ldb, c, ldc);
 }
 
-// What an operation with a square matrix on one side leaves to cut: the other side's extent.
+// What an operation with a square matrix on one side leaves to cut: the other side's extent. Each
+// tile packs the whole square, so there are few.
 Tiles sidedTiles(char type, char side, int m, int n) {
     const bool left = platform::oneOf(side, "L");
     return productTiles(type, m, n, double(m) * n * (left ? m : n),
-                        left ? Tiles::Cut::columns : Tiles::Cut::rows);
+                        left ? Tiles::Cut::columns : Tiles::Cut::rows, 1);
 }
 
 void symm(char type, char side, char uplo, int m, int n, const void* alpha, const void* a, int lda,

@@ -108,12 +108,15 @@ inline void* atOf(char type, char trans, void* a, std::ptrdiff_t i, std::ptrdiff
     return platform::oneOf(trans, "N") ? at(type, a, i, j, lda) : at(type, a, j, i, lda);
 }
 
-// Tiles of a product of so many multiplications and additions, which a core does many of at a time.
-inline Tiles productTiles(char type, int m, int n, double multiplications, Tiles::Cut cut) {
+// Tiles of a product of so many multiplications and additions, which a core does several of at a
+// time. Two for each thread, so that one that is late, as on a busy machine, has its work done by
+// others.
+inline Tiles productTiles(char type, int m, int n, double multiplications, Tiles::Cut cut,
+                          int perThread = 2) {
     const double work = multiplications * (platform::isComplex(type) ? 4 : 1) *
                         (platform::isDouble(type) ? 2 : 1) / 8;
     constexpr double least = 1 << 17;  // above what libraries have special kernels for
-    return {m, n, work, least, cut};
+    return {m, n, work, least, cut, perThread};
 }
 
 // The bytes behind an operand, null if they are not all memory of the device.

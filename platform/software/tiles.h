@@ -14,16 +14,15 @@ struct Tile {
 };
 
 // The tiles of an m x n result. Each is a call of the CPU BLAS, which packs its operands anew: few
-// and nearly square ones cost least. Two for each thread, so that one that is late, as on a busy
-// machine, has its work done by others.
+// and nearly square ones cost least.
 class Tiles {
   public:
     enum class Cut { both, rows, columns };
 
     // `work` as in Operation; a tile has at least `least` of it.
-    Tiles(int m, int n, double work, double least, Cut cut)
+    Tiles(int m, int n, double work, double least, Cut cut, int perThread = 2)
         : work_(std::size_t(work)), m_(m), n_(n) {
-        const double most = std::min(2.0 * threads(), work / least);
+        const double most = std::min(double(perThread) * threads(), work / least);
         const int wanted = threads() == 1 ? 1 : std::max(1, int(most));
         int rows = 1, columns = 1;
         if (cut == Cut::columns)
@@ -34,8 +33,8 @@ class Tiles {
             squarest(wanted, rows, columns);
         height_ = pieceOf(m, rows);
         width_ = pieceOf(n, columns);
-        rows_ = (m + height_ - 1) / height_;
-        columns_ = (n + width_ - 1) / width_;
+        rows_ = ceilDiv(m, height_);
+        columns_ = ceilDiv(n, width_);
     }
 
     // One that is not worth more than a thread.
@@ -54,9 +53,10 @@ class Tiles {
     // through other, slower code.
     static constexpr int grain = 48;
 
+    static int ceilDiv(int size, int piece) { return size / piece + (size % piece > 0); }
     static int pieceOf(int size, int pieces) {
-        const int piece = (size + pieces - 1) / std::max(1, pieces);
-        return pieces <= 1 ? std::max(1, size) : (piece + grain - 1) / grain * grain;
+        if (pieces <= 1) return std::max(1, size);
+        return std::max(1, ceilDiv(ceilDiv(size, pieces), grain)) * grain;
     }
 
     // Every column of tiles packs all rows of A, every row of tiles all columns of B.

@@ -41,7 +41,10 @@ class Factorization {
         PanelTransfer<T> panel(unsigned(columns() ? m_ : nb_), unsigned(columns() ? nb_ : n_),
                                copiesOverlap());
         BlockReflector<T> reflector(kind_, width);
-        cudalib::Workspace<T> w(std::size_t(width) * length),
+        // W spares a GPU a triangular product for each update, at the cost of a product for each
+        // panel, for which the next one waits.
+        formsW_ = !panel.shared() || !columns();
+        cudalib::Workspace<T> w(formsW_ ? std::size_t(width) * length : 0),
             y(std::size_t(width) * std::size_t(updated));
         tau_.emplace(deviceTau_, k_, HostTau<T>::writesBack);
 
@@ -55,11 +58,17 @@ class Factorization {
             if (p.left <= 0) continue;
             sendFactor(reflector, p.count);
             reflector.expose(p.start, lda_, p.order, p.count);
-            formW(p, reflector, w.data());
+            if (formsW_) formW(p, reflector, w.data());
+            auto updateLines = [&](int first, int lines) {
+                if (formsW_)
+                    update(p, first, lines, w.data(), y.data());
+                else
+                    reflector.apply('L', 'C', lines, lineAfter(p, first), lda_, y.data());
+            };
             const int next = std::min(p.left, nb_);
-            update(p, 0, next, w.data(), y.data());
+            updateLines(0, next);
             if (done + nb_ < inPanels) download(panel, done + nb_);
-            update(p, next, p.left - next, w.data(), y.data());
+            updateLines(next, p.left - next);
             reflector.restore();
         }
         if (done < k_) unblocked(done);
@@ -122,9 +131,9 @@ class Factorization {
             if (backward()) std::reverse(t, t + count * count);
         }
         for (int i = 0; i < count; ++i) tau[i] = t[i * count + i];
-        // QR applies H^H to the left of A: what the device gets is T^H, transposed here and
+        // QR applies H^H to the left of A: for W the device gets T^H, transposed here and
         // conjugated there.
-        if (!columns()) return;
+        if (!columns() || !formsW_) return;
         for (int c = 1; c < count; ++c)
             for (int r = 0; r < c; ++r) {
                 t[r * count + c] = t[c * count + r];
@@ -150,6 +159,10 @@ class Factorization {
     }
 
     void sendFactor(BlockReflector<T>& reflector, int count) {
+        if (!formsW_)
+            return cudalib::checkCudaError(
+                cudalib::copy2D(reflector.t(), bytes(nb_), hostT_.data(), bytes(count),
+                                bytes(count), std::size_t(count), cudaMemcpyHostToDevice));
         cudalib::checkCudaError(cudaMemcpy(reflector.t(), hostT_.data(),
                                            bytes(count) * std::size_t(count),
                                            cudaMemcpyHostToDevice));
@@ -168,11 +181,16 @@ class Factorization {
                  reflector.t(), p.count, zero, w, p.order);
     }
 
+    // Of QR, column `first` of those after the panel, from the panel's first row on.
+    T* lineAfter(const Panel& p, int first) const {
+        return p.start + std::size_t(p.count + first) * std::size_t(lda_);
+    }
+
     // `lines` of the lines after the panel, from the `first` on.
     void update(const Panel& p, int first, int lines, const T* w, T* y) {
         if (lines <= 0) return;
         if (columns()) {
-            T* const c = p.start + std::size_t(p.count + first) * std::size_t(lda_);
+            T* const c = lineAfter(p, first);
             gemm('N', 'N', p.count, lines, p.order, one, w, p.count, c, lda_, zero, y, p.count);
             gemm('N', 'N', p.order, lines, p.count, minusOne, p.start, lda_, y, p.count, one, c,
                  lda_);
@@ -205,6 +223,7 @@ class Factorization {
     T* const deviceTau_;
     std::optional<HostTau<T>> tau_;
     int nb_ = 0;
+    bool formsW_ = true;
     std::vector<T> hostT_, adjoint_;
 };
 
