@@ -3,6 +3,7 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <thread>
@@ -39,14 +40,14 @@ int controlGroupLimit(const std::string& self, const std::string& root) {
         if (path == std::string::npos) continue;
         const std::string names = line.substr(controllers + 1, path - controllers - 1);
         if (!names.empty() && names.find("cpu") == std::string::npos) continue;
-        const std::string mount = names.empty() ? root : root + "/" + names;
+        const std::string mount = names.empty() ? root : (root + "/").append(names);
         for (std::string group = line.substr(path + 1);; group.erase(group.rfind('/'))) {
-            const double limit = limitOf(mount + group);
+            const double limit = limitOf(std::string(mount).append(group));
             if (limit > 0 && (least == 0 || limit < least)) least = limit;
             if (group.empty() || group.rfind('/') == std::string::npos) break;
         }
     }
-    return least == 0 ? 0 : std::max(1, int(least + 0.5));
+    return least == 0 ? 0 : std::max(1, int(std::lround(least)));
 }
 
 // No more than the CPU library would use: who has told it a number means the process.
