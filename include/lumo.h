@@ -417,7 +417,7 @@ LUMO_API lumoStatus lumoDeviceCgesv(int n, int nrhs, lumoFloatComplex* a, int ld
  * Q = H(1) ... H(k), k = min(m, n). tau: k factors.
  *
  * Status 7, info -1: m < 0; -2: n < 0; -4: lda < max(1, m); -3, -5: null a, tau unless the matrix
- * is empty or 1 x 1.
+ * is empty or 1 x 1; status 10, info 11 for a null operand of a 1 x 1 one.
  * Device memory beside the operands: none for k <= nb (96 columns for S, 64 for C), else
  * 2 nb^2 + nb (m + n) elements. Here and below, each of up to ten workspaces is rounded up to
  * 4096 bytes. */
@@ -440,7 +440,8 @@ LUMO_API lumoStatus lumoDeviceCgeqrf(int m, int n, lumoFloatComplex* a, int lda,
  * 0, max(m, n) rows of b become zero.
  *
  * Status 7, info -1: trans; -2: m < 0; -3: n < 0; -4: nrhs < 0; -6: lda < max(1, m);
- * -8: ldb < max(1, m, n); -5, -7: null a, b while m, n, nrhs > 0.
+ * -8: ldb < max(1, m, n); -5, -7: null a, b while m, n, nrhs > 0. Status 10, info 11: a null b of
+ * which rows are to become zero.
  * Status 8, info i > 0: A has not full rank, the i-th diagonal element of its triangular factor is
  * exactly zero; b is partly transformed. Infinities are no error: what depends on one may be 0.
  * Device memory beside the operands: at most min(m, n) + 2 nb^2 + nb (m + n + nrhs) elements, with
