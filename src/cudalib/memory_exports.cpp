@@ -41,16 +41,16 @@ lumoStatus copyMatrix(const MatrixCopy& c, cudaMemcpyKind kind) {
 
 lumoStatus lumoDeviceMalloc(void** pointer, size_t bytes) {
     void* block = nullptr;
-    if (pointer) *pointer = nullptr;
     const lumoStatus status = lumo::initializedFrame([&] {
         if (!pointer) lumo::throwArgumentError(-1);
         cudalib::allocateOrThrow([&] { return cudaMalloc(&block, bytes); });
     });
     // The check that follows may find a failure of something earlier.
-    if (status == lumoNoError)
-        *pointer = block;
-    else if (block && cudaFree(block) != cudaSuccess)
-        cudaGetLastError();
+    if (status != lumoNoError && block) {
+        if (cudaFree(block) != cudaSuccess) cudaGetLastError();
+        block = nullptr;
+    }
+    if (pointer) *pointer = block;
     return status;
 }
 

@@ -1,5 +1,7 @@
 #include "bench_plot.h"
 
+#include <cmath>
+
 #include <algorithm>
 #include <sstream>
 
@@ -17,7 +19,7 @@ void addPanel(std::ostream& script, const SpeedCurve& curve) {
     script << ")\nset xrange [" << curve.n.front() / 1.2 << ":" << curve.n.back() * 1.2 << "]\n"
            << "unset arrow\nset label 1 '";
     if (const double crossover = curve.crossover(); crossover > 0)
-        script << "Lumo is faster from " << int(crossover + 0.5)
+        script << "Lumo is faster from " << std::lround(crossover)
                << " on' at graph 0.97, 0.06 right\nset arrow from " << crossover << ", graph 0 to "
                << crossover << ", graph 1 nohead lc rgb '#c03020' dashtype 2\n";
     else
