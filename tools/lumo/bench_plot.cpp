@@ -1,8 +1,7 @@
 #include "bench_plot.h"
 
-#include <cmath>
-
 #include <algorithm>
+#include <cmath>
 #include <sstream>
 
 #include "gnuplot.h"
