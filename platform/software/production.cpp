@@ -7,6 +7,7 @@
 #include "platform/software/instruments.h"
 
 namespace software {
+
 bool isTheMachine() {
     return schedule() == Schedule::production && machine().asFound &&
            !instrumented.load(std::memory_order_relaxed);
