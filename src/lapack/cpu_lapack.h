@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 #include "platform/cuda3.h"
@@ -72,15 +73,53 @@ void gebrd(int m, int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tauq, T* 
     });
 }
 
+// A host matrix as xGESVD works on it: the matrix itself, or for complex elements a copy with a
+// spare column, which store() puts back.
+template <class T>
+class Roomy {
+  public:
+    Roomy(int m, int n, T* a, int lda) : m_(m), n_(n), a_(a), lda_(lda) {
+        if constexpr (isComplex<T>)
+            copy_.reset(new T[std::size_t(m) * std::size_t(n + spareColumns)]());
+    }
+    void load() const { move(a_, lda_, copy_.get(), m_); }
+    void store() const { move(copy_.get(), m_, a_, lda_); }
+    T* data() const { return isComplex<T> ? copy_.get() : a_; }
+    int leadingDimension() const { return isComplex<T> ? std::max(1, m_) : lda_; }
+
+  private:
+    void move(const T* from, int fromLd, T* to, int toLd) const {
+        if constexpr (isComplex<T>)
+            for (std::ptrdiff_t j = 0; j < n_; ++j)
+                std::copy_n(from + j * fromLd, m_, to + j * toLd);
+    }
+
+    const int m_, n_;
+    T* const a_;
+    const int lda_;
+    std::unique_ptr<T[]> copy_;
+};
+
 // xGESVD of a small matrix.
 template <class T>
 void gesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<T>* s, T* u, int ldu, T* vt,
            int ldvt) {
-    std::vector<RealOf<T>> rwork(isComplex<T> ? 5 * std::size_t(std::min(m, n)) : 0);
-    withWorkspace<T>(1, [&](T* work, int size) {
-        return platform::svd(letter<T>, jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt, work, size,
-                             rwork.data());
-    });
+    const int k = std::min(m, n);
+    auto vectors = [&](char job, int all) { return job == 'A' ? all : job == 'S' ? k : 0; };
+    const int left = vectors(jobu, m), right = vectors(jobvt, n);
+    const Roomy<T> A(m, n, a, lda), U(left > 0 ? m : 0, left, u, ldu),
+        VT(right, right > 0 ? n : 0, vt, ldvt);
+    A.load();
+    // What its fastest way takes with blocks of 32, as CPU LAPACKs have them, and a spare column.
+    const int longer = std::max(m, n), size = k * k + (2 * 32 + 4) * longer;
+    const std::unique_ptr<T[]> work(new T[std::size_t(size + spareColumns * longer)]);
+    std::vector<RealOf<T>> rwork(isComplex<T> ? 5 * std::size_t(k) : 0);
+    checkReturnedInfo(platform::svd(letter<T>, jobu, jobvt, m, n, A.data(), A.leadingDimension(), s,
+                                    U.data(), U.leadingDimension(), VT.data(),
+                                    VT.leadingDimension(), work.get(), size, rwork.data()));
+    A.store();
+    U.store();
+    VT.store();
 }
 
 }  // namespace lumo::cpu

@@ -1,5 +1,8 @@
 // What the harness does not see of the BLAS: which pieces an operation is split into, what is
 // transferred, and the odd corners.
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include "blas/blas_call.h"
 
 namespace test {
@@ -311,6 +314,33 @@ TEST_F(BlasPaths, NullOperandsThatPassTheChecks) {
     call->checkResult();
     EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorInvalidValue),
               outcome(lumoDeviceSgemm('N', 'N', 1, 1, 1, 1, nullptr, 1, c, 1, 0, c, 1)));
+}
+
+// On a caller's memory, behind which there is none: CPU libraries' complex kernels read further.
+TEST_F(BlasPaths, NothingBehindTheOperandsIsRead) {
+    start(software::defaultMachine(), Schedule::production);
+    const std::size_t page = std::size_t(sysconf(_SC_PAGESIZE));
+    void* const memory =
+        mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, memory);
+    auto* const end = reinterpret_cast<lumoFloatComplex*>(static_cast<char*>(memory) + page);
+    ASSERT_EQ(0, mprotect(end, page, PROT_NONE));
+    const lumoFloatComplex one{1, 0}, zero{0, 0};
+    lumoFloatComplex other[36], u[36], y[12];
+    float s[6];
+    for (int m = 1; m <= 6; ++m)
+        for (int n = 1; n <= 6; ++n) {
+            for (lumoFloatComplex* x : {end - 36, other}) std::fill_n(x, 36, one);
+            for (int incy : {1, -2}) {
+                EXPECT_EQ(lumoNoError,
+                          lumoCgemv('N', m, n, one, end - m * n, m, other, 1, zero, y, incy));
+                EXPECT_EQ(lumoNoError,
+                          lumoCgemv('N', m, n, one, other, m, end - n, 1, zero, y, incy));
+                for (int i = 0; i < m; ++i) EXPECT_EQ(n, y[i * std::abs(incy)].re) << m << n << i;
+            }
+            EXPECT_EQ(lumoNoError, lumoCgesvd('S', 'S', m, n, end - m * n, m, s, u, m, other, 6));
+        }
+    munmap(memory, 2 * page);
 }
 
 }  // namespace
