@@ -23,7 +23,7 @@ using Clock = std::chrono::steady_clock;
 
 // Below this many elementary operations work is over before a thread has woken; before one that is
 // awake has taken its part.
-constexpr std::size_t worthWaking = 1 << 18, worthSharing = 1 << 15;
+constexpr std::size_t worthWaking = 1 << 18, worthSharing = 1 << 17;
 constexpr std::size_t muchWork = 1 << 22;
 // More operations than follow a panel.
 constexpr std::uint64_t farAhead = 32;

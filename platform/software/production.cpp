@@ -24,7 +24,7 @@ int panelWidth(platform::Panel kind, char /*type*/, int m, int n) {
         case platform::Panel::qr:
             return 64;
         case platform::Panel::bidiagonal:
-            return 0;
+            return 24;
     }
     return 0;
 }

@@ -32,7 +32,8 @@ class BidiagonalReduction {
           taup_(taup) {}
 
     void run() const {
-        const int nb = gebrdTuning<T>.current();
+        const int wish = platform::panelWidth(platform::Panel::bidiagonal, cpu::letter<T>, m_, n_);
+        const int nb = wish > 0 ? wish : gebrdTuning<T>.current();
         // The last block, of 1 to nb columns, is the CPU's.
         const int split = (k_ - 1) / nb * nb;
         if (split > 0) reduceOnDevice(nb, split);

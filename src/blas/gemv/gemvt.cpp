@@ -34,7 +34,8 @@ void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, in
     if (incx == 0) throwArgumentError(-8);
     if (incy == 0) throwArgumentError(-11);
     if (m == 0 || n == 0 || (alpha == T(0) && beta == T(1))) return;
-    if (trans == 'N' || incx < 0 || incy < 0)
+    // A CPU's own BLAS has the faster one.
+    if (trans == 'N' || incx < 0 || incy < 0 || platform::sharesMemory())
         return cublas::gemv(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);
     auto kernel = trans == 'C' ? &gemvt_k<T, 16, 8, true> : &gemvt_k<T, 16, 8, false>;
     cudalib::launch(DotProductMap{n}, kernel, m, n, m / 512 * 512, alpha, a, lda, beta, x, incx, y,
