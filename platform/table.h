@@ -68,8 +68,9 @@ struct FatBinary {
 
 using Stream = void*;
 
-// What the algorithms factorise panels for.
-enum class Panel { lu, qr, bidiagonal };
+// What the algorithms work in panels for: to factorise an m x n matrix, or to apply reflectors of
+// order m to n rows or columns.
+enum class Panel { lu, qr, bidiagonal, reflectors };
 
 struct Table {
     unsigned version;  // tableVersion of the header it was compiled with

@@ -25,6 +25,8 @@ int panelWidth(platform::Panel kind, char /*type*/, int m, int n) {
             return 64;
         case platform::Panel::bidiagonal:
             return 24;
+        case platform::Panel::reflectors:  // for few columns their triangular factors are the work
+            return n < 16 ? 16 : 64;
     }
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "lapack/block_reflector.h"
+#include "lapack/cpu_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
 
@@ -15,7 +16,9 @@ void apply(Reflectors kind, char side, char trans, int m, int n, int k, T* a, in
     if (m <= 0 || n <= 0 || k <= 0) return;
     const bool left = side == 'L', plain = trans == 'N';
     const int order = left ? m : n, across = left ? n : m;
-    const int nb = std::min(geqrfTuning<T>.current(), k);
+    const int wish =
+        platform::panelWidth(platform::Panel::reflectors, cpu::letter<T>, order, across);
+    const int nb = std::min(wish ? wish : geqrfTuning<T>.current(), k);
     BlockReflector<T> reflector(kind, nb);
     cudalib::Workspace<T> work(std::size_t(nb) * std::size_t(across));
     HostTau<T> factors(tau, k, HostTau<T>::reads);

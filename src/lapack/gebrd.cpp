@@ -33,7 +33,7 @@ class BidiagonalReduction {
 
     void run() const {
         const int wish = platform::panelWidth(platform::Panel::bidiagonal, cpu::letter<T>, m_, n_);
-        const int nb = wish > 0 ? wish : gebrdTuning<T>.current();
+        const int nb = wish ? wish : gebrdTuning<T>.current();
         // The last block, of 1 to nb columns, is the CPU's.
         const int split = (k_ - 1) / nb * nb;
         if (split > 0) reduceOnDevice(nb, split);

@@ -81,7 +81,11 @@ class GebrdCall : public Call {
     }
 
     bool untouched() override { return a_.download() == original_; }
-    bool resultIsNan() const { return std::isnan(d_.download()(k_ - 1, 0)); }
+    bool resultIsNan() const {
+        auto isNan = [](R x) { return std::isnan(x); };
+        const auto d = d_.download();
+        return std::any_of(d.data.begin(), d.data.end(), isNan);
+    }
 
   private:
     const Matrix<T> original_;
