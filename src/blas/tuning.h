@@ -12,4 +12,9 @@ struct BlasTuning {
 
 inline BlasTuning blasTuning;
 
+// Whether an operation on symmetric matrices, or with a symmetric result, goes by blocks.
+inline bool large(int size1, int size2) {
+    return size1 > blasTuning.unblocked && size2 > blasTuning.unblocked;
+}
+
 }  // namespace lumo

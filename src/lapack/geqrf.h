@@ -1,14 +1,35 @@
 // QR factorisation (LAPACK xGEQRF).
 #pragma once
 
+#include <algorithm>
+
+#include "routine/description.h"
+
 namespace lumo {
 
-// Raises the argument errors of geqrf: -1: m < 0; -2: n < 0; -4: lda < max(1, m); and for a matrix
-// that is neither empty nor 1 x 1 -3: null a, -5: null tau.
-void checkGeqrf(int m, int n, const void* a, int lda, const void* tau);
-
-// The factorisation with that check; see factorizeQr.
 template <class T>
-void geqrf(int m, int n, T* a, int lda, T* tau);
+struct Geqrf {
+    using Element = T;
+    static constexpr Family family = Family::lapack;
+    static constexpr bool deviceChecks = true;
+    int m, n;
+    T* a;
+    int lda;
+    T* tau;
+
+    int badArgument() const {
+        if (m < 0) return 1;
+        if (n < 0) return 2;
+        if (lda < std::max(1, m)) return 4;
+        if ((m <= 1 && n <= 1) || empty()) return 0;
+        return !a ? 3 : !tau ? 5 : 0;
+    }
+    bool empty() const { return m == 0 || n == 0; }
+    template <class F>
+    auto operands(F f) {
+        return f(factorized(a, lda, m, n), adjacent(tau, std::min(m, n), Access::out));
+    }
+    void run() const;
+};
 
 }  // namespace lumo

@@ -1,8 +1,5 @@
-// lumoSgesvd, lumoCgesvd and their device variants: the singular value decomposition (LAPACK
-// xGESVD, without its scaling).
 #include "lapack/gesvd.h"
 
-#include <algorithm>
 #include <optional>
 
 #include "basic/LACPY/LACPY.h"
@@ -10,41 +7,16 @@
 #include "blas/gemm.h"
 #include "lapack/bdsqr.h"
 #include "lapack/cpu_lapack.h"
-#include "lapack/frame.h"
 #include "lapack/gebrd.h"
 #include "lapack/generate_q.h"
 #include "lapack/orgbr.h"
 #include "lapack/orthogonal_factorization.h"
 #include "lapack/tuning.h"
-#include "runtime/letters.h"
+#include "routine/exports.h"
+#include "runtime/matrix.h"
 
 namespace lumo {
 namespace {
-
-// Whether vectors go to u (vt) itself, and not to a or nowhere.
-bool separate(char job) {
-    return job == 'A' || job == 'S';
-}
-
-void checkGesvd(char& jobu, char& jobvt, int m, int n, const void* a, int lda, const void* s,
-                const void* u, int ldu, const void* vt, int ldvt) {
-    jobu = upper(jobu);
-    jobvt = upper(jobvt);
-    if (!isOneOf(jobu, "ASON")) throwArgumentError(-1);
-    if (!isOneOf(jobvt, "ASON")) throwArgumentError(-2);
-    if (jobu == 'O' && jobvt == 'O') throwArgumentError(-2);
-    if (m < 0) throwArgumentError(-3);
-    if (n < 0) throwArgumentError(-4);
-    if (lda < std::max(1, m)) throwArgumentError(-6);
-    if (ldu < 1 || (separate(jobu) && ldu < m)) throwArgumentError(-9);
-    const int rowsOfVt = jobvt == 'A' ? n : jobvt == 'S' ? std::min(m, n) : 1;
-    if (ldvt < std::max(1, rowsOfVt)) throwArgumentError(-11);
-    if (m == 0 || n == 0) return;
-    if (!a) throwArgumentError(-5);
-    if (!s) throwArgumentError(-7);
-    if (!u && separate(jobu)) throwArgumentError(-8);
-    if (!vt && separate(jobvt)) throwArgumentError(-10);
-}
 
 // The singular vectors of one side: where they go.
 template <class T>
@@ -54,6 +26,7 @@ struct Vectors {
     int ld;
 
     bool wanted() const { return job != 'N'; }
+    bool separate() const { return job == 'A' || job == 'S'; }  // and not to A
 };
 
 template <class T>
@@ -107,7 +80,7 @@ class SingularValues {
         reduce(mn_, mn_, a_, lda_);
         if (near().wanted()) orgbr(nearFactor(), mn_, mn_, mn_, a_, lda_, nearTau());
         iterate({'N', nullptr, 1}, {near().job, a_, lda_});
-        if (separate(near().job)) LACPY('F', mn_, mn_, a_, lda_, near().at, near().ld);
+        if (near().separate()) LACPY('F', mn_, mn_, a_, lda_, near().at, near().ld);
     }
 
     // Paths 2 to 9 and 2t to 9t: through the square triangular factor K. The vectors of A are Q
@@ -150,8 +123,8 @@ class SingularValues {
         reduce(m_, n_, a_, lda_);
         const Vectors<T> inA{'O', a_, lda_};
         const Vectors<T> left = u_.job == 'O' ? inA : u_, right = vt_.job == 'O' ? inA : vt_;
-        if (separate(u_.job)) LACPY('L', m_, mn_, a_, lda_, left.at, left.ld);
-        if (separate(vt_.job)) LACPY('U', mn_, n_, a_, lda_, right.at, right.ld);
+        if (u_.separate()) LACPY('L', m_, mn_, a_, lda_, left.at, left.ld);
+        if (vt_.separate()) LACPY('U', mn_, n_, a_, lda_, right.at, right.ld);
         if (left.wanted())
             orgbr('Q', m_, left.job == 'A' ? m_ : mn_, n_, left.at, left.ld, tauq_.data());
         if (right.wanted())
@@ -231,31 +204,6 @@ class SingularValues {
     std::optional<InfoException> failure_;
 };
 
-}  // namespace
-
-template <class T>
-void gesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<T>* s, T* u, int ldu, T* vt,
-           int ldvt) {
-    checkGesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
-    if (m > 0 && n > 0) SingularValues<T>(m, n, a, lda, s, {jobu, u, ldu}, {jobvt, vt, ldvt}).run();
-}
-
-template void gesvd(char, char, int, int, float*, int, float*, float*, int, float*, int);
-template void gesvd(char, char, int, int, double*, int, double*, double*, int, double*, int);
-template void gesvd(char, char, int, int, Complex<float>*, int, float*, Complex<float>*, int,
-                    Complex<float>*, int);
-template void gesvd(char, char, int, int, Complex<double>*, int, double*, Complex<double>*, int,
-                    Complex<double>*, int);
-
-namespace {
-
-template <class T>
-lumoStatus deviceGesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<T>* s, T* u,
-                       int ldu, T* vt, int ldvt) {
-    return computeFrame<T>(deviceCall,
-                           [&] { gesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt); });
-}
-
 // Of others the CPU library makes what it likes.
 template <class T>
 bool isFinite(int m, int n, const T* a, int lda) {
@@ -271,55 +219,24 @@ bool isFinite(int m, int n, const T* a, int lda) {
     return sum == 0;
 }
 
-template <class T>
-lumoStatus hostGesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<T>* s, T* u,
-                     int ldu, T* vt, int ldvt) {
-    using namespace cudalib;
-    return computeFrame<T>(hostCall, [&] {
-        checkGesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
-        if (m == 0 || n == 0)  // no operand is looked at
-            return settled(deviceGesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt));
-        if (isSmall(std::max(m, n), smallSvd) && isFinite(m, n, a, lda)) {
-            cpu::gesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
-            return lumoNoError;
-        }
-        const int mn = std::min(m, n);
-        auto mode = [](char job) { return separate(job) ? download : noTransfer; };
-        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload, 1, pitched);
-        HostBoundMatrix<RealOf<T>> S(extent(mn, 1), s, mn, download);
-        HostBoundMatrix<T> U(extent(m, jobu == 'A' ? m : mn), u, ldu, mode(jobu));
-        HostBoundMatrix<T> VT(extent(jobvt == 'S' ? mn : n, n), vt, ldvt, mode(jobvt));
-        const lumoStatus status =
-            settled(deviceGesvd(jobu, jobvt, m, n, A.data(), A.leadingDimension(), S.data(),
-                                U.data(), U.leadingDimension(), VT.data(), VT.leadingDimension()));
-        if (!outputComplete(status)) {
-            S.cancelDownload();
-            U.cancelDownload();
-            VT.cancelDownload();
-        }
-        return status;
-    });
-}
-
 }  // namespace
+
+template <class T>
+void Gesvd<T>::run() const {
+    SingularValues<T>(m, n, a, lda, s, {jobu, u, ldu}, {jobvt, vt, ldvt}).run();
+}
+
+template <class T>
+bool Gesvd<T>::isSmall() const {
+    return std::max(m, n) <= smallSvd && isFinite(m, n, a, lda);
+}
+template <class T>
+lumoStatus Gesvd<T>::runOnCpu() const {
+    cpu::gesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
+    return lumoNoError;
+}
+
+LUMO_INSTANTIATE(Gesvd)
+LUMO_EXPORT_S_C(gesvd, Gesvd)
+
 }  // namespace lumo
-
-using namespace lumo;
-
-lumoStatus lumoSgesvd(char jobu, char jobvt, int m, int n, float* a, int lda, float* s, float* u,
-                      int ldu, float* vt, int ldvt) {
-    return hostGesvd(jobu, jobvt, m, n, element(a), lda, s, element(u), ldu, element(vt), ldvt);
-}
-lumoStatus lumoCgesvd(char jobu, char jobvt, int m, int n, lumoFloatComplex* a, int lda, float* s,
-                      lumoFloatComplex* u, int ldu, lumoFloatComplex* vt, int ldvt) {
-    return hostGesvd(jobu, jobvt, m, n, element(a), lda, s, element(u), ldu, element(vt), ldvt);
-}
-lumoStatus lumoDeviceSgesvd(char jobu, char jobvt, int m, int n, float* a, int lda, float* s,
-                            float* u, int ldu, float* vt, int ldvt) {
-    return deviceGesvd(jobu, jobvt, m, n, element(a), lda, s, element(u), ldu, element(vt), ldvt);
-}
-lumoStatus lumoDeviceCgesvd(char jobu, char jobvt, int m, int n, lumoFloatComplex* a, int lda,
-                            float* s, lumoFloatComplex* u, int ldu, lumoFloatComplex* vt,
-                            int ldvt) {
-    return deviceGesvd(jobu, jobvt, m, n, element(a), lda, s, element(u), ldu, element(vt), ldvt);
-}

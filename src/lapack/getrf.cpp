@@ -1,6 +1,5 @@
 #include "lapack/getrf.h"
 
-#include <algorithm>
 #include <memory>
 
 #include "basic/LASWP/LASWP.h"
@@ -8,20 +7,12 @@
 #include "blas/cublas.h"
 #include "blas/gemm.h"
 #include "lapack/cpu_lapack.h"
-#include "lapack/frame.h"
 #include "lapack/panel_transfer.h"
+#include "lapack/pivots.h"
 #include "lapack/tuning.h"
+#include "routine/exports.h"
 
 namespace lumo {
-
-void checkGetrf(int m, int n, const void* a, int lda, const int* ipiv) {
-    if (m < 0) throwArgumentError(-1);
-    if (n < 0) throwArgumentError(-2);
-    if (lda < std::max(1, m)) throwArgumentError(-4);
-    if (m == 0 || n == 0) return;
-    if (!a) throwArgumentError(-3);
-    if (!ipiv) throwArgumentError(-5);
-}
 
 namespace {
 
@@ -209,9 +200,7 @@ class LuFactorization {
 
 template <class T>
 int getrf(int m, int n, T* a, int lda, int* ipiv) {
-    checkGetrf(m, n, a, lda, ipiv);
-    if (m == 0 || n == 0) return 0;
-    return LuFactorization<T>(m, n, a, lda, ipiv).run();
+    return m > 0 && n > 0 ? LuFactorization<T>(m, n, a, lda, ipiv).run() : 0;
 }
 
 template int getrf(int, int, float*, int, int*);
@@ -219,52 +208,25 @@ template int getrf(int, int, double*, int, int*);
 template int getrf(int, int, Complex<float>*, int, int*);
 template int getrf(int, int, Complex<double>*, int, int*);
 
-namespace {
-
 template <class T>
-lumoStatus deviceGetrf(int m, int n, T* a, int lda, int* ipiv) {
-    return computeFrame<T>(deviceCall, [&] {
-        checkGetrf(m, n, a, lda, ipiv);
-        Pivots pivots(std::min(m, n));
-        const int zeroPivot = getrf(m, n, a, lda, pivots.data());
-        pivots.deliver(ipiv);
-        if (zeroPivot) throwDataError(zeroPivot);
-    });
+void Getrf<T>::run() const {
+    Pivots pivots(std::min(m, n));
+    const int zeroPivot = getrf(m, n, a, lda, pivots.data());
+    pivots.deliver(ipiv);
+    if (zeroPivot) throwDataError(zeroPivot);
 }
 
 template <class T>
-lumoStatus hostGetrf(int m, int n, T* a, int lda, int* ipiv) {
-    using namespace cudalib;
-    return computeFrame<T>(hostCall, [&] {
-        checkGetrf(m, n, a, lda, ipiv);
-        const int k = std::min(m, n);
-        if (k > 0 && isSmall(std::max(m, n), smallLu)) {
-            checkReturnedInfo(cpu::getrf(m, n, a, lda, ipiv));
-            return lumoNoError;
-        }
-        HostBoundMatrix<T> A(extent(m, n), a, lda, uploadAndDownload, 1, pitched);
-        HostBoundMatrix<int> P(extent(k, 1), ipiv, k, download);
-        const lumoStatus status =
-            settled(deviceGetrf(m, n, A.data(), A.leadingDimension(), P.data()));
-        if (!outputComplete(status)) P.cancelDownload();
-        return status;
-    });
+bool Getrf<T>::isSmall() const {
+    return std::max(m, n) <= smallLu;
+}
+template <class T>
+lumoStatus Getrf<T>::runOnCpu() const {
+    checkReturnedInfo(cpu::getrf(m, n, a, lda, ipiv));
+    return lumoNoError;
 }
 
-}  // namespace
+LUMO_INSTANTIATE(Getrf)
+LUMO_EXPORT_S_C(getrf, Getrf)
+
 }  // namespace lumo
-
-using namespace lumo;
-
-lumoStatus lumoSgetrf(int m, int n, float* a, int lda, int* ipiv) {
-    return hostGetrf(m, n, element(a), lda, ipiv);
-}
-lumoStatus lumoCgetrf(int m, int n, lumoFloatComplex* a, int lda, int* ipiv) {
-    return hostGetrf(m, n, element(a), lda, ipiv);
-}
-lumoStatus lumoDeviceSgetrf(int m, int n, float* a, int lda, int* ipiv) {
-    return deviceGetrf(m, n, element(a), lda, ipiv);
-}
-lumoStatus lumoDeviceCgetrf(int m, int n, lumoFloatComplex* a, int lda, int* ipiv) {
-    return deviceGetrf(m, n, element(a), lda, ipiv);
-}

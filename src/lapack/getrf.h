@@ -1,15 +1,45 @@
 // LU factorisation with partial pivoting (LAPACK xGETRF).
 #pragma once
 
+#include <algorithm>
+
+#include "lumo.h"
+#include "routine/description.h"
+
 namespace lumo {
 
-// Raises the argument errors of getrf: -1: m < 0; -2: n < 0; -4: lda < max(1, m); and for m and
-// n > 0 -3: null a, -5: null ipiv.
-void checkGetrf(int m, int n, const void* a, int lda, const int* ipiv);
+// The pivots go to host or to device memory, wherever `ipiv` points.
+template <class T>
+struct Getrf {
+    using Element = T;
+    static constexpr Family family = Family::lapack;
+    static constexpr bool deviceChecks = true;
+    int m, n;
+    T* a;
+    int lda;
+    int* ipiv;
+
+    int badArgument() const {
+        if (m < 0) return 1;
+        if (n < 0) return 2;
+        if (lda < std::max(1, m)) return 4;
+        if (empty()) return 0;
+        return !a ? 3 : !ipiv ? 5 : 0;
+    }
+    bool empty() const { return m == 0 || n == 0; }
+    template <class F>
+    auto operands(F f) {
+        return f(factorized(a, lda, m, n), adjacent(ipiv, std::min(m, n), Access::out));
+    }
+    void run() const;
+    bool isSmall() const;
+    lumoStatus runOnCpu() const;
+};
 
 // A = P L U for an m x n device matrix in place; min(m, n) pivots go to ipiv in host memory.
 // Returns 0 or the 1-based column of the first exactly zero pivot; the factorisation is complete
-// either way. Checks its arguments; throws for a failure of memory, device or CPU LAPACK.
+// either way. Arguments are the caller's to check; throws for a failure of memory, device or CPU
+// LAPACK.
 //
 // A right-looking blocked algorithm, one panel ahead: the CPU LAPACK factorises a panel while
 // the device updates the columns beyond the next one. Large square matrices are factorised

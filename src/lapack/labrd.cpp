@@ -1,7 +1,5 @@
 #include "lapack/labrd.h"
 
-#include <cstddef>
-
 #include "basic/Conjugate/Conjugate.h"
 #include "basic/Copy/Copy.h"
 #include "basic/Scale/Scale.h"
@@ -10,14 +8,10 @@
 #include "blas/gemm.h"
 #include "blas/gemv/gemvt.h"
 #include "brd/brd/brd.h"
+#include "runtime/matrix.h"
 
 namespace lumo {
 namespace {
-
-template <class T>
-T* at(T* a, int lda, int i, int j) {
-    return a + std::size_t(j) * std::size_t(lda) + i;
-}
 
 template <class T>
 void conjugateIfComplex(int n, T* x, int incx) {

@@ -52,9 +52,9 @@ std::unique_ptr<OperandsCall<T>> gelsCall(Problem p, Matrix<T> a, Interface inte
     const int lda = a.ld, ldb = b.ld;
     auto run = [=](Interface where, const std::vector<T*>& at) {
         const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
-        return callRoutine<T>(
-            where, [](auto e) { return e.gels; }, [](auto... x) { lumo::gels(x...); }, p.trans, p.m,
-            p.n, p.nrhs, at[0], lda, at[1], ldb);
+        return callRoutine<lumo::Gels<T>>(
+            where, [](auto e) { return e.gels; }, p.trans, p.m, p.n, p.nrhs, at[0], lda, at[1],
+            ldb);
     };
     auto check = [p](const auto& before, const auto& after) {
         if (std::min({p.m, p.n, p.nrhs}) > 0)
@@ -139,9 +139,9 @@ std::unique_ptr<OperandsCall<T>> gglseCall(Constrained s, Matrix<T> a, Matrix<T>
     const int lda = a.ld, ldb = b.ld;
     auto run = [=](Interface where, const std::vector<T*>& at) {
         const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
-        return callRoutine<T>(
-            where, [](auto e) { return e.gglse; }, [](auto... x) { lumo::gglse(x...); }, s.m, s.n,
-            s.p, at[0], lda, at[1], ldb, at[2], at[3], at[4]);
+        return callRoutine<lumo::Gglse<T>>(
+            where, [](auto e) { return e.gglse; }, s.m, s.n, s.p, at[0], lda, at[1], ldb, at[2],
+            at[3], at[4]);
     };
     auto check = [s](const auto& before, const auto& after) { checkConstrained(s, before, after); };
     return std::make_unique<OperandsCall<T>>(

@@ -3,8 +3,8 @@
 
 #include <vector>
 
+#include "lapack/gesv.h"
 #include "lapack/getrf.h"
-#include "lapack/getrs.h"
 #include "lapack/operands_call.h"
 #include "lapack/tuning.h"
 #include "residuals.h"
@@ -56,19 +56,11 @@ class LuCall : public OperandsCall<T> {
         int* const ipiv = devicePivots_ ? devicePivots_->data() : pivots_.data.data();
         const Matrix<T>& a = this->before().front();
         const Matrix<T>& b = this->before().back();
-        auto factorize = [](auto... x) {
-            if (const int info = lumo::getrf(x...)) lumo::throwDataError(info);
-        };
-        auto solve = [&](int n, int nrhs, T* lu, int lda, int* pivots, T* x, int ldx) {
-            factorize(n, n, lu, lda, pivots);
-            lumo::getrs('n', n, nrhs, lu, lda, pivots, x, ldx);
-        };
         if (!solves_)
-            return callRoutine<T>(
-                interface_, [](auto e) { return e.getrf; }, factorize, a.m, a.n, at[0], a.ld, ipiv);
-        return callRoutine<T>(
-            interface_, [](auto e) { return e.gesv; }, solve, a.n, b.n, at[0], a.ld, ipiv, at[1],
-            b.ld);
+            return callRoutine<lumo::Getrf<T>>(
+                interface_, [](auto e) { return e.getrf; }, a.m, a.n, at[0], a.ld, ipiv);
+        return callRoutine<lumo::Gesv<T>>(
+            interface_, [](auto e) { return e.gesv; }, a.n, b.n, at[0], a.ld, ipiv, at[1], b.ld);
     }
 
     void check(const std::vector<Matrix<T>>& before, const std::vector<Matrix<T>>& after) {

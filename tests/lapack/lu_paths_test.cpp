@@ -1,5 +1,6 @@
 // What the harness does not see of getrf and gesv: that the algorithm ran as it is meant to, and
 // the odd corners.
+#include "lapack/getrs.h"
 #include "lapack/lu.h"
 #include "support/kernels.h"
 

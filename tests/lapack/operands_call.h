@@ -5,9 +5,9 @@
 #include <memory>
 #include <vector>
 
-#include "lapack/frame.h"
 #include "lapack/harness.h"
 #include "residuals.h"
+#include "routine/frame.h"
 #include "support/matrix.h"
 
 namespace test {
@@ -21,11 +21,12 @@ std::vector<Interface> interfaces() {
         return {inHost, inDevice};
 }
 
-// By the export that `exportOf` finds or, where there is none, `internal` in a device call.
-template <class T, class Find, class Internal, class... A>
-lumoStatus callRoutine(Interface where, Find exportOf, Internal internal, A... arguments) {
+// By the export that `exportOf` finds or, where there is none, in the frame of one.
+template <class Routine, class Find, class... A>
+lumoStatus callRoutine(Interface where, Find exportOf, A... arguments) {
+    using T = typename Routine::Element;
     if constexpr (isDouble<T>)
-        return lumo::computeFrame<T>(lumo::deviceCall, [&] { internal(arguments...); });
+        return lumo::onDevice(Routine{arguments...});
     else
         return callExport(exportOf(Exports<T>())[where], arguments...);
 }

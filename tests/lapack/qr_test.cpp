@@ -33,9 +33,8 @@ std::unique_ptr<Call> geqrfCall(Matrix<T> a, Interface interface, bool shrunk) {
     const int m = a.m, n = a.n, lda = a.ld;
     auto run = [=](Interface where, const std::vector<T*>& at) {
         const auto blocks = shrunk ? shrinkPanels<T>() : nullptr;
-        return callRoutine<T>(
-            where, [](auto e) { return e.geqrf; }, [](auto... x) { lumo::geqrf(x...); }, m, n,
-            at[0], lda, at[1]);
+        return callRoutine<lumo::Geqrf<T>>(
+            where, [](auto e) { return e.geqrf; }, m, n, at[0], lda, at[1]);
     };
     auto check = [](const auto& before, const auto& after) {
         EXPECT_LT(factorizationResidual(Reflectors::ofQr, before[0], after[0], after[1]), qrBound);
@@ -61,8 +60,7 @@ std::vector<FailingCase> failingCases() {
                  OperandsCall<T> call(
                      {a, blank<T>(11)}, inDevice,
                      [](Interface, const std::vector<T*>& at) {
-                         return lumo::computeFrame<T>(
-                             lumo::deviceCall, [&] { lumo::geqrf(13, 11, at[0], 13, at[1]); });
+                         return lumo::onDevice(lumo::Geqrf<T>{13, 11, at[0], 13, at[1]});
                      },
                      nullptr);
                  EXPECT_EQ(lumoNoError, call.run());

@@ -107,9 +107,9 @@ std::unique_ptr<OperandsCall<T>> svdCall(Jobs jobs, Matrix<T> a, Interface inter
         const auto blocks = shrunk ? shrinkSvd<T>() : nullptr;
         auto* const s = reinterpret_cast<RealOf<T>*>(at[1]);
         T *const atU = hasU ? at[2] : nullptr, *const atVt = hasVt ? at[3] : nullptr;
-        return callRoutine<T>(
-            where, [](auto e) { return e.gesvd; }, [](auto... x) { lumo::gesvd(x...); }, jobs.u,
-            jobs.vt, m, n, at[0], lda, s, atU, ldu, atVt, ldvt);
+        return callRoutine<lumo::Gesvd<T>>(
+            where, [](auto e) { return e.gesvd; }, jobs.u, jobs.vt, m, n, at[0], lda, s, atU, ldu,
+            atVt, ldvt);
     };
     auto check = [jobs](const auto& before, const auto& after) { checkSvd(jobs, before, after); };
     return std::make_unique<OperandsCall<T>>(
