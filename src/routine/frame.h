@@ -75,6 +75,7 @@ cudalib::HostBoundMatrix<T, cudalib::CudaAllocator> copyOf(const VectorOperand<P
 
 template <class P, class Copy>
 void useCopy(const MatrixOperand<P>& o, const Copy& copy) {
+    if (o.access == Access::none) return;
     o.pointer = copy.data();
     if (o.ld) *o.ld = copy.leadingDimension();
 }
