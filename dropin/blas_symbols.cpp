@@ -4,41 +4,42 @@
 namespace lumo::dropin {
 namespace {
 
-#define LUMO_EXPORT_BLAS(symbol, ...)                                                              \
-    LUMO_EXPORT(symbol##_, Fortran<__VA_ARGS__, std::decay_t<decltype(__VA_ARGS__::lumo)>>::blas); \
-    LUMO_EXPORT(cblas_##symbol, Cblas<__VA_ARGS__, std::decay_t<decltype(__VA_ARGS__::lumo)>>::blas)
+#define LUMO_EXPORT_BLAS(symbol, Routine, function)         \
+    LUMO_SERVED(symbol, Routine, function);                 \
+    LUMO_EXPORT(symbol##_, Fortran<served_##symbol>::blas); \
+    LUMO_EXPORT(cblas_##symbol, Cblas<served_##symbol>::blas)
 
 [[gnu::used, gnu::noinline]] void exports() {
-    LUMO_EXPORT_BLAS(sgemm, Gemm<float>);
-    LUMO_EXPORT_BLAS(dgemm, Gemm<double>);
-    LUMO_EXPORT_BLAS(cgemm, Gemm<lumoFloatComplex>);
-    LUMO_EXPORT_BLAS(zgemm, Gemm<lumoDoubleComplex>);
-    LUMO_EXPORT_BLAS(sgemv, Gemv<float>);
-    LUMO_EXPORT_BLAS(dgemv, Gemv<double>);
-    LUMO_EXPORT_BLAS(cgemv, Gemv<lumoFloatComplex>);
-    LUMO_EXPORT_BLAS(zgemv, Gemv<lumoDoubleComplex>);
-    LUMO_EXPORT_BLAS(ssymm, Symm<float>);
-    LUMO_EXPORT_BLAS(dsymm, Symm<double>);
-    LUMO_EXPORT_BLAS(chemm, Symm<lumoFloatComplex>);
-    LUMO_EXPORT_BLAS(zhemm, Symm<lumoDoubleComplex>);
-    LUMO_EXPORT_BLAS(ssyrk, Syrk<float, false>);
-    LUMO_EXPORT_BLAS(dsyrk, Syrk<double, false>);
-    LUMO_EXPORT_BLAS(csyrk, Syrk<lumoFloatComplex, false>);
-    LUMO_EXPORT_BLAS(zsyrk, Syrk<lumoDoubleComplex, false>);
-    LUMO_EXPORT_BLAS(cherk, Syrk<lumoFloatComplex, true>);
-    LUMO_EXPORT_BLAS(zherk, Syrk<lumoDoubleComplex, true>);
-    LUMO_EXPORT_BLAS(ssyr2k, Syr2k<float>);
-    LUMO_EXPORT_BLAS(dsyr2k, Syr2k<double>);
-    LUMO_EXPORT_BLAS(cher2k, Syr2k<lumoFloatComplex>);
-    LUMO_EXPORT_BLAS(zher2k, Syr2k<lumoDoubleComplex>);
-    LUMO_EXPORT_BLAS(strmm, Triangular<float, false>);
-    LUMO_EXPORT_BLAS(dtrmm, Triangular<double, false>);
-    LUMO_EXPORT_BLAS(ctrmm, Triangular<lumoFloatComplex, false>);
-    LUMO_EXPORT_BLAS(ztrmm, Triangular<lumoDoubleComplex, false>);
-    LUMO_EXPORT_BLAS(strsm, Triangular<float, true>);
-    LUMO_EXPORT_BLAS(dtrsm, Triangular<double, true>);
-    LUMO_EXPORT_BLAS(ctrsm, Triangular<lumoFloatComplex, true>);
-    LUMO_EXPORT_BLAS(ztrsm, Triangular<lumoDoubleComplex, true>);
+    LUMO_EXPORT_BLAS(sgemm, Gemm<float>, lumoSgemm);
+    LUMO_EXPORT_BLAS(dgemm, Gemm<double>, lumoDgemm);
+    LUMO_EXPORT_BLAS(cgemm, Gemm<Complex<float>>, lumoCgemm);
+    LUMO_EXPORT_BLAS(zgemm, Gemm<Complex<double>>, lumoZgemm);
+    LUMO_EXPORT_BLAS(sgemv, Gemv<float>, lumoSgemv);
+    LUMO_EXPORT_BLAS(dgemv, Gemv<double>, lumoDgemv);
+    LUMO_EXPORT_BLAS(cgemv, Gemv<Complex<float>>, lumoCgemv);
+    LUMO_EXPORT_BLAS(zgemv, Gemv<Complex<double>>, lumoZgemv);
+    LUMO_EXPORT_BLAS(ssymm, Symm<float>, lumoSsymm);
+    LUMO_EXPORT_BLAS(dsymm, Symm<double>, lumoDsymm);
+    LUMO_EXPORT_BLAS(chemm, Symm<Complex<float>>, lumoChemm);
+    LUMO_EXPORT_BLAS(zhemm, Symm<Complex<double>>, lumoZhemm);
+    LUMO_EXPORT_BLAS(ssyrk, Syrk<float>, lumoSsyrk);
+    LUMO_EXPORT_BLAS(dsyrk, Syrk<double>, lumoDsyrk);
+    LUMO_EXPORT_BLAS(csyrk, Syrk<Complex<float>>, lumoCsyrk);
+    LUMO_EXPORT_BLAS(zsyrk, Syrk<Complex<double>>, lumoZsyrk);
+    LUMO_EXPORT_BLAS(cherk, Herk<Complex<float>>, lumoCherk);
+    LUMO_EXPORT_BLAS(zherk, Herk<Complex<double>>, lumoZherk);
+    LUMO_EXPORT_BLAS(ssyr2k, Syr2k<float>, lumoSsyr2k);
+    LUMO_EXPORT_BLAS(dsyr2k, Syr2k<double>, lumoDsyr2k);
+    LUMO_EXPORT_BLAS(cher2k, Her2k<Complex<float>>, lumoCher2k);
+    LUMO_EXPORT_BLAS(zher2k, Her2k<Complex<double>>, lumoZher2k);
+    LUMO_EXPORT_BLAS(strmm, Trmm<float>, lumoStrmm);
+    LUMO_EXPORT_BLAS(dtrmm, Trmm<double>, lumoDtrmm);
+    LUMO_EXPORT_BLAS(ctrmm, Trmm<Complex<float>>, lumoCtrmm);
+    LUMO_EXPORT_BLAS(ztrmm, Trmm<Complex<double>>, lumoZtrmm);
+    LUMO_EXPORT_BLAS(strsm, Trsm<float>, lumoStrsm);
+    LUMO_EXPORT_BLAS(dtrsm, Trsm<double>, lumoDtrsm);
+    LUMO_EXPORT_BLAS(ctrsm, Trsm<Complex<float>>, lumoCtrsm);
+    LUMO_EXPORT_BLAS(ztrsm, Trsm<Complex<double>>, lumoZtrsm);
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 // The functions behind the exported symbols, made from the signature of Lumo's own functions: the
 // Fortran, CBLAS and LAPACKE interfaces differ from it, and from each other, by rule.
 //
-// `Routine` is an aggregate of Lumo's arguments in their order; see serve.h for its members.
+// An `Entry` is a symbol's: the description of the routine, its name ("sgemm"), and Lumo's
+// function.
 #pragma once
 
 #include <cstdio>
@@ -11,11 +12,6 @@
 #include "runtime/letters.h"
 
 namespace lumo::dropin {
-
-template <class T>
-std::string routineName(const char* family) {
-    return Element<T>::letter + std::string(family);
-}
 
 // Fortran passes everything by reference, and behind the arguments the lengths of the strings: one
 // each. Functions without strings do not see them.
@@ -28,28 +24,25 @@ template <class A>
 A byValue(ByReference<A> argument) {
     if constexpr (std::is_pointer_v<A>)
         return argument;
-    else if constexpr (std::is_same_v<A, char>)
-        return upper(*argument);
     else
         return *argument;
 }
 
-template <class Routine>
-Symbol& fortranSymbol() {
-    static const std::string routine = routineName<typename Routine::Type>(Routine::name);
-    static auto& symbol = *new Symbol(routine, routine + "_");
-    return symbol;
+// Of one name: `prefix` and `suffix` around the routine's.
+template <class Entry>
+Symbol& symbolOf(const char* prefix, const char* suffix = "") {
+    return *new Symbol(Entry::name(), prefix + std::string(Entry::name()) + suffix);
 }
 
-template <class Routine, class Function>
+template <class Entry, class Function = decltype(Entry::lumo())>
 struct Fortran;
 
-template <class Routine, class... A>
-struct Fortran<Routine, lumoStatus (*)(A...)> {
+template <class Entry, class... A>
+struct Fortran<Entry, lumoStatus (*)(A...)> {
     static void blas(ByReference<A>... a) {
-        Symbol& symbol = fortranSymbol<Routine>();
+        static Symbol& symbol = symbolOf<Entry>("", "_");
         Passage passage(symbol);
-        if (passage.serve(Routine{byValue<A>(a)...})) return;
+        if (passage.serve<Entry>({element(byValue<A>(a))...})) return;
         symbol.cpu<void(ByReference<A>..., std::size_t, std::size_t, std::size_t, std::size_t)>()(
             a..., one, one, one, one);
     }
@@ -61,11 +54,11 @@ struct Fortran<Routine, lumoStatus (*)(A...)> {
     static void lapack(ByReference<A>... a, Extra... extra, int* info) {
         using Cpu = void(ByReference<A>..., Extra..., int*, std::size_t, std::size_t, std::size_t,
                          std::size_t);
-        Symbol& symbol = fortranSymbol<Routine>();
+        static Symbol& symbol = symbolOf<Entry>("", "_");
         Cpu* const cpu = symbol.template cpu<Cpu>();
         Passage passage(symbol);
-        const Routine routine{byValue<A>(a)...};
-        if (enough(routine, extra...) && passage.serve(routine)) {
+        const Routine routine{element(byValue<A>(a))...};
+        if (enough(routine, extra...) && passage.serve<Entry>(routine)) {
             *info = 0;
             if constexpr (sizeof...(Extra) > 0) tellBest(cpu, a..., extra...);
             return;
@@ -74,10 +67,11 @@ struct Fortran<Routine, lumoStatus (*)(A...)> {
     }
 
   private:
+    using Routine = typename Entry::Routine;
     static bool enough(const Routine&) { return true; }
     template <class T, class... Rest>
-    static bool enough(const Routine& routine, T*, const int* lwork, Rest...) {
-        return routine.servable() && *lwork >= routine.leastWork();
+    static bool enough(Routine routine, T*, const int* lwork, Rest...) {
+        return servable(routine) && *lwork >= Rules<Routine>::leastWork(routine);
     }
     template <class Cpu, class T, class... Rest>
     static void tellBest(Cpu* cpu, ByReference<A>... a, T* work, const int*, Rest... rest) {
@@ -130,43 +124,40 @@ A fromC(InC<A> argument) {
         return argument;
 }
 
-template <class Routine, class Function>
+template <class Entry, class Function = decltype(Entry::lumo())>
 struct Cblas;
 
-template <class Routine, class... A>
-struct Cblas<Routine, lumoStatus (*)(A...)> {
+template <class Entry, class... A>
+struct Cblas<Entry, lumoStatus (*)(A...)> {
     static void blas(int order, InC<A>... a) {
-        static const std::string name = routineName<typename Routine::Type>(Routine::name);
-        static auto& symbol = *new Symbol(name, "cblas_" + name);
+        static Symbol& symbol = symbolOf<Entry>("cblas_");
         Passage passage(symbol);
         if (order == rowMajor || order == columnMajor) {
-            Routine routine{fromC<A>(a)...};
-            if (order == rowMajor) routine.transpose();
-            if (passage.serve(routine)) return;
+            typename Entry::Routine routine{element(fromC<A>(a))...};
+            if (order == rowMajor) Rules<typename Entry::Routine>::transpose(routine);
+            if (passage.serve<Entry>(routine)) return;
         }
-        symbol.template cpu<void(int, InC<A>...)>()(order, a...);
+        symbol.cpu<void(int, InC<A>...)>()(order, a...);
     }
 };
 
 // LAPACKE's high-level functions: Lumo's arguments behind the storage order, and the info
 // returned. Row-major calls go to the CPU library's LAPACKE, and so do NaN, which it looks for.
-template <class Routine, class Function>
+template <class Entry, class Function = decltype(Entry::lumo())>
 struct Lapacke;
 
-template <class Routine, class... A>
-struct Lapacke<Routine, lumoStatus (*)(A...)> {
+template <class Entry, class... A>
+struct Lapacke<Entry, lumoStatus (*)(A...)> {
     template <class... Extra>
     static int lapack(int order, A... a, Extra... extra) {
-        static const std::string name = routineName<typename Routine::Type>(Routine::name);
-        static auto& symbol = *new Symbol(name, "LAPACKE_" + name);
+        static Symbol& symbol = symbolOf<Entry>("LAPACKE_");
         Passage passage(symbol);
-        const Routine routine{byLetter(a)...};
-        if (order == columnMajor && passage.serve(routine)) {
-            (routine.clear(extra), ...);
+        const typename Entry::Routine routine{element(a)...};
+        if (order == columnMajor && passage.serve<Entry>(routine)) {
+            (Rules<typename Entry::Routine>::clear(routine, extra), ...);
             return 0;
         }
-        if (auto* cpu = symbol.template cpu<int(int, A..., Extra...)>())
-            return cpu(order, a..., extra...);
+        if (auto* cpu = symbol.cpu<int(int, A..., Extra...)>()) return cpu(order, a..., extra...);
         std::fprintf(stderr, "lumo: %s is not for Lumo, and there is no other\n",
                      symbol.name().c_str());
         return workMemoryError;
@@ -174,19 +165,19 @@ struct Lapacke<Routine, lumoStatus (*)(A...)> {
 
   private:
     static constexpr int workMemoryError = -1010;  // LAPACK_WORK_MEMORY_ERROR
-    template <class B>
-    static B byLetter(B argument) {
-        return argument;
-    }
-    static char byLetter(char argument) { return upper(argument); }
 };
 
-// Gives a function a C name, and notes the name for detach.cpp. An alias rather than a function
-// that forwards: the list of symbols needs no second list of arguments. To be used inside a
-// function, which need not be called.
-#define LUMO_EXPORT(symbol, ...)                                                       \
-    asm volatile(".globl " #symbol "\n\t.type " #symbol ", @function\n\t.set " #symbol \
-                 ", %c0\n\t.pushsection lumo_exports, \"a\"\n\t.asciz \"" #symbol      \
-                 "\"\n\t.popsection" ::"i"(&__VA_ARGS__))
+// The entry of a symbol, inside a function.
+#define LUMO_SERVED(symbol, Description, function)    \
+    struct served_##symbol {                          \
+        using Routine = Description;                  \
+        static const char* name() { return #symbol; } \
+        static auto lumo() { return &function; }      \
+    }
+
+// Exports a function under a C name, and notes the name for detach.cpp.
+#define LUMO_EXPORT(symbol, ...)            \
+    LUMO_EXPORT_ALIAS(symbol, __VA_ARGS__); \
+    asm volatile(".pushsection lumo_exports, \"a\"\n\t.asciz \"" #symbol "\"\n\t.popsection")
 
 }  // namespace lumo::dropin

@@ -2,14 +2,17 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdlib>
 #include <functional>
 #include <new>
 #include <vector>
 
+#include "dropin/data.h"
 #include "dropin/detach.h"
 #include "dropin/device.h"
-#include "dropin/element.h"
 #include "dropin/symbol.h"
+#include "routine/c_interface.h"
+#include "routine/description.h"
 
 namespace lumo::dropin {
 
@@ -18,29 +21,13 @@ namespace lumo::dropin {
 // half-way, and when bringing back fails it does not tell.
 class Results {
   public:
-    // An operand that is read and overwritten. If it `mustChange`, that it did not is taken for a
-    // failure: where it is none, the CPU library comes to the same result.
-    template <class T>
-    void overwrites(T* a, int m, int n, int lda, bool mustChange = true) {
-        const std::size_t bytes = std::size_t(m) * sizeof(T);
-        std::vector<char> copy(bytes * std::size_t(n));
-        parts_.push_back({reinterpret_cast<char*>(a), std::size_t(lda) * sizeof(T), bytes,
-                          std::size_t(n), std::move(copy), mustChange});
-        parts_.back().keep();
+    template <class P>
+    void add(const MatrixOperand<P>& o) {
+        add(o.pointer, o.rows, o.columns, o.ld ? *o.ld : o.rows, o.access, o.triangle);
     }
-    // One that is only written: its last element is given a value that no result has.
-    template <class T>
-    void writes(T* a, int m, int n, int lda) {
-        marks_.push_back(
-            {reinterpret_cast<char*>(a + std::ptrdiff_t(n - 1) * lda + (m - 1)), sizeof(T)});
-        marks_.back().set();
-    }
-
-    // The triangle of a square matrix, which is read only if `reads`; the rest is kept.
-    template <class T>
-    void overwritesTriangle(T* c, int n, int ldc, bool reads) {
-        overwrites(c, n, n, ldc, reads);
-        if (!reads) writes(c, n, n, ldc);
+    template <class P>
+    void add(const VectorOperand<P>& o) {
+        add(o.pointer, 1, o.length, std::abs(o.increment), o.access, false);
     }
 
     bool arrived() const {
@@ -52,6 +39,28 @@ class Results {
     }
 
   private:
+    // A result that is only written has its last element given a value that no result has; another
+    // one, or the rest of a triangle's square, is kept. That something read did not change is taken
+    // for a failure: where it is none, the CPU library comes to the same result.
+    template <class T>
+    void add(T* a, int m, int n, int lda, Access access, bool triangle) {
+        const bool out = access == Access::out, inOut = access == Access::inOut;
+        if (m == 0 || n == 0) return;
+        if (inOut || access == Access::scratch || (out && triangle)) {
+            const std::size_t bytes = std::size_t(m) * sizeof(T);
+            std::vector<char> copy(bytes * std::size_t(n));
+            parts_.push_back({reinterpret_cast<char*>(a), std::size_t(lda) * sizeof(T), bytes,
+                              std::size_t(n), std::move(copy), inOut});
+            parts_.back().keep();
+        }
+        if (!out) return;
+        marks_.push_back(
+            {reinterpret_cast<char*>(a + std::ptrdiff_t(n - 1) * lda + (m - 1)), sizeof(T)});
+        marks_.back().set();
+    }
+    template <class T>
+    void add(const T*, int, int, int, Access, bool) {}
+
     struct Part {
         char* memory;
         std::size_t stride, bytes, columns;
@@ -87,30 +96,42 @@ class Results {
     std::vector<Mark> marks_;
 };
 
-// Unless a routine says otherwise, it takes data as they are.
+// What this library knows of a routine beside its description (routine/description.h): size(r),
+// which crossover.h explains, and where it is not the usual, whether a call that has something to
+// do is worth Lumo's while, and whether LAPACK treats these data better.
 template <class Routine>
-bool dataSuit(const Routine&) {
-    return true;
+struct Rules;
+struct UsualRules {
+    template <class Routine>
+    static bool worthwhile(const Routine&) {
+        return true;
+    }
+    template <class Routine>
+    static bool dataSuit(const Routine&) {
+        return true;
+    }
+};
+
+// Whether the arguments are right, and there is something to do.
+template <class Routine>
+bool servable(Routine& routine) {
+    return routine.badArgument() == 0 && !routine.empty() && Rules<Routine>::worthwhile(routine);
 }
 
-// A routine has these members:
-//   servable()       the arguments are right, and there is something to do
-//   size()           see crossover.h
-//   run()            Lumo's function
-//   results(r)       tells r, a Results, what it writes to
-// and a function dataSuit beside it where LAPACK treats some data better.
-//
 // Any status but success leaves the call to the CPU library. So it does with data at fault, a
 // singular matrix say: the info is then LAPACK's own, and a device that failed half-way is not
 // taken for one.
-template <class Routine>
-bool Passage::serve(const Routine& routine) {
-    if (!routine.servable() || !symbol_.reached(routine.size())) return false;
-    if (!detach() || !threadIsReady() || !dataSuit(routine)) return false;
+template <class Entry>
+bool Passage::serve(typename Entry::Routine routine) {
+    using Its = Rules<typename Entry::Routine>;
+    if (!servable(routine) || !symbol_.reached(Its::size(routine))) return false;
+    if (!detach() || !threadIsReady() || !Its::dataSuit(routine)) return false;
     try {
         Results results;
-        routine.results(results);
-        served_ = routine.run() == lumoNoError && results.arrived();
+        routine.operands([&](auto... operands) { (results.add(operands), ...); });
+        const lumoStatus status = routine.arguments(
+            [](auto... arguments) { return Entry::lumo()(external(arguments)...); });
+        served_ = status == lumoNoError && results.arrived();
         if (!served_) results.restore();
     } catch (const std::bad_alloc&) {  // no memory to keep the operands in: nothing has happened
     }

@@ -56,8 +56,8 @@ class Passage {
 
     // Lets Lumo do the call if it may and can; if not, the operands are as they were, and the call
     // is the CPU library's. In serve.h.
-    template <class Routine>
-    bool serve(const Routine& routine);
+    template <class Entry>
+    bool serve(typename Entry::Routine routine);
 
   private:
     using Clock = std::chrono::steady_clock;

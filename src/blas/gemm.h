@@ -27,6 +27,10 @@ struct Gemm {
     T* c;
     int ldc;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+    }
     int badArgument() {
         foldLetters();
         if (!isOneOf(transa, "NTC")) return 1;

@@ -25,6 +25,10 @@ struct Gemv {
     T* y;
     int incy;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);
+    }
     int badArgument() {
         trans = upper(trans);
         if (!isOneOf(trans, "NTC")) return 1;
@@ -40,7 +44,7 @@ struct Gemv {
     auto operands(F f) {
         const bool refused = incx == 0 || incy == 0;
         const Access read = refused ? Access::none : Access::in,
-                     written = refused ? Access::none : Access::inOut;
+                     written = refused ? Access::none : resultOf(beta);
         return f(matrix(a, lda, m, n, read), vector(x, incx, trans == 'N' ? n : m, read),
                  vector(y, incy, trans == 'N' ? m : n, written));
     }

@@ -23,6 +23,10 @@ struct Symm {
     T* c;
     int ldc;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
+    }
     int badArgument() {
         side = upper(side);
         uplo = upper(uplo);

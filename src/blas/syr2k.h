@@ -24,6 +24,10 @@ struct Rank2Update {
     T* c;
     int ldc;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+    }
     int badArgument() {
         uplo = upper(uplo);
         trans = upper(trans);
@@ -38,11 +42,10 @@ struct Rank2Update {
         return !a ? 6 : !b ? 8 : !c ? 11 : 0;
     }
     bool empty() const { return n == 0; }
-    // C travels both ways even where beta is zero: only one triangle of it is computed.
     template <class F>
     auto operands(F f) {
         return f(factor(a, lda, plain(), n, k), factor(b, ldb, plain(), n, k),
-                 matrix(c, ldc, n, n, Access::inOut));
+                 triangle(c, ldc, n, resultOf(beta)));
     }
     void run() const;
 

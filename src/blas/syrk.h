@@ -22,6 +22,10 @@ struct RankUpdate {
     T* c;
     int ldc;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(uplo, trans, n, k, alpha, a, lda, beta, c, ldc);
+    }
     int badArgument() {
         uplo = upper(uplo);
         trans = upper(trans);
@@ -35,10 +39,9 @@ struct RankUpdate {
         return !a ? 6 : !c ? 9 : 0;
     }
     bool empty() const { return n == 0; }
-    // C travels both ways even where beta is zero: only one triangle of it is computed.
     template <class F>
     auto operands(F f) {
-        return f(factor(a, lda, plain(), n, k), matrix(c, ldc, n, n, Access::inOut));
+        return f(factor(a, lda, plain(), n, k), triangle(c, ldc, n, resultOf(beta)));
     }
     void run() const;
 

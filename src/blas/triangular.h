@@ -23,6 +23,10 @@ struct TriangularOperation {
     T* b;
     int ldb;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb);
+    }
     // trmm wants leading dimensions of at least 1, trsm takes 0 for an empty matrix.
     int badArgument() {
         constexpr int least = kind == Triangular::product ? 1 : 0;

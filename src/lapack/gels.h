@@ -19,6 +19,10 @@ struct Gels {
     T* b;
     int ldb;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(trans, m, n, nrhs, a, lda, b, ldb);
+    }
     int badArgument() {
         trans = upper(trans);
         if (!isOneOf(trans, "NTC")) return 1;

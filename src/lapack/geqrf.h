@@ -17,6 +17,10 @@ struct Geqrf {
     int lda;
     T* tau;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(m, n, a, lda, tau);
+    }
     int badArgument() const {
         if (m < 0) return 1;
         if (n < 0) return 2;

@@ -21,6 +21,10 @@ struct Gesv {
     T* b;
     int ldb;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(n, nrhs, a, lda, ipiv, b, ldb);
+    }
     int badArgument() const {
         if (n < 0) return 1;
         if (nrhs < 0) return 2;

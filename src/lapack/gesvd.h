@@ -23,6 +23,10 @@ struct Gesvd {
     T* vt;
     int ldvt;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
+    }
     int badArgument() {
         jobu = upper(jobu);
         jobvt = upper(jobvt);
@@ -43,7 +47,9 @@ struct Gesvd {
     template <class F>
     auto operands(F f) {
         auto access = [](char job) { return separate(job) ? Access::out : Access::none; };
-        return f(factorized(a, lda, m, n), adjacent(s, count(), Access::out),
+        const bool toA = jobu == 'O' || jobvt == 'O';
+        return f(factorized(a, lda, m, n, toA ? Access::inOut : Access::scratch),
+                 adjacent(s, count(), Access::out),
                  matrix(u, ldu, m, jobu == 'A' ? m : count(), access(jobu)),
                  matrix(vt, ldvt, rowsOfVt(), n, access(jobvt)));
     }

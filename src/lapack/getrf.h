@@ -19,6 +19,10 @@ struct Getrf {
     int lda;
     int* ipiv;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(m, n, a, lda, ipiv);
+    }
     int badArgument() const {
         if (m < 0) return 1;
         if (n < 0) return 2;

@@ -19,6 +19,10 @@ struct Gglse {
     int ldb;
     T *c, *d, *x;
 
+    template <class F>
+    auto arguments(F f) const {
+        return f(m, n, p, a, lda, b, ldb, c, d, x);
+    }
     // A negative n fails the second test: it is never the bad argument.
     int badArgument() const {
         if (m < 0) return 1;

@@ -1,6 +1,7 @@
 // The words in which a routine is described: once, by an aggregate of its export's arguments in
 // their order, with
 //     Element, family   the element type; BLAS or LAPACK,
+//     arguments(f)      f of all arguments in their order,
 //     badArgument()     the position of the first bad argument, or 0; folds the letters,
 //     empty()           whether a call with good arguments has nothing to do,
 //     operands(f)       f of all operands, in the order in which they travel,
@@ -22,8 +23,9 @@ namespace lumo {
 // well; one of the BLAS does the work itself.
 enum class Family { blas, lapack };
 
-// What a call does with an operand; `none` where it does not look at it.
-enum class Access { none, in, out, inOut };
+// What a call does with an operand; `none` where it does not look at it. Of `scratch` it reads what
+// the caller has there, and leaves nothing of use.
+enum class Access { none, in, out, inOut, scratch };
 
 // A column-major matrix behind two arguments, which a frame may point to a copy; or adjacent
 // elements, without a leading dimension.
@@ -35,6 +37,7 @@ struct MatrixOperand {
     int rows, columns;
     Access access;
     bool factorized;  // gone through many times: its columns had better not lie badly
+    bool triangle;    // of which the call knows one triangle only
 };
 
 // A vector with an increment, which may be negative.
@@ -49,7 +52,7 @@ struct VectorOperand {
 
 template <class P>
 MatrixOperand<P> matrix(P& a, int& lda, int rows, int columns, Access access) {
-    return {a, &lda, rows, columns, access, false};
+    return {a, &lda, rows, columns, access, false, false};
 }
 // A rows x columns op(A), which is A itself if `plain`, that is read.
 template <class P>
@@ -58,11 +61,15 @@ MatrixOperand<P> factor(P& a, int& lda, bool plain, int rows, int columns) {
 }
 template <class P>
 MatrixOperand<P> factorized(P& a, int& lda, int rows, int columns, Access access = Access::inOut) {
-    return {a, &lda, rows, columns, access, true};
+    return {a, &lda, rows, columns, access, true, false};
+}
+template <class P>
+MatrixOperand<P> triangle(P& a, int& lda, int order, Access access) {
+    return {a, &lda, order, order, access, false, true};
 }
 template <class P>
 MatrixOperand<P> adjacent(P& x, int length, Access access) {
-    return {x, nullptr, length, 1, access, false};
+    return {x, nullptr, length, 1, access, false, false};
 }
 template <class P>
 VectorOperand<P> vector(P& x, int& incx, int length, Access access) {

@@ -2,35 +2,10 @@
 // routine's description, whose members are the same arguments, come the functions.
 #pragma once
 
-#include "lumo.h"
+#include "routine/c_interface.h"
 #include "routine/frame.h"
-#include "runtime/complex.h"
 
 namespace lumo {
-
-// A number, or a pointer to numbers, of the C interface as the library's own type.
-template <class T>
-T element(T real) {
-    return real;
-}
-inline Complex<float> element(lumoFloatComplex z) {
-    return {z.re, z.im};
-}
-inline Complex<double> element(lumoDoubleComplex z) {
-    return {z.re, z.im};
-}
-inline Complex<float>* element(lumoFloatComplex* p) {
-    return reinterpret_cast<Complex<float>*>(p);
-}
-inline Complex<double>* element(lumoDoubleComplex* p) {
-    return reinterpret_cast<Complex<double>*>(p);
-}
-inline const Complex<float>* element(const lumoFloatComplex* p) {
-    return reinterpret_cast<const Complex<float>*>(p);
-}
-inline const Complex<double>* element(const lumoDoubleComplex* p) {
-    return reinterpret_cast<const Complex<double>*>(p);
-}
 
 // A description's members, for whoever includes its header alone.
 #define LUMO_INSTANTIATE(Routine)            \
@@ -47,13 +22,6 @@ struct Exported<Routine, lumoStatus (*)(A...)> {
     static lumoStatus host(A... arguments) { return onHost(Routine{element(arguments)...}); }
     static lumoStatus device(A... arguments) { return onDevice(Routine{element(arguments)...}); }
 };
-
-// Gives a function its C name as well: an alias, so that the arguments need not be listed again,
-// at which a debugger stops as at any function. Inside a function, which need not be called.
-#define LUMO_EXPORT_ALIAS(symbol, ...)                                                 \
-    asm volatile(".globl " #symbol "\n\t.type " #symbol ", @function\n\t.set " #symbol \
-                 ", "                                                                  \
-                 "%c0" ::"i"(&__VA_ARGS__))
 
 // lumoXname and lumoDeviceXname for one type's letter X.
 #define LUMO_EXPORT(letter, T, name, Routine)                                     \

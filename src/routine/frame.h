@@ -49,6 +49,7 @@ inline cudalib::TransferMode transferOf(Access access) {
         case Access::out:
             return cudalib::download;
         case Access::inOut:
+        case Access::scratch:
             return cudalib::uploadAndDownload;
         case Access::none:
             break;
@@ -56,21 +57,27 @@ inline cudalib::TransferMode transferOf(Access access) {
     return cudalib::noTransfer;
 }
 
+// Of a result that is not all that lies there, the rest has to come back as it was.
+inline cudalib::TransferMode transferOfPart(Access access) {
+    return transferOf(access == Access::out ? Access::inOut : access);
+}
+
 template <class P, class T = typename MatrixOperand<P>::Element>
 cudalib::HostBoundMatrix<T> copyOf(const MatrixOperand<P>& o) {
     return {{unsigned(o.rows), unsigned(o.columns)},
             const_cast<T*>(o.pointer),
             o.ld ? *o.ld : o.rows,
-            transferOf(o.access),
+            o.triangle ? transferOfPart(o.access) : transferOf(o.access),
             1,
             o.factorized ? cudalib::pitched : cudalib::anywhere};
 }
 // A vector lies in memory from its least address on, whichever way its elements are counted. The
-// copy keeps this order and leaves out what lies between.
+// copy keeps this order and leaves out what lies between. Without a product a result stays as it
+// is.
 template <class P, class T = typename VectorOperand<P>::Element>
 cudalib::HostBoundMatrix<T, cudalib::CudaAllocator> copyOf(const VectorOperand<P>& o) {
     const int gap = o.increment < 0 ? -std::max(o.increment, -INT_MAX) : o.increment;
-    return {{1, unsigned(o.length)}, const_cast<T*>(o.pointer), gap, transferOf(o.access)};
+    return {{1, unsigned(o.length)}, const_cast<T*>(o.pointer), gap, transferOfPart(o.access)};
 }
 
 template <class P, class Copy>
