@@ -5,7 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <complex>
+#include <cctype>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -13,9 +13,10 @@
 #include <utility>
 #include <vector>
 
+#include "common/busy_loops.h"
+#include "common/measure.h"
+#include "common/routines.h"
 #include "lumo.h"
-#include "tools/common/busy_loops.h"
-#include "tools/common/measure.h"
 
 namespace bench {
 
@@ -25,34 +26,30 @@ using lumo::randomElements;
 // Measures Lumo alone (--lumo_only), for a profile of its calls.
 inline bool lumoOnly = false;
 
-// A routine by Lumo and by another library on data of a type that restores itself before every
-// call; each returns 0 on success. `rival` names the other in the output.
-template <class Data>
+// A problem by Lumo and by another library; each returns 0 on success. `rival` names the other in
+// the output.
 struct Contest {
     std::string name;
-    std::function<int(Data&)> lumo, other;
+    std::function<std::unique_ptr<lumo::Problem>()> make;
+    std::function<int(lumo::Problem&)> other;
     std::string rival = "cpu";
 };
 
-template <class Data>
-using MakeData = std::function<std::unique_ptr<Data>()>;
-
-template <class Data>
-void run(benchmark::State& state, const Contest<Data>& contest, const MakeData<Data>& make) {
-    const std::unique_ptr<Data> owner = make();
-    Data& data = *owner;
-    auto seconds = [&](const std::function<int(Data&)>& call) {
-        data.restore();
+inline void run(benchmark::State& state, const Contest& contest) {
+    const auto problem = contest.make();
+    auto seconds = [&](const std::function<int(lumo::Problem&)>& call) {
+        problem->restore();
         int failed = 0;
-        const double elapsed = lumo::secondsOf([&] { failed = call(data); });
+        const double elapsed = lumo::secondsOf([&] { failed = call(*problem); });
         if (failed) state.SkipWithError("a call failed");
         return elapsed;
     };
-    seconds(contest.lumo);
+    const auto byLumo = [](lumo::Problem& p) { return p.lumo(); };
+    seconds(byLumo);
     if (!lumoOnly) seconds(contest.other);
     std::vector<double> lumoTimes, otherTimes;
     for (auto _ : state) {
-        lumoTimes.push_back(seconds(contest.lumo));
+        lumoTimes.push_back(seconds(byLumo));
         if (!lumoOnly) otherTimes.push_back(seconds(contest.other));
         state.SetIterationTime(lumoTimes.back());
     }
@@ -63,33 +60,36 @@ void run(benchmark::State& state, const Contest<Data>& contest, const MakeData<D
     state.counters["ratio"] = median(lumoTimes) / median(otherTimes);
 }
 
-// Orders and how often each is run.
-using Rounds = std::vector<std::pair<int, int>>;
-
-// One case, on data that are made when it runs.
-template <class Data>
-void add(const Contest<Data>& contest, const std::string& shape, int repetitions,
-         const MakeData<Data>& make) {
+inline void add(const Contest& contest, int repetitions) {
 #ifdef __clang_analyzer__  // takes the benchmark, which its library keeps, for a leak
     (void)repetitions;
-    (void)shape;
     (void)contest;
-    (void)make;
 #else
-    benchmark::RegisterBenchmark((contest.name + "/" + shape).c_str(),
-                                 [=](benchmark::State& state) { run(state, contest, make); })
+    benchmark::RegisterBenchmark(contest.name.c_str(),
+                                 [=](benchmark::State& state) { run(state, contest); })
         ->Iterations(repetitions)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
 #endif
 }
 
-// A case for each order.
-template <class Data>
-void add(const Contest<Data>& contest, const Rounds& rounds) {
+// A routine, as "sgels", against the CPU library's: as "lumoSgels/2000x1000x100".
+inline void add(const std::string& routine, const std::string& shape, lumo::Shape s,
+                int repetitions) {
+    const lumo::MeasuredRoutine& measured = lumo::measuredRoutine(routine);
+    void* const cpu = lumo::cpuRoutine(routine);
+    const std::string name =
+        "lumo" + std::string(1, char(std::toupper(routine[0]))) + routine.substr(1);
+    add({name + "/" + shape, [&measured, s] { return measured.make(s); },
+         [cpu](lumo::Problem& p) { return p.by(cpu); }},
+        repetitions);
+}
+
+// Orders and how often each is run.
+using Rounds = std::vector<std::pair<int, int>>;
+inline void add(const std::string& routine, const Rounds& rounds, int k = 0) {
     for (auto [n, repetitions] : rounds)
-        add<Data>(contest, std::to_string(n), repetitions,
-                  [n = n] { return std::make_unique<Data>(n); });
+        add(routine, std::to_string(n), {n, n, k > 0 ? k : n}, repetitions);
 }
 
 // --lumo_only, and --load=N for a machine that N busy loops keep busy.

@@ -5,138 +5,83 @@
 //     OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 bench_lapack [--benchmark_filter=...]
 // The device interface, on a matrix in device memory, is compared with the CUDA toolkit's solver
 // where there is one (`cusolver`), else with the CPU LAPACK on the same matrix in host memory.
+#include <complex>
+
 #include "contest.h"
 #include "lumo_memory.h"
 #include "vendor_solver.h"
 
-extern "C" {
-void sgetrf_(const int*, const int*, float*, const int*, int*, int*);
-void cgetrf_(const int*, const int*, std::complex<float>*, const int*, int*, int*);
-void sgesv_(const int*, const int*, float*, const int*, int*, float*, const int*, int*);
-void cgesv_(const int*, const int*, std::complex<float>*, const int*, int*, std::complex<float>*,
-            const int*, int*);
-}
-
 namespace {
 
-lumoFloatComplex* exported(std::complex<float>* p) {
-    return reinterpret_cast<lumoFloatComplex*>(p);
-}
+// A factorisation in device memory, and the same matrix in host memory for the CPU library.
+template <class T, class Exported>
+class DeviceGetrf : public lumo::Problem {
+  public:
+    using Function = lumoStatus (*)(int, int, Exported*, int, int*);
 
-// The data of one solve, restored before every call.
-template <class T>
-struct System {
-    int n;
-    std::vector<T> a0, b0, a, b;
-    std::vector<int> ipiv;
-
-    explicit System(int order)
-        : n(order),
-          a0(bench::randomElements<T>(std::size_t(n) * n)),
-          b0(bench::randomElements<T>(n)),
-          a(a0),
-          b(b0),
-          ipiv(n) {}
-    void restore() {
-        a = a0;
-        b = b0;
-    }
-};
-
-// The same matrix in device memory, for a factorisation there.
-template <class T>
-struct DeviceMatrix : System<T> {
-    void* device = nullptr;
-
-    explicit DeviceMatrix(int order) : System<T>(order) {
-        if (lumoDeviceMalloc(&device, this->a0.size() * sizeof(T)) != lumoNoError)
+    DeviceGetrf(int n, Function lumo)
+        : n_(n),
+          original_(bench::randomElements<T>(std::size_t(n) * std::size_t(n))),
+          a_(original_),
+          pivots_(std::size_t(n)),
+          lumo_(lumo) {
+        if (lumoDeviceMalloc(&device_, a_.size() * sizeof(T)) != lumoNoError)
             throw std::bad_alloc();
         if (const auto* vendor = bench::VendorSolver::get())
-            if (!vendor->prepare(order, onDevice())) throw std::bad_alloc();
+            if (!vendor->prepare(n, static_cast<T*>(device_))) throw std::bad_alloc();
     }
-    ~DeviceMatrix() { lumoDeviceFree(device); }
-    DeviceMatrix(const DeviceMatrix&) = delete;
-    DeviceMatrix& operator=(const DeviceMatrix&) = delete;
+    ~DeviceGetrf() override { lumoDeviceFree(device_); }
 
-    T* onDevice() const { return static_cast<T*>(device); }
-    void restore() {
-        System<T>::restore();
-        const int n = this->n;
-        lumoDeviceSetMatrix(n, n, sizeof(T), this->a0.data(), n, device, n);
+    void restore() override {
+        a_ = original_;
+        lumoDeviceSetMatrix(n_, n_, sizeof(T), original_.data(), n_, device_, n_);
     }
+    int lumo() override {
+        return int(lumo_(n_, n_, static_cast<Exported*>(device_), n_, pivots_.data()));
+    }
+    int by(void* getrf) override {
+        int info = 0;
+        using Getrf = void (*)(const int*, const int*, T*, const int*, int*, int*);
+        reinterpret_cast<Getrf>(getrf)(&n_, &n_, a_.data(), &n_, pivots_.data(), &info);
+        return info;
+    }
+    int byVendor() { return bench::VendorSolver::get()->getrf(n_, static_cast<T*>(device_)); }
+
+  private:
+    const int n_;
+    const std::vector<T> original_;
+    std::vector<T> a_;
+    std::vector<int> pivots_;
+    const Function lumo_;
+    void* device_ = nullptr;
 };
 
-int cpuGetrf(System<float>& s) {
-    int info = 0;
-    sgetrf_(&s.n, &s.n, s.a.data(), &s.n, s.ipiv.data(), &info);
-    return info;
+template <class T, class Exported>
+void addDeviceGetrf(const std::string& name,
+                    lumoStatus (*lumoGetrf)(int, int, Exported*, int, int*),
+                    const std::string& cpuName, const bench::Rounds& rounds) {
+    using Data = DeviceGetrf<T, Exported>;
+    const bool vendor = bench::VendorSolver::get() != nullptr;
+    void* const cpu = lumo::cpuRoutine(cpuName);
+    for (auto [n, repetitions] : rounds)
+        bench::add({name + "/" + std::to_string(n),
+                    [=, n = n] { return std::make_unique<Data>(n, lumoGetrf); },
+                    [=](lumo::Problem& p) {
+                        return vendor ? static_cast<Data&>(p).byVendor() : p.by(cpu);
+                    },
+                    vendor ? "cusolver" : "cpu"},
+                   repetitions);
 }
-int cpuGetrf(System<std::complex<float>>& s) {
-    int info = 0;
-    cgetrf_(&s.n, &s.n, s.a.data(), &s.n, s.ipiv.data(), &info);
-    return info;
-}
-
-template <class T, class Getrf>
-void addDeviceGetrf(const char* name, Getrf getrf, const bench::Rounds& rounds) {
-    using Data = DeviceMatrix<T>;
-    auto lumo = [getrf](Data& d) { return getrf(d); };
-    if (const auto* vendor = bench::VendorSolver::get())
-        bench::add<Data>(
-            {name, lumo, [vendor](Data& d) { return vendor->getrf(d.n, d.onDevice()); },
-             "cusolver"},
-            rounds);
-    else
-        bench::add<Data>({name, lumo, [](Data& d) { return cpuGetrf(d); }}, rounds);
-}
-
-const bench::Rounds rounds{{512, 41}, {1024, 21}, {2048, 11}, {4096, 7}};
-const int one = 1;
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    bench::Rounds manyRounds = rounds;
-    if (bench::VendorSolver::get()) manyRounds.push_back({16384, 3});  // too long for most CPUs
-    using Real = System<float>;
-    using Complex = System<std::complex<float>>;
-    bench::add<Real>(
-        {"lumoSgetrf",
-         [](Real& s) { return int(lumoSgetrf(s.n, s.n, s.a.data(), s.n, s.ipiv.data())); },
-         [](Real& s) { return cpuGetrf(s); }},
-        manyRounds);
-    bench::add<Real>(
-        {"lumoSgesv",
-         [](Real& s) {
-             return int(lumoSgesv(s.n, 1, s.a.data(), s.n, s.ipiv.data(), s.b.data(), s.n));
-         },
-         [](Real& s) {
-             int info = 0;
-             sgesv_(&s.n, &one, s.a.data(), &s.n, s.ipiv.data(), s.b.data(), &s.n, &info);
-             return info;
-         }},
-        manyRounds);
-    bench::add<Complex>({"lumoCgesv",
-                         [](Complex& s) {
-                             return int(lumoCgesv(s.n, 1, exported(s.a.data()), s.n, s.ipiv.data(),
-                                                  exported(s.b.data()), s.n));
-                         },
-                         [](Complex& s) {
-                             int info = 0;
-                             cgesv_(&s.n, &one, s.a.data(), &s.n, s.ipiv.data(), s.b.data(), &s.n,
-                                    &info);
-                             return info;
-                         }},
-                        manyRounds);
-    addDeviceGetrf<float>(
-        "lumoDeviceSgetrf",
-        [](auto& d) { return int(lumoDeviceSgetrf(d.n, d.n, d.onDevice(), d.n, d.ipiv.data())); },
-        manyRounds);
-    addDeviceGetrf<std::complex<float>>(
-        "lumoDeviceCgetrf",
-        [](auto& d) {
-            return int(lumoDeviceCgetrf(d.n, d.n, exported(d.onDevice()), d.n, d.ipiv.data()));
-        },
-        manyRounds);
+    bench::Rounds rounds{{512, 41}, {1024, 21}, {2048, 11}, {4096, 7}};
+    if (bench::VendorSolver::get()) rounds.push_back({16384, 3});  // too long for most CPUs
+    bench::add("sgetrf", rounds);
+    bench::add("sgesv", rounds, 1);
+    bench::add("cgesv", rounds, 1);
+    addDeviceGetrf<float>("lumoDeviceSgetrf", lumoDeviceSgetrf, "sgetrf", rounds);
+    addDeviceGetrf<std::complex<float>>("lumoDeviceCgetrf", lumoDeviceCgetrf, "cgetrf", rounds);
     return bench::runAll(argc, argv);
 }

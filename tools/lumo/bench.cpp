@@ -4,11 +4,12 @@
 #include <stdexcept>
 
 #include "bench_plot.h"
-#include "bench_routines.h"
 #include "choice.h"
 #include "commands.h"
 #include "common/busy_loops.h"
+#include "common/measure.h"
 #include "common/progress.h"
+#include "common/routines.h"
 #include "gnuplot.h"
 #include "output_file.h"
 #include "session.h"
@@ -24,31 +25,57 @@ void deliver(OutputFile& file) {
     std::printf("written: %s\n", file.name().c_str());
 }
 
-SpeedCurve measure(const BenchRoutine& routine, const std::string& place, int largest) {
+// Median seconds of a call of order n.
+std::pair<double, double> timesOf(const MeasuredRoutine& routine, int n) {
+    const auto problem = routine.makeSquare(n);
+    void* const cpu = cpuRoutine(routine.name);
+    const auto failure = [&](const std::string& who, const std::string& what) {
+        return std::runtime_error(who + "'s " + routine.name + " fails, n = " + std::to_string(n) +
+                                  ": " + what);
+    };
+    return pairedMedians(
+        5, 0.5, [&] { problem->restore(); },
+        [&] {
+            if (const int status = problem->lumo())
+                throw failure("Lumo", describe(lumoStatus(status), lumoGetThreadErrorInfo()));
+        },
+        [&] {
+            if (const int info = problem->by(cpu))
+                throw failure("the CPU library", "info " + std::to_string(info));
+        });
+}
+
+SpeedCurve measure(const MeasuredRoutine& routine, const std::string& place, int largest) {
     SpeedCurve curve{routine.name, {}, {}, {}};
     std::vector<int> sizes;
     for (int n = 64; n < largest; n *= 2) sizes.push_back(n);
     sizes.push_back(largest);
     for (const int n : sizes) {
-        const Times times = [&] {
+        const auto [lumo, cpu] = [&] {
             const Progress progress(place + routine.name + ", n = " + std::to_string(n));
-            return routine.measure(n);
+            return timesOf(routine, n);
         }();
         const double work = routine.flops * n * n * n / 1e9;
         curve.n.push_back(n);
-        curve.lumo.push_back(work / times.lumo);
-        curve.cpu.push_back(work / times.cpu);
+        curve.lumo.push_back(work / lumo);
+        curve.cpu.push_back(work / cpu);
         std::printf("%-8s %6d %11.3f %11.3f %10.2f %10.2f %8.2f\n", routine.name.c_str(), n,
-                    1e3 * times.lumo, 1e3 * times.cpu, curve.lumo.back(), curve.cpu.back(),
-                    times.lumo / times.cpu);
+                    1e3 * lumo, 1e3 * cpu, curve.lumo.back(), curve.cpu.back(), lumo / cpu);
         std::fflush(stdout);
-        if (std::max(times.lumo, times.cpu) > longCall) break;
+        if (std::max(lumo, cpu) > longCall) break;
     }
     if (const double crossover = curve.crossover(); crossover > 0)
         std::printf("%-8s Lumo is faster from n = %.0f on\n", "", crossover);
     else
         std::printf("%-8s no crossover up to n = %d\n", "", curve.n.back());
     return curve;
+}
+
+std::vector<MeasuredRoutine> routinesWithFlops() {
+    std::vector<MeasuredRoutine> routines;
+    for (const MeasuredRoutine& routine : measuredRoutines())
+        if (routine.flops > 0) routines.push_back(routine);
+    return routines;
 }
 
 std::string quoted(const std::string& text) {
@@ -80,7 +107,7 @@ std::string json(const std::string& device, const std::vector<SpeedCurve>& curve
 }  // namespace
 
 void bench(const BenchOptions& options) {
-    const auto routines = choose(benchRoutines(), options.routines);
+    const auto routines = choose(routinesWithFlops(), options.routines);
     const auto table = openOutput(options.json), picture = openOutput(options.plot);
     if (picture) checkPlot(options.plot);
     const BusyLoops load(options.load);  // before there are threads
@@ -93,7 +120,7 @@ void bench(const BenchOptions& options) {
                 "/ CPU ms");
     std::vector<SpeedCurve> curves;
     curves.reserve(routines.size());
-    for (const BenchRoutine& routine : routines)
+    for (const MeasuredRoutine& routine : routines)
         curves.push_back(measure(
             routine,
             std::to_string(curves.size() + 1) + " of " + std::to_string(routines.size()) + ": ",

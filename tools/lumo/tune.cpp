@@ -10,11 +10,12 @@
 
 #include "choice.h"
 #include "commands.h"
+#include "common/measure.h"
 #include "common/progress.h"
+#include "common/routines.h"
 #include "dropin/crossover_file.h"
 #include "lumo.h"
 #include "output_file.h"
-#include "tune_routines.h"
 
 namespace lumo {
 namespace {
@@ -52,19 +53,20 @@ class DropIn {
 
 // The least size from which on Lumo takes a tenth less time than the CPU library, up to the largest
 // that is measured: until a call takes a second, or as far as the user wants.
-std::string crossoverOf(const TuneRoutine& routine, const DropIn& dropIn, int largest) {
+std::string crossoverOf(const MeasuredRoutine& routine, const DropIn& dropIn, int largest) {
     constexpr double enough = 0.9, longCall = 0.15;
     void* const lumo = dropIn.routine(routine.name);
-    void* const cpu = dlsym(RTLD_DEFAULT, (routine.name + "_").c_str());
-    if (!lumo || !cpu)
-        throw std::runtime_error(routine.name + ": " +
-                                 (lumo ? "the CPU library" : "the drop-in library") + " has none");
+    void* const cpu = cpuRoutine(routine.name);
+    if (!lumo) throw std::runtime_error(routine.name + ": the drop-in library has none");
     std::printf("%-7s", routine.name.c_str());
     std::string size = "never";
     for (int n = 64; n <= largest; n *= 2) {
         const auto [lumoTime, cpuTime] = [&] {
             const Progress progress(routine.name + ", n = " + std::to_string(n));
-            return routine.measure(lumo, cpu, n);
+            const auto problem = routine.makeSquare(n);
+            return pairedMedians(
+                3, 0.1, [&] { problem->restore(); }, [&] { problem->by(lumo); },
+                [&] { problem->by(cpu); });
         }();
         std::printf("  %d: %.2f", n, lumoTime / cpuTime);
         std::fflush(stdout);
@@ -92,7 +94,7 @@ std::string linesBut(const std::vector<std::string>& keys, const std::string& fi
 }  // namespace
 
 void tune(const TuneOptions& options) {
-    const auto routines = choose(tuneRoutines(), options.routines);
+    const auto routines = choose(measuredRoutines(), options.routines);
     const std::string file = options.file.empty() ? dropin::crossoverFile() : options.file;
     if (file.empty()) throw std::runtime_error("there is no home to write to: name a file by -o");
     const fs::path folder = fs::path(file).parent_path();
@@ -103,7 +105,7 @@ void tune(const TuneOptions& options) {
     std::printf("%s: Lumo's time over the CPU library's, by size\n", dropIn.device().c_str());
     std::vector<std::string> keys;
     std::string measured;
-    for (const TuneRoutine& routine : routines) {
+    for (const MeasuredRoutine& routine : routines) {
         keys.push_back(dropin::platformOf(dropIn.device()) + " " + routine.name);
         measured += keys.back() + " " + crossoverOf(routine, dropIn, options.largest) + "\n";
     }

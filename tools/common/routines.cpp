@@ -1,0 +1,155 @@
+#include "common/routines.h"
+
+#include <dlfcn.h>
+
+#include <stdexcept>
+
+#include "blas/gemm.h"
+#include "blas/gemv.h"
+#include "blas/symm.h"
+#include "blas/syr2k.h"
+#include "blas/syrk.h"
+#include "blas/triangular.h"
+#include "common/described_problem.h"
+#include "lapack/gesv.h"
+#include "lapack/getrf.h"
+
+namespace lumo {
+namespace {
+
+// Descriptions without operands, which a problem provides; alpha is 1, beta 0.
+template <class T>
+Gemm<T> gemm(Shape s) {
+    return {'N', 'N', s.m, s.n, s.k, T(1), nullptr, 0, nullptr, 0, T(0), nullptr, 0};
+}
+template <class T>
+Gemv<T> gemv(Shape s) {
+    return {'N', s.m, s.n, T(1), nullptr, 0, nullptr, 1, T(0), nullptr, 1};
+}
+template <class T>
+Symm<T> symm(Shape s) {
+    return {'L', 'L', s.m, s.n, T(1), nullptr, 0, nullptr, 0, T(0), nullptr, 0};
+}
+template <class T>
+Symm<T> hemm(Shape s) {
+    return symm<T>(s);
+}
+template <class T>
+Syrk<T> syrk(Shape s) {
+    return {'L', 'N', s.n, s.k, T(1), nullptr, 0, T(0), nullptr, 0};
+}
+template <class T>
+Herk<T> herk(Shape s) {
+    return {'L', 'N', s.n, s.k, 1, nullptr, 0, 0, nullptr, 0};
+}
+template <class T>
+Syr2k<T> syr2k(Shape s) {
+    return {'L', 'N', s.n, s.k, T(1), nullptr, 0, nullptr, 0, T(0), nullptr, 0};
+}
+template <class T>
+Her2k<T> her2k(Shape s) {
+    return {'L', 'N', s.n, s.k, T(1), nullptr, 0, nullptr, 0, 0, nullptr, 0};
+}
+template <class T>
+Trmm<T> trmm(Shape s) {
+    return {'L', 'L', 'N', 'N', s.m, s.n, T(1), nullptr, 0, nullptr, 0};
+}
+template <class T>
+Trsm<T> trsm(Shape s) {
+    return {'L', 'L', 'N', 'N', s.m, s.n, T(1), nullptr, 0, nullptr, 0};
+}
+template <class T>
+Getrf<T> getrf(Shape s) {
+    return {s.m, s.n, nullptr, 0, nullptr};
+}
+template <class T>
+Gesv<T> gesv(Shape s) {
+    return {s.n, s.k, nullptr, 0, nullptr, nullptr, 0};
+}
+template <class T>
+Geqrf<T> geqrf(Shape s) {
+    return {s.m, s.n, nullptr, 0, nullptr};
+}
+template <class T>
+Gels<T> gels(Shape s) {
+    return {'N', s.m, s.n, s.k, nullptr, 0, nullptr, 0};
+}
+template <class T>
+Gglse<T> gglse(Shape s) {
+    return {s.m, s.n, s.k, nullptr, 0, nullptr, 0, nullptr, nullptr, nullptr};
+}
+template <class T>
+Gesvd<T> gesvd(Shape s) {
+    return {'S', 'S', s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
+}
+
+Shape square(int n) {
+    return {n, n, n};
+}
+Shape oneRightHandSide(int n) {
+    return {n, n, 1};
+}
+Shape quarterConstrained(int n) {
+    return {n - n / 4, n, n / 4};
+}
+
+template <class Routine, class Function>
+MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Shape), Function lumo,
+                         Shape (*shapeOf)(int)) {
+    const double perElement = isComplex<typename Routine::Element> ? 4 : 1;
+    const auto make = [=](Shape s) -> std::unique_ptr<Problem> {
+        return std::make_unique<DescribedProblem<Routine, Function>>(describe(s), lumo);
+    };
+    return {name, perElement * flops, make, [=](int n) { return make(shapeOf(n)); }};
+}
+
+#define LUMO_MEASURED(letter, LETTER, T, name, flops, shape) \
+    measured(#letter #name, flops, &name<T>, &lumo##LETTER##name, shape)
+#define LUMO_MEASURED_S_C(name, flops, shape)       \
+    LUMO_MEASURED(s, S, float, name, flops, shape), \
+        LUMO_MEASURED(c, C, Complex<float>, name, flops, shape)
+#define LUMO_MEASURED_S_D(name, flops)               \
+    LUMO_MEASURED(s, S, float, name, flops, square), \
+        LUMO_MEASURED(d, D, double, name, flops, square)
+#define LUMO_MEASURED_C_Z(name, flops)                        \
+    LUMO_MEASURED(c, C, Complex<float>, name, flops, square), \
+        LUMO_MEASURED(z, Z, Complex<double>, name, flops, square)
+#define LUMO_MEASURED_S_D_C_Z(name, flops) \
+    LUMO_MEASURED_S_D(name, flops), LUMO_MEASURED_C_Z(name, flops)
+
+}  // namespace
+
+const std::vector<MeasuredRoutine>& measuredRoutines() {
+    // gesvd with both sets of vectors: Golub and Van Loan's 4 m^2 n + 8 m n^2 + 9 n^3.
+    static const std::vector<MeasuredRoutine> all{LUMO_MEASURED_S_D_C_Z(gemm, 2),
+                                                  LUMO_MEASURED_S_D_C_Z(syrk, 1),
+                                                  LUMO_MEASURED_S_C(getrf, 2. / 3, square),
+                                                  LUMO_MEASURED_S_C(gesv, 2. / 3, oneRightHandSide),
+                                                  LUMO_MEASURED_S_C(geqrf, 4. / 3, square),
+                                                  LUMO_MEASURED_S_C(gels, 4. / 3, oneRightHandSide),
+                                                  LUMO_MEASURED_S_C(gesvd, 21, square),
+                                                  LUMO_MEASURED_S_C(gglse, 0, quarterConstrained),
+                                                  LUMO_MEASURED_S_D_C_Z(gemv, 0),
+                                                  LUMO_MEASURED_S_D_C_Z(trmm, 0),
+                                                  LUMO_MEASURED_S_D_C_Z(trsm, 0),
+                                                  LUMO_MEASURED_S_D(symm, 0),
+                                                  LUMO_MEASURED_S_D(syr2k, 0),
+                                                  LUMO_MEASURED_C_Z(hemm, 0),
+                                                  LUMO_MEASURED_C_Z(herk, 0),
+                                                  LUMO_MEASURED_C_Z(her2k, 0)};
+    return all;
+}
+
+const MeasuredRoutine& measuredRoutine(const std::string& name) {
+    for (const MeasuredRoutine& routine : measuredRoutines())
+        if (routine.name == name) return routine;
+    throw std::invalid_argument(name + " is not measured");
+}
+
+void* cpuRoutine(const std::string& name) {
+    void* const routine = dlsym(RTLD_DEFAULT, (name + "_").c_str());
+    if (!routine) throw std::runtime_error(name + ": the CPU library has none");
+    return routine;
+}
+
+}  // namespace lumo
