@@ -35,7 +35,6 @@ add_library(lumo_objects OBJECT
     platform/profile.cpp
     platform/registry.cpp
     platform/software/blas.cpp
-    platform/software/blas_vectors.cpp
     platform/software/copy.cpp
     platform/software/heap.cpp
     platform/software/instruments.cpp
@@ -47,8 +46,6 @@ add_library(lumo_objects OBJECT
     platform/software/streams.cpp
     platform/software/table.cpp
     platform/software/threads.cpp
-    platform/trampolines.cpp
-    platform/trampolines_blas.cpp
     platform/unavailable.cpp
     src/blas/gemm.cpp
     src/blas/gemv.cpp

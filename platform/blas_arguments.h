@@ -8,17 +8,12 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/table.h"
+
 namespace platform {
 
 inline bool oneOf(char letter, const char* letters) {
     return letter != '\0' && std::strchr(letters, std::toupper(static_cast<unsigned char>(letter)));
-}
-
-inline bool isDouble(char type) {
-    return type == 'D' || type == 'Z';
-}
-inline bool isComplex(char type) {
-    return type == 'C' || type == 'Z';
 }
 
 // A rows x columns operand.
@@ -108,12 +103,10 @@ inline BlasOperands<3> syr2kOperands(char uplo, char trans, const char* transpos
                     transposable(trans, a, n, k, lda), transposable(trans, b, n, k, ldb),
                     BlasOperand{c, n, n, ldc});
 }
-inline const char* syrkTransposes(char type) {
-    return isComplex(type) ? "T" : "TC";
-}
-inline const char* syr2kTransposes(char type) {
-    return isComplex(type) ? "C" : "TC";
-}
+template <class T>
+constexpr const char* symmetricTransposes = isComplex<T> ? "T" : "TC";
+template <class T>
+constexpr const char* hermitianTransposes = isComplex<T> ? "C" : "TC";
 
 inline BlasOperands<2> triangularOperands(char side, char uplo, char transa, char diag, int m,
                                           int n, const void* a, int lda, const void* b, int ldb) {

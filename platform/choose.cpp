@@ -109,7 +109,7 @@ const Choice& choice() {
     static const auto* decision = [] {
         auto* made = new Decision(decide());
         auto* complete = new Table(*made->table);
-        fillPanels(*complete, PanelThreads::ofLibrary);
+        fillOptional(*complete, PanelThreads::ofLibrary);
         made->table = complete;
         const char* profile = std::getenv("LUMO_PROFILE");
         if (profile && *profile && *profile != '0') made->table = &profiled(*made->table);

@@ -1,50 +1,39 @@
 #include "platform/error_texts.h"
 
-#include "platform/cuda3.h"
+#include "platform/cuda3_errors.h"
 
 namespace platform {
 
 const char* errorText(int error) {
-    switch (error) {
-        case cudaSuccess:
-            return "no error";
-        case cudaErrorMissingConfiguration:
-            return "__global__ function call is not configured";
-        case cudaErrorMemoryAllocation:
-            return "out of memory";
-        case cudaErrorInitializationError:
-            return "initialization error";
-        case cudaErrorLaunchFailure:
-            return "unspecified launch failure";
-        case cudaErrorInvalidDeviceFunction:
-            return "invalid device function";
-        case cudaErrorInvalidConfiguration:
-            return "invalid configuration argument";
-        case cudaErrorInvalidDevice:
-            return "invalid device ordinal";
-        case cudaErrorInvalidValue:
-            return "invalid argument";
-        case cudaErrorInvalidPitchValue:
-            return "invalid pitch argument";
-        case cudaErrorInvalidHostPointer:
-            return "invalid host pointer";
-        case cudaErrorInvalidDevicePointer:
-            return "invalid device pointer";
-        case cudaErrorInvalidMemcpyDirection:
-            return "invalid copy direction for memcpy";
-        case cudaErrorMemoryValueTooLarge:
-            return "memory size or pointer value too large to fit in 32 bit";
-        case cudaErrorInvalidResourceHandle:
-            return "invalid resource handle";
-        case cudaErrorInsufficientDriver:
-            return "CUDA driver version is insufficient for CUDA runtime version";
-        case cudaErrorSetOnActiveProcess:
-            return "cannot set while device is active in this process";
-        case cudaErrorNoDevice:
-            return "no CUDA-capable device is detected";
-        default:
-            return "unknown error";
-    }
+    using namespace cuda3;
+    struct Text {
+        int error;
+        const char* text;
+    };
+    constexpr Text texts[] = {
+        {cudaSuccess, "no error"},
+        {cudaErrorMissingConfiguration, "__global__ function call is not configured"},
+        {cudaErrorMemoryAllocation, "out of memory"},
+        {cudaErrorInitializationError, "initialization error"},
+        {cudaErrorLaunchFailure, "unspecified launch failure"},
+        {cudaErrorInvalidDeviceFunction, "invalid device function"},
+        {cudaErrorInvalidConfiguration, "invalid configuration argument"},
+        {cudaErrorInvalidDevice, "invalid device ordinal"},
+        {cudaErrorInvalidValue, "invalid argument"},
+        {cudaErrorInvalidPitchValue, "invalid pitch argument"},
+        {cudaErrorInvalidHostPointer, "invalid host pointer"},
+        {cudaErrorInvalidDevicePointer, "invalid device pointer"},
+        {cudaErrorInvalidMemcpyDirection, "invalid copy direction for memcpy"},
+        {cudaErrorMemoryValueTooLarge, "memory size or pointer value too large to fit in 32 bit"},
+        {cudaErrorInvalidResourceHandle, "invalid resource handle"},
+        {cudaErrorInsufficientDriver,
+         "CUDA driver version is insufficient for CUDA runtime version"},
+        {cudaErrorSetOnActiveProcess, "cannot set while device is active in this process"},
+        {cudaErrorNoDevice, "no CUDA-capable device is detected"},
+    };
+    for (const Text& t : texts)
+        if (t.error == error) return t.text;
+    return "unknown error";
 }
 
 }  // namespace platform

@@ -90,11 +90,13 @@ void fill(Table& t) {
                                                       vt, &ldvt, work, &size, rwork, info, 1, 1);
             });
         };
+    if (!t.panelWidth) t.panelWidth = [](Panel, char, int, int) { return 0; };
+    if (!t.sharesMemory) t.sharesMemory = [] { return 0; };
 }
 
 }  // namespace
 
-void fillPanels(Table& table, PanelThreads threads) {
+void fillOptional(Table& table, PanelThreads threads) {
     if (threads == PanelThreads::one)
         fill<PanelThreads::one>(table);
     else

@@ -11,7 +11,7 @@
 namespace platform {
 namespace {
 
-enum Kind { memory, copies, waiting, kernels, cublas, panels, kinds };
+enum Kind { memory, copies, waiting, kernels, cublas, panels, kinds, unmeasured };
 constexpr const char* names[kinds] = {"allocation", "copies", "waiting",
                                       "kernels",    "CUBLAS", "CPU panels"};
 
@@ -40,19 +40,19 @@ class Measure {
     Clock::time_point start_;
 };
 
-template <auto member, Kind kind, class Signature = decltype(measured->*member)>
-struct Wrapped;
-template <auto member, Kind kind, class Result, class... Arguments>
-struct Wrapped<member, kind, Result (*const&)(Arguments...)> {
+template <auto entry, Kind kind, class = decltype(entry)>
+struct Measured;
+template <auto entry, Kind kind, class Part, class Result, class... Arguments>
+struct Measured<entry, kind, Result (*Part::*)(Arguments...)> {
     static Result call(Arguments... arguments) {
         Measure measure(kind);
-        return (measured->*member)(arguments...);
+        return (measured->*entry)(arguments...);
     }
 };
 
-template <Kind kind, auto... members>
-void wrap(Table& table) {
-    ((table.*members = Wrapped<members, kind>::call), ...);
+template <Kind kind, auto entry>
+void measure(Table& table) {
+    if constexpr (kind != unmeasured) table.*entry = Measured<entry, kind>::call;
 }
 
 void report() {
@@ -75,17 +75,14 @@ const Table& profiled(const Table& table) {
     static Table wrapped;
     measured = &table;
     wrapped = table;
-    wrap<memory, &Table::malloc, &Table::mallocPitch, &Table::mallocHost, &Table::free,
-         &Table::freeHost>(wrapped);
-    wrap<copies, &Table::memcpy, &Table::memcpyAsync, &Table::memcpy2D, &Table::memcpy2DAsync,
-         &Table::memset>(wrapped);
-    wrap<waiting, &Table::streamSynchronize, &Table::threadSynchronize>(wrapped);
-    wrap<kernels, &Table::launch>(wrapped);
-    wrap<cublas, &Table::gemm, &Table::gemv, &Table::copyVector, &Table::swapVectors, &Table::scal,
-         &Table::axpy, &Table::rot, &Table::symv, &Table::trmv, &Table::symm, &Table::syrk,
-         &Table::herk, &Table::syr2k, &Table::trmm, &Table::trsm>(wrapped);
-    wrap<panels, &Table::luPanel, &Table::luSystem, &Table::qrPanel, &Table::qrTail,
-         &Table::bidiagonalTail, &Table::svd>(wrapped);
+#define ENTRY(kind, result, name, parameters) measure<kind, &Table::name>(wrapped);
+#define OPTIONAL_ENTRY(...) ENTRY(__VA_ARGS__)
+#include "platform/entries.inc"
+    eachBlas(wrapped, [](auto& blas) {
+        using Entries = std::decay_t<decltype(blas)>;
+#define BLAS_ENTRY(name, S, D, C, Z, parameters) measure<cublas, &Entries::name>(wrapped);
+#include "platform/entries.inc"
+    });
     started = Clock::now();
     std::atexit(report);
     return wrapped;

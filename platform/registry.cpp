@@ -82,3 +82,7 @@ extern "C" void __cudaUnregisterFatBinary(void** handle) {
     }
     delete unit;
 }
+
+extern "C" cudaError_t cudaLaunch(const char* stub) {
+    return platform::launch(platform::findKernel(stub));
+}

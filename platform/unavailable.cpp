@@ -1,20 +1,20 @@
 #include "platform/unavailable.h"
 
-#include "platform/cuda3.h"
+#include "platform/cuda3_errors.h"
 #include "platform/error_texts.h"
 
 namespace platform {
 namespace {
 
+using namespace cuda3;
+
 thread_local int lastError = cudaSuccess;
 
-template <class... Arguments>
-int refuse(Arguments...) {
-    return lastError = cudaErrorInsufficientDriver;
+template <class Result, class... Arguments>
+Result refuse(Arguments...) {
+    if constexpr (std::is_same_v<Result, int>) return lastError = cudaErrorInsufficientDriver;
+    return Result();
 }
-
-template <class... Arguments>
-void ignore(Arguments...) {}
 
 int version(int* out, int value) {
     *out = value;
@@ -31,51 +31,21 @@ Table makeTable() {
     Table t{};
     t.version = tableVersion;
     t.name = "none";
+#define ENTRY(kind, result, name, parameters) t.name = refuse;
+#include "platform/entries.inc"
+    eachBlas(t, [](auto& blas) {
+#define BLAS_ENTRY(name, S, D, C, Z, parameters) blas.name = refuse;
+#include "platform/entries.inc"
+    });
     t.runtimeGetVersion = [](int* out) { return version(out, 3020); };
     t.driverGetVersion = [](int* out) { return version(out, 0); };
-    t.getDeviceCount = refuse;
-    t.getDeviceProperties = refuse;
-    t.setDevice = refuse;
-    t.getDevice = refuse;
-    t.memGetInfo = refuse;
     t.isDevicePointer = [](const void*) { return 0; };
-    t.malloc = refuse;
-    t.mallocPitch = refuse;
-    t.mallocHost = refuse;
-    t.free = refuse;
-    t.freeHost = refuse;
-    t.memcpy = refuse;
-    t.memcpyAsync = refuse;
-    t.memcpy2D = refuse;
-    t.memcpy2DAsync = refuse;
-    t.memset = refuse;
-    t.streamCreate = refuse;
-    t.streamDestroy = refuse;
-    t.streamSynchronize = refuse;
-    t.threadSynchronize = [] { return int(cudaSuccess); };  // nothing can be under way
+    t.threadSynchronize = [] { return cudaSuccess; };  // nothing can be under way
     t.getLastError = takeLastError;
     t.getErrorString = errorText;
-    t.configureCall = refuse;
-    t.setupArgument = refuse;
-    t.launch = refuse;
-    t.cublasInit = [] { return int(CUBLAS_STATUS_NOT_INITIALIZED); };
-    t.cublasShutdown = [] { return int(CUBLAS_STATUS_SUCCESS); };
-    t.cublasGetError = [] { return int(CUBLAS_STATUS_SUCCESS); };
-    t.copyVector = ignore;
-    t.swapVectors = ignore;
-    t.scal = ignore;
-    t.axpy = ignore;
-    t.rot = ignore;
-    t.symv = ignore;
-    t.trmv = ignore;
-    t.gemv = ignore;
-    t.gemm = ignore;
-    t.symm = ignore;
-    t.syrk = ignore;
-    t.herk = ignore;
-    t.syr2k = ignore;
-    t.trmm = ignore;
-    t.trsm = ignore;
+    t.cublasInit = [] { return CUBLAS_STATUS_NOT_INITIALIZED; };
+    t.cublasShutdown = [] { return CUBLAS_STATUS_SUCCESS; };
+    t.cublasGetError = [] { return CUBLAS_STATUS_SUCCESS; };
     return t;
 }
 

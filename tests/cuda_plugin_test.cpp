@@ -89,11 +89,11 @@ TEST_F(CudaPlugin, AnswersWithoutADriver) {
     EXPECT_NE(0, table_->malloc(&pointer, 16));
     EXPECT_EQ(nullptr, pointer);
     EXPECT_NE(0, table_->cublasInit());
-    const float one = 1;
-    table_->trsm('S', 'L', 'L', 'N', 'N', 1, 1, &one, &one, 1, &value, 1);
+    float one = 1;
+    table_->platform::Blas<float>::trsm('L', 'L', 'N', 'N', 1, 1, 1, &one, 1, &one, 1);
     EXPECT_EQ(0, table_->cublasGetError()) << "it is not CUBLAS that fails";
     EXPECT_EQ(35, table_->getLastError());
-    table_->trsm('S', 'X', 'L', 'N', 'N', 1, 1, &one, &one, 1, &value, 1);
+    table_->platform::Blas<float>::trsm('X', 'L', 'N', 'N', 1, 1, 1, &one, 1, &one, 1);
     EXPECT_EQ(7, table_->cublasGetError());
     EXPECT_EQ(0, table_->cublasGetError());
 }

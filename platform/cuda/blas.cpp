@@ -32,7 +32,7 @@ struct Lease {
 };
 
 thread_local Lease lease;
-thread_local int errorWord = legacySuccess;
+thread_local int errorWord = cuda3::CUBLAS_STATUS_SUCCESS;
 
 // A new handle needs tens of megabytes on the device, and CUBLAS says "not initialized" where it
 // does not get them.
@@ -50,7 +50,7 @@ cublasStatus_t create(cublasHandle_t& handle) {
 }  // namespace
 
 void noteBlas(int status) {
-    if (errorWord == legacySuccess) errorWord = status;
+    if (errorWord == cuda3::CUBLAS_STATUS_SUCCESS) errorWord = status;
 }
 
 cublasStatus_t blasHandle(cublasHandle_t& handle) {
@@ -75,7 +75,7 @@ cublasStatus_t blasHandle(cublasHandle_t& handle) {
 }
 
 // After a failure the next call that needs a handle tries again.
-int blasInit() {
+int cublasInit() {
     bindContext();
     OnDevice here;
     {
@@ -86,7 +86,7 @@ int blasInit() {
     return legacyStatus(blasHandle(handle));
 }
 
-int blasShutdown() {
+int cublasShutdown() {
     Handles& h = handles();
     std::lock_guard<std::mutex> lock(h.mutex);
     h.ready = false;
@@ -100,119 +100,13 @@ int blasShutdown() {
     }
     h.all.clear();
     h.idle.clear();
-    return legacySuccess;
+    return cuda3::CUBLAS_STATUS_SUCCESS;
 }
 
-int blasGetError() {
+int cublasGetError() {
     const int status = errorWord;
-    errorWord = legacySuccess;
+    errorWord = cuda3::CUBLAS_STATUS_SUCCESS;
     return status;
-}
-
-void gemm(char type, char transa, char transb, int m, int n, int k, const void* alpha,
-          const void* a, int lda, const void* b, int ldb, const void* beta, void* c, int ldc) {
-    blasCall(platform::gemmOperands(transa, transb, m, n, k, a, lda, b, ldb, c, ldc).valid,
-             [&](cublasHandle_t handle) {
-                 return withRoutine(type, cublasSgemm, cublasDgemm, cublasCgemm, cublasZgemm,
-                                    [&](auto routine, auto element) {
-                                        using T = typename decltype(element)::Type;
-                                        return routine(handle, operation(transa), operation(transb),
-                                                       m, n, k, as<T>(alpha), as<T>(a), lda,
-                                                       as<T>(b), ldb, as<T>(beta), as<T>(c), ldc);
-                                    });
-             });
-}
-
-void symm(char type, char side, char uplo, int m, int n, const void* alpha, const void* a, int lda,
-          const void* b, int ldb, const void* beta, void* c, int ldc) {
-    blasCall(platform::symmOperands(side, uplo, m, n, a, lda, b, ldb, c, ldc).valid,
-             [&](cublasHandle_t handle) {
-                 return withRoutine(type, cublasSsymm, cublasDsymm, cublasChemm, cublasZhemm,
-                                    [&](auto routine, auto element) {
-                                        using T = typename decltype(element)::Type;
-                                        return routine(handle, sideMode(side), fillMode(uplo), m, n,
-                                                       as<T>(alpha), as<T>(a), lda, as<T>(b), ldb,
-                                                       as<T>(beta), as<T>(c), ldc);
-                                    });
-             });
-}
-
-void syrk(char type, char uplo, char trans, int n, int k, const void* alpha, const void* a, int lda,
-          const void* beta, void* c, int ldc) {
-    blasCall(
-        platform::syrkOperands(uplo, trans, platform::syrkTransposes(type), n, k, a, lda, c, ldc)
-            .valid,
-        [&](cublasHandle_t handle) {
-            return withRoutine(type, cublasSsyrk, cublasDsyrk, cublasCsyrk, cublasZsyrk,
-                               [&](auto routine, auto element) {
-                                   using T = typename decltype(element)::Type;
-                                   return routine(handle, fillMode(uplo), operation(trans), n, k,
-                                                  as<T>(alpha), as<T>(a), lda, as<T>(beta),
-                                                  as<T>(c), ldc);
-                               });
-        });
-}
-
-void herk(char type, char uplo, char trans, int n, int k, const void* alpha, const void* a, int lda,
-          const void* beta, void* c, int ldc) {
-    blasCall(platform::syrkOperands(uplo, trans, "C", n, k, a, lda, c, ldc).valid,
-             [&](cublasHandle_t handle) {
-                 return withRoutine(type, cublasSsyrk, cublasDsyrk, cublasCherk, cublasZherk,
-                                    [&](auto routine, auto element) {
-                                        using T = typename decltype(element)::Type;
-                                        using Real = typename decltype(element)::Real;
-                                        return routine(handle, fillMode(uplo), operation(trans), n,
-                                                       k, as<Real>(alpha), as<T>(a), lda,
-                                                       as<Real>(beta), as<T>(c), ldc);
-                                    });
-             });
-}
-
-void syr2k(char type, char uplo, char trans, int n, int k, const void* alpha, const void* a,
-           int lda, const void* b, int ldb, const void* beta, void* c, int ldc) {
-    blasCall(platform::syr2kOperands(uplo, trans, platform::syr2kTransposes(type), n, k, a, lda, b,
-                                     ldb, c, ldc)
-                 .valid,
-             [&](cublasHandle_t handle) {
-                 return withRoutine(type, cublasSsyr2k, cublasDsyr2k, cublasCher2k, cublasZher2k,
-                                    [&](auto routine, auto element) {
-                                        using T = typename decltype(element)::Type;
-                                        using Real = typename decltype(element)::Real;
-                                        return routine(handle, fillMode(uplo), operation(trans), n,
-                                                       k, as<T>(alpha), as<T>(a), lda, as<T>(b),
-                                                       ldb, as<Real>(beta), as<T>(c), ldc);
-                                    });
-             });
-}
-
-// The current interface multiplies out of place and takes its input as the place.
-void trmm(char type, char side, char uplo, char transa, char diag, int m, int n, const void* alpha,
-          const void* a, int lda, void* b, int ldb) {
-    blasCall(platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb).valid,
-             [&](cublasHandle_t handle) {
-                 return withRoutine(type, cublasStrmm, cublasDtrmm, cublasCtrmm, cublasZtrmm,
-                                    [&](auto routine, auto element) {
-                                        using T = typename decltype(element)::Type;
-                                        return routine(handle, sideMode(side), fillMode(uplo),
-                                                       operation(transa), diagType(diag), m, n,
-                                                       as<T>(alpha), as<T>(a), lda, as<T>(b), ldb,
-                                                       as<T>(b), ldb);
-                                    });
-             });
-}
-
-void trsm(char type, char side, char uplo, char transa, char diag, int m, int n, const void* alpha,
-          const void* a, int lda, void* b, int ldb) {
-    blasCall(platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb).valid,
-             [&](cublasHandle_t handle) {
-                 return withRoutine(type, cublasStrsm, cublasDtrsm, cublasCtrsm, cublasZtrsm,
-                                    [&](auto routine, auto element) {
-                                        using T = typename decltype(element)::Type;
-                                        return routine(handle, sideMode(side), fillMode(uplo),
-                                                       operation(transa), diagType(diag), m, n,
-                                                       as<T>(alpha), as<T>(a), lda, as<T>(b), ldb);
-                                    });
-             });
 }
 
 }  // namespace gpu

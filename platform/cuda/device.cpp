@@ -11,8 +11,6 @@
 namespace gpu {
 namespace {
 
-constexpr int setOnActiveProcess = 36;
-
 struct Context {
     std::mutex mutex;
     std::atomic<int> device{0};
@@ -124,7 +122,7 @@ int setDevice(int device) {
     if (device < 0 || device >= count) return reported(cudaErrorInvalidDevice);
     Context& c = context();
     std::lock_guard<std::mutex> lock(c.mutex);
-    if (c.bound) return reported3(setOnActiveProcess);
+    if (c.bound) return reported3(cuda3::cudaErrorSetOnActiveProcess);
     c.device = device;
     forgetContext();
     c.explicitlyChosen = true;

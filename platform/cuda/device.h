@@ -36,6 +36,7 @@ void forgetContext();
 // Gives the page-locked blocks that are kept for reuse back to the system.
 void trimPageLocked();
 
-#include "platform/entry_points.inc"
+#define ENTRY(kind, result, name, parameters) result name parameters;
+#include "platform/entries.inc"
 
 }  // namespace gpu

@@ -14,35 +14,32 @@ struct Translation {
     int then;
 };
 constexpr Translation translations[] = {
-    {cudaErrorMissingConfiguration, 1},
-    {cudaErrorLaunchFailure, 4},
-    {cudaErrorIllegalAddress, 4},
-    {cudaErrorMisalignedAddress, 4},
-    {cudaErrorIllegalInstruction, 4},
-    {cudaErrorInvalidAddressSpace, 4},
-    {cudaErrorInvalidPc, 4},
-    {cudaErrorHardwareStackError, 4},
-    {cudaErrorAssert, 4},
-    {cudaErrorLaunchTimeout, 6},
-    {cudaErrorLaunchOutOfResources, 7},
-    {cudaErrorInvalidDeviceFunction, 8},
-    {cudaErrorNoKernelImageForDevice, 8},
-    {cudaErrorInvalidDevice, 10},
-    {cudaErrorInvalidValue, 11},
-    {cudaErrorCudartUnloading, 29},
-    {cudaErrorUnknown, 30},
-    {cudaErrorInvalidResourceHandle, 33},
-    {cudaErrorNotReady, 34},
-    {cudaErrorInsufficientDriver, 35},
-    {cudaErrorCallRequiresNewerDriver, 35},
-    {cudaErrorStubLibrary, 35},
-    {cudaErrorSetOnActiveProcess, 36},
-    {cudaErrorNoDevice, 38},
-    {cudaErrorECCUncorrectable, 39},
+    {cudaErrorMissingConfiguration, cuda3::cudaErrorMissingConfiguration},
+    {cudaErrorLaunchFailure, cuda3::cudaErrorLaunchFailure},
+    {cudaErrorIllegalAddress, cuda3::cudaErrorLaunchFailure},
+    {cudaErrorMisalignedAddress, cuda3::cudaErrorLaunchFailure},
+    {cudaErrorIllegalInstruction, cuda3::cudaErrorLaunchFailure},
+    {cudaErrorInvalidAddressSpace, cuda3::cudaErrorLaunchFailure},
+    {cudaErrorInvalidPc, cuda3::cudaErrorLaunchFailure},
+    {cudaErrorHardwareStackError, cuda3::cudaErrorLaunchFailure},
+    {cudaErrorAssert, cuda3::cudaErrorLaunchFailure},
+    {cudaErrorLaunchTimeout, cuda3::cudaErrorLaunchTimeout},
+    {cudaErrorLaunchOutOfResources, cuda3::cudaErrorLaunchOutOfResources},
+    {cudaErrorInvalidDeviceFunction, cuda3::cudaErrorInvalidDeviceFunction},
+    {cudaErrorNoKernelImageForDevice, cuda3::cudaErrorInvalidDeviceFunction},
+    {cudaErrorInvalidDevice, cuda3::cudaErrorInvalidDevice},
+    {cudaErrorInvalidValue, cuda3::cudaErrorInvalidValue},
+    {cudaErrorCudartUnloading, cuda3::cudaErrorCudartUnloading},
+    {cudaErrorUnknown, cuda3::cudaErrorUnknown},
+    {cudaErrorInvalidResourceHandle, cuda3::cudaErrorInvalidResourceHandle},
+    {cudaErrorNotReady, cuda3::cudaErrorNotReady},
+    {cudaErrorInsufficientDriver, cuda3::cudaErrorInsufficientDriver},
+    {cudaErrorCallRequiresNewerDriver, cuda3::cudaErrorInsufficientDriver},
+    {cudaErrorStubLibrary, cuda3::cudaErrorInsufficientDriver},
+    {cudaErrorSetOnActiveProcess, cuda3::cudaErrorSetOnActiveProcess},
+    {cudaErrorNoDevice, cuda3::cudaErrorNoDevice},
+    {cudaErrorECCUncorrectable, cuda3::cudaErrorECCUncorrectable},
 };
-
-// CUDA 3 numbers without a successor.
-constexpr int memoryValueTooLarge = 32;
 
 thread_local int lastError = cudaSuccess;
 
@@ -71,8 +68,8 @@ int getLastError() {
     return error;
 }
 
-const char* errorText(int cuda3Error) {
-    if (cuda3Error == memoryValueTooLarge)
+const char* getErrorString(int cuda3Error) {
+    if (cuda3Error == cuda3::cudaErrorMemoryValueTooLarge)  // without a successor
         return "memory size or pointer value too large to fit in 32 bit";
     for (const Translation& t : translations)
         if (t.then == cuda3Error) return cudaGetErrorString(t.now);

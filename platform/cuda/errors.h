@@ -4,6 +4,8 @@
 #include <cublas_v2.h>
 #include <cuda_runtime_api.h>
 
+#include "platform/cuda3_errors.h"
+
 namespace gpu {
 
 // The CUDA 3 number of an error of the runtime's. Also the thread's last error from now on.

@@ -13,8 +13,6 @@ namespace gpu {
 namespace {
 
 constexpr std::size_t argumentLimit = 4096;
-constexpr int missingConfiguration = 1;
-constexpr int invalidDeviceFunction = 8;
 
 struct Configuration {
     dim3 grid, block;
@@ -57,7 +55,7 @@ int configureCall(platform::Dim3 grid, platform::Dim3 block, std::size_t shared,
 }
 
 int setupArgument(const void* argument, std::size_t size, std::size_t offset) {
-    if (!configuration.set) return reported3(missingConfiguration);
+    if (!configuration.set) return reported3(cuda3::cudaErrorMissingConfiguration);
     if (offset > argumentLimit || size > argumentLimit - offset)
         return reported(cudaErrorInvalidValue);
     std::memcpy(arguments + offset, argument, size);
@@ -68,9 +66,9 @@ int setupArgument(const void* argument, std::size_t size, std::size_t offset) {
 int launch(const platform::Kernel* kernel) {
     const Configuration c = configuration;
     configuration.set = false;
-    if (!c.set) return reported3(missingConfiguration);
+    if (!c.set) return reported3(cuda3::cudaErrorMissingConfiguration);
     auto stub = kernel ? stubs().find(kernel->name) : stubs().end();
-    if (stub == stubs().end()) return reported3(invalidDeviceFunction);
+    if (stub == stubs().end()) return reported3(cuda3::cudaErrorInvalidDeviceFunction);
     bindContext();
     OnDevice here;
     void* pointers[64];

@@ -8,8 +8,6 @@
 namespace gpu {
 namespace {
 
-constexpr int invalidHostPointer = 16, invalidDevicePointer = 17;
-
 // A GPU takes milliseconds to page-lock memory, and the algorithms want a panel for each call:
 // blocks that are given back are kept.
 struct PageLocked {
@@ -60,7 +58,7 @@ int isDevicePointer(const void* pointer) {
     return attributes.type == cudaMemoryTypeDevice || attributes.type == cudaMemoryTypeManaged;
 }
 
-int deviceMalloc(void** pointer, std::size_t bytes) {
+int malloc(void** pointer, std::size_t bytes) {
     *pointer = nullptr;
     bindContext();
     if (bytes == 0) return cudaSuccess;
@@ -68,23 +66,23 @@ int deviceMalloc(void** pointer, std::size_t bytes) {
     return reported(cudaMalloc(pointer, bytes));
 }
 
-int deviceMallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height) {
+int mallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height) {
     *pointer = nullptr;
     bindContext();
     OnDevice here;
     return reported(cudaMallocPitch(pointer, pitch, width, height));
 }
 
-int deviceFree(void* pointer) {
+int free(void* pointer) {
     if (!pointer) return cudaSuccess;
     OnDevice here;
     const cudaError_t error = cudaFree(pointer);
     if (error != cudaErrorInvalidValue) return reported(error);
     cudaGetLastError();
-    return reported3(invalidDevicePointer);
+    return reported3(cuda3::cudaErrorInvalidDevicePointer);
 }
 
-int hostMalloc(void** pointer, std::size_t bytes) {
+int mallocHost(void** pointer, std::size_t bytes) {
     *pointer = nullptr;
     bindContext();
     if (bytes == 0) return cudaSuccess;
@@ -111,12 +109,12 @@ int hostMalloc(void** pointer, std::size_t bytes) {
     return cudaSuccess;
 }
 
-int hostFree(void* pointer) {
+int freeHost(void* pointer) {
     if (!pointer) return cudaSuccess;
     PageLocked& p = pageLocked();
     std::lock_guard<std::mutex> lock(p.mutex);
     auto found = p.live.find(pointer);
-    if (found == p.live.end()) return reported3(invalidHostPointer);
+    if (found == p.live.end()) return reported3(cuda3::cudaErrorInvalidHostPointer);
     const std::size_t size = found->second;
     p.live.erase(found);
     OnDevice here;
@@ -134,35 +132,35 @@ void trimPageLocked() {
     p.discardKept(0);
 }
 
-int copy(void* to, const void* from, std::size_t bytes, int /*kind*/) {
+int memcpy(void* to, const void* from, std::size_t bytes, int /*kind*/) {
     bindContext();
     OnDevice here;
     return reported(cudaMemcpy(to, from, bytes, anywhere));
 }
 
-int copyAsync(void* to, const void* from, std::size_t bytes, int /*kind*/,
-              platform::Stream stream) {
+int memcpyAsync(void* to, const void* from, std::size_t bytes, int /*kind*/,
+                platform::Stream stream) {
     bindContext();
     OnDevice here;
     return reported(cudaMemcpyAsync(to, from, bytes, anywhere, native(stream)));
 }
 
-int copy2D(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
-           std::size_t width, std::size_t height, int /*kind*/) {
+int memcpy2D(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
+             std::size_t width, std::size_t height, int /*kind*/) {
     bindContext();
     OnDevice here;
     return reported(cudaMemcpy2D(to, toPitch, from, fromPitch, width, height, anywhere));
 }
 
-int copy2DAsync(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
-                std::size_t width, std::size_t height, int /*kind*/, platform::Stream stream) {
+int memcpy2DAsync(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
+                  std::size_t width, std::size_t height, int /*kind*/, platform::Stream stream) {
     bindContext();
     OnDevice here;
     return reported(
         cudaMemcpy2DAsync(to, toPitch, from, fromPitch, width, height, anywhere, native(stream)));
 }
 
-int fill(void* pointer, int value, std::size_t bytes) {
+int memset(void* pointer, int value, std::size_t bytes) {
     bindContext();
     OnDevice here;
     return reported(cudaMemset(pointer, value, bytes));

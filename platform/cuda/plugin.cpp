@@ -1,6 +1,13 @@
 // liblumo-cuda.so: the one table that it exports, and the names of its kernels for a test.
+#include "platform/cuda/blas_routines.h"
 #include "platform/cuda/device.h"
 #include "platform/cuda/kernels.h"
+
+namespace gpu {
+
+#include "platform/make_table.inc"
+
+}  // namespace gpu
 
 extern "C" __attribute__((visibility("default"))) const platform::Table* lumoPlatformTable(
     unsigned version) {

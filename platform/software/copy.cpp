@@ -107,34 +107,34 @@ Region flat(void* to, const void* from, std::size_t bytes, int kind) {
 
 }  // namespace
 
-int copy(void* to, const void* from, std::size_t bytes, int kind) {
+int memcpy(void* to, const void* from, std::size_t bytes, int kind) {
     return call(
         "cudaMemcpy", [&] { return copyNow(flat(to, from, bytes, kind)); }, to, from, bytes, kind);
 }
 
-int copyAsync(void* to, const void* from, std::size_t bytes, int kind, platform::Stream stream) {
+int memcpyAsync(void* to, const void* from, std::size_t bytes, int kind, platform::Stream stream) {
     return call(
         "cudaMemcpyAsync", [&] { return copyLater(flat(to, from, bytes, kind), stream); }, to, from,
         bytes, kind, stream);
 }
 
-int copy2D(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
-           std::size_t width, std::size_t height, int kind) {
+int memcpy2D(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
+             std::size_t width, std::size_t height, int kind) {
     const Region region{to, toPitch, from, fromPitch, width, height, kind};
     return call(
         "cudaMemcpy2D", [&] { return copyNow(region); }, to, toPitch, from, fromPitch, width,
         height, kind);
 }
 
-int copy2DAsync(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
-                std::size_t width, std::size_t height, int kind, platform::Stream stream) {
+int memcpy2DAsync(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,
+                  std::size_t width, std::size_t height, int kind, platform::Stream stream) {
     const Region region{to, toPitch, from, fromPitch, width, height, kind};
     return call(
         "cudaMemcpy2DAsync", [&] { return copyLater(region, stream); }, to, toPitch, from,
         fromPitch, width, height, kind, stream);
 }
 
-int fill(void* pointer, int value, std::size_t bytes) {
+int memset(void* pointer, int value, std::size_t bytes) {
     auto body = [&] {
         if (bytes == 0) return int(cudaSuccess);
         if (!pointer || !deviceHeap().address(pointer, bytes)) return int(cudaErrorInvalidValue);

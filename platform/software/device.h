@@ -27,6 +27,7 @@ int bindContext();
 int currentDevice();
 platform::DeviceProperties propertiesOf(int device);
 
-#include "platform/entry_points.inc"
+#define ENTRY(kind, result, name, parameters) result name parameters;
+#include "platform/entries.inc"
 
 }  // namespace software

@@ -93,12 +93,12 @@ int isDevicePointer(const void* pointer) {
     return deviceHeap().contains(pointer);
 }
 
-int deviceMalloc(void** pointer, std::size_t bytes) {
+int malloc(void** pointer, std::size_t bytes) {
     return call(
         "cudaMalloc", [&] { return allocateDevice(pointer, bytes); }, bytes);
 }
 
-int deviceMallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height) {
+int mallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height) {
     auto body = [&] {
         if (!pitch) return int(cudaErrorInvalidValue);
         *pitch = (width + 511) / 512 * 512;
@@ -109,7 +109,7 @@ int deviceMallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std
     return call("cudaMallocPitch", body, width, height);
 }
 
-int hostMalloc(void** pointer, std::size_t bytes) {
+int mallocHost(void** pointer, std::size_t bytes) {
     auto body = [&] {
         *pointer = nullptr;
         if (int error = bindContext()) return error;
@@ -125,7 +125,7 @@ int hostMalloc(void** pointer, std::size_t bytes) {
     return call("cudaMallocHost", body, bytes);
 }
 
-int deviceFree(void* pointer) {
+int free(void* pointer) {
     auto body = [&] {
         drainAll();  // as on a GPU, releasing device memory waits for the device
         std::size_t bytes = 0;
@@ -139,7 +139,7 @@ int deviceFree(void* pointer) {
 }
 
 // Does not wait for copies that still use the block: whoever gives it back must have.
-int hostFree(void* pointer) {
+int freeHost(void* pointer) {
     auto body = [&] {
         std::size_t bytes = 0;
         int owner = 0;

@@ -1,0 +1,197 @@
+// Legacy CUBLAS over the CPU BLAS: the routines on matrices.
+#pragma once
+
+#include "platform/software/blas_call.h"
+#include "platform/software/triangular_solve.h"
+
+namespace software {
+
+template <class T>
+void gemm(char transa, char transb, int m, int n, int k, T alpha, const T* a, int lda, const T* b,
+          int ldb, T beta, T* c, int ldc) {
+    const Update<T> by(alpha, beta, k);
+    blasCall<T>(
+        Names<T>::gemm, platform::gemmOperands(transa, transb, m, n, k, a, lda, b, ldb, c, ldc),
+        productTiles<T>(m, n, double(m) * n * k, Tiles::Cut::both),
+        [=](auto operand, const Tile& t) {
+            T* const result = at(operand[2], t.i, t.j, ldc);
+            by.apply('A', t.m, t.n, result, ldc, [&] {
+                Routines<T>::gemm(transa, transb, t.m, t.n, by.k, &by.alpha,
+                                  atOf(transa, operand[0], t.i, 0, lda), lda,
+                                  atOf(transb, operand[1], 0, t.j, ldb), ldb, &by.beta, result,
+                                  ldc);
+            });
+        },
+        transa, transb, m, n, k, a, lda, b, ldb, c, ldc);
+}
+
+// What an operation with a square matrix on one side leaves to cut: the other side's extent. Each
+// tile packs the whole square, so there are few.
+template <class T>
+Tiles sidedTiles(char side, int m, int n) {
+    const bool left = platform::oneOf(side, "L");
+    return productTiles<T>(m, n, double(m) * n * (left ? m : n),
+                           left ? Tiles::Cut::columns : Tiles::Cut::rows, 1);
+}
+
+template <class T>
+void symm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, const T* b, int ldb,
+          T beta, T* c, int ldc) {
+    const Update<T> by(alpha, beta);
+    blasCall<T>(
+        Names<T>::symm, platform::symmOperands(side, uplo, m, n, a, lda, b, ldb, c, ldc),
+        sidedTiles<T>(side, m, n),
+        [=](auto operand, const Tile& t) {
+            T* const result = at(operand[2], t.i, t.j, ldc);
+            by.apply('A', t.m, t.n, result, ldc, [&] {
+                Routines<T>::symm(side, uplo, t.m, t.n, &by.alpha, operand[0], lda,
+                                  at(operand[1], t.i, t.j, ldb), ldb, &by.beta, result, ldc);
+            });
+        },
+        side, uplo, m, n, a, lda, b, ldb, c, ldc);
+}
+
+// Columns of a triangle of order n: those of a tile are a triangle on the diagonal and a rectangle
+// above or below it. onDiagonal(first, order), beside(first row, rows, first column, columns).
+template <class OnDiagonal, class Beside>
+void eachOfTriangle(char uplo, int n, const Tile& t, OnDiagonal onDiagonal, Beside beside) {
+    const int behind = t.j + t.n;
+    onDiagonal(t.j, t.n);
+    if (platform::oneOf(uplo, "U") && t.j > 0) beside(0, t.j, t.j, t.n);
+    if (platform::oneOf(uplo, "L") && behind < n) beside(behind, n - behind, t.j, t.n);
+}
+template <class T>
+Tiles triangleTiles(int n, double multiplications) {
+    return productTiles<T>(n, n, multiplications, Tiles::Cut::columns);
+}
+
+// syrk and herk, which differ in the letter of A's other occurrence and in their routine on the
+// diagonal.
+template <class T, class OnDiagonal>
+void rankUpdate(const char* name, char uplo, char trans, const char* transposes, int n, int k,
+                const Update<T>& by, const T* a, int lda, T* c, int ldc,
+                const OnDiagonal& onDiagonal) {
+    blasCall<T>(
+        name, platform::syrkOperands(uplo, trans, transposes, n, k, a, lda, c, ldc),
+        triangleTiles<T>(n, 0.5 * n * n * k),
+        [=](auto operand, const Tile& t) {
+            auto rows = [&](int i) { return atOf(trans, operand[0], i, 0, lda); };
+            const bool plain = platform::oneOf(trans, "N");
+            const char other = *transposes;
+            eachOfTriangle(
+                uplo, n, t,
+                [&](int j, int order) {
+                    T* const result = at(operand[1], j, j, ldc);
+                    by.apply(uplo, order, order, result, ldc,
+                             [&] { onDiagonal(order, rows(j), result); });
+                },
+                [&](int i, int m, int j, int columns) {
+                    T* const result = at(operand[1], i, j, ldc);
+                    by.apply('A', m, columns, result, ldc, [&] {
+                        Routines<T>::gemm(plain ? 'N' : other, plain ? other : 'N', m, columns,
+                                          by.k, &by.alpha, rows(i), lda, rows(j), lda, &by.beta,
+                                          result, ldc);
+                    });
+                });
+        },
+        uplo, trans, n, k, a, lda, c, ldc);
+}
+
+template <class T>
+void syrk(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, T beta, T* c,
+          int ldc) {
+    const Update<T> by(alpha, beta, k);
+    rankUpdate(Names<T>::syrk, uplo, trans, platform::symmetricTransposes<T>, n, k, by, a, lda, c,
+               ldc, [=](int order, const T* rows, T* result) {
+                   Routines<T>::syrk(uplo, trans, order, by.k, &by.alpha, rows, lda, &by.beta,
+                                     result, ldc);
+               });
+}
+
+template <class T>
+void herk(char uplo, char trans, int n, int k, platform::RealOf<T> alpha, const T* a, int lda,
+          platform::RealOf<T> beta, T* c, int ldc) {
+    const Update<T> by(alpha, beta, k);
+    rankUpdate(Names<T>::herk, uplo, trans, platform::hermitianTransposes<T>, n, k, by, a, lda, c,
+               ldc, [=](int order, const T* rows, T* result) {
+                   Routines<T>::herk(uplo, trans, order, by.k, &by.alpha, rows, lda, &by.beta,
+                                     result, ldc);
+               });
+}
+
+template <class T>
+void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
+           platform::RealOf<T> beta, T* c, int ldc) {
+    const Update<T> by(alpha, beta, k);
+    const char* const transposes = platform::hermitianTransposes<T>;
+    blasCall<T>(
+        Names<T>::syr2k,
+        platform::syr2kOperands(uplo, trans, transposes, n, k, a, lda, b, ldb, c, ldc),
+        triangleTiles<T>(n, double(n) * n * k),
+        [=](auto operand, const Tile& t) {
+            auto rows = [&](int which, int i) {
+                return atOf(trans, operand[which], i, 0, which ? ldb : lda);
+            };
+            const bool plain = platform::oneOf(trans, "N");
+            const char first = plain ? 'N' : *transposes, second = plain ? *transposes : 'N';
+            eachOfTriangle(
+                uplo, n, t,
+                [&](int j, int order) {
+                    T* const result = at(operand[2], j, j, ldc);
+                    by.apply(uplo, order, order, result, ldc, [&] {
+                        Routines<T>::syr2k(uplo, trans, order, by.k, &by.alpha, rows(0, j), lda,
+                                           rows(1, j), ldb, &by.beta, result, ldc);
+                    });
+                },
+                [&](int i, int m, int j, int columns) {
+                    T* const result = at(operand[2], i, j, ldc);
+                    by.apply('A', m, columns, result, ldc, [&] {
+                        const T one(1), conjugated = conjugate(by.alpha);
+                        Routines<T>::gemm(first, second, m, columns, by.k, &by.alpha, rows(0, i),
+                                          lda, rows(1, j), ldb, &by.beta, result, ldc);
+                        Routines<T>::gemm(first, second, m, columns, by.k, &conjugated, rows(1, i),
+                                          ldb, rows(0, j), lda, &one, result, ldc);
+                    });
+                });
+        },
+        uplo, trans, n, k, a, lda, b, ldb, c, ldc);
+}
+
+template <class T>
+void trmm(char side, char uplo, char transa, char diag, int m, int n, T alpha, const T* a, int lda,
+          T* b, int ldb) {
+    const Update<T> by(alpha, T(0));
+    blasCall<T>(
+        Names<T>::trmm,
+        platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
+        sidedTiles<T>(side, m, n),
+        [=](auto operand, const Tile& t) {
+            T* const result = at(operand[1], t.i, t.j, ldb);
+            by.apply('A', t.m, t.n, result, ldb, [&] {
+                Routines<T>::trmm(side, uplo, transa, diag, t.m, t.n, &by.alpha, operand[0], lda,
+                                  result, ldb);
+            });
+        },
+        side, uplo, transa, diag, m, n, a, lda, b, ldb);
+}
+
+template <class T>
+void trsm(char side, char uplo, char transa, char diag, int m, int n, T alpha, const T* a, int lda,
+          T* b, int ldb) {
+    const Update<T> by(alpha, T(0));
+    blasCall<T>(
+        Names<T>::trsm,
+        platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
+        sidedTiles<T>(side, m, n),
+        [=](auto operand, const Tile& t) {
+            T* const result = at(operand[1], t.i, t.j, ldb);
+            by.apply('A', t.m, t.n, result, ldb, [&] {
+                TriangularSolve<T>{side,     uplo,       transa, diag,   t.m, t.n,
+                                   by.alpha, operand[0], lda,    result, ldb}
+                    .run();
+            });
+        },
+        side, uplo, transa, diag, m, n, a, lda, b, ldb);
+}
+
+}  // namespace software
