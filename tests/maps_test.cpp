@@ -2,40 +2,31 @@
 #include "cudalib/maps.h"
 
 #include "cudalib/Algorithm/Memset.h"
+#include "cudalib/kernel.h"
 #include "cudalib/launch.h"
 #include "support/machine.h"
 #include "support/matrix.h"
 
-struct CountBody1D : cudalib::KernelBody<cudalib::Elements> {
-    LUMO_DEVICE static void run(cudalib::Elements elements, int* counts, std::size_t n) {
-        elements.each(n, [&](std::size_t i) { ++counts[i]; });
-    }
-};
 template <class Map>
 LUMO_KERNEL void CountKernel1D(int* counts, std::size_t n) {
-    cudalib::kernel<CountBody1D>(LUMO_STUB(CountKernel1D<Map>), counts, n);
+    cudalib::kernel(
+        [&](cudalib::Elements elements) { elements.each(n, [&](std::size_t i) { ++counts[i]; }); });
 }
 
-struct CountBody2D : cudalib::KernelBody<cudalib::Tile> {
-    LUMO_DEVICE static void run(cudalib::Tile tile, int* counts, int ld, int m, int n) {
+template <class Map>
+LUMO_KERNEL void CountKernel2D(int* counts, int ld, int m, int n) {
+    cudalib::kernel([&](cudalib::Tile tile) {
         tile.columns(n, [&](auto column, int j) {
             column.rows(0, m, [&](int i) { ++cudalib::at(counts, ld, i, j); });
         });
-    }
-};
-template <class Map>
-LUMO_KERNEL void CountKernel2D(int* counts, int ld, int m, int n) {
-    cudalib::kernel<CountBody2D>(LUMO_STUB(CountKernel2D<Map>), counts, ld, m, n);
+    });
 }
-
-namespace {
 
 using namespace cudalib;
 
-const DeviceUnit unit{std::array<Instance, 2>{
-    instance<&CountKernel1D<Map1D>, CountBody1D>(),
-    instance<&CountKernel2D<Map2D>, CountBody2D>(),
-}};
+LUMO_REGISTER(lumo::Types<int>, &CountKernel1D<Map1D>, &CountKernel2D<Map2D>)
+
+namespace {
 
 using Shape = std::array<unsigned, 3>;
 Shape plain(dim3 d) {

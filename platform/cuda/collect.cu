@@ -1,8 +1,7 @@
 // Where the device source units, compiled by nvcc, hand in their kernels.
-#include "cudalib/launch.h"
+#include "cudalib/kernel.h"
 #include "platform/cuda/kernels.h"
 
-void cudalib::collect(const Instance* instances, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        gpu::collectKernel(instances[i].name, instances[i].stub);
+void cudalib::collect(const std::vector<Instance>& instances) {
+    for (const Instance& instance : instances) gpu::collectKernel(instance.name, instance.stub);
 }

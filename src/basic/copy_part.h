@@ -1,8 +1,8 @@
-// The kernel body of every matrix copy: a part of a matrix, converted where the types differ.
+// The text of every matrix copy: a part of a matrix, converted where the types differ.
 #pragma once
 
 #include "basic/parts.h"
-#include "cudalib/launch.h"
+#include "cudalib/kernel.h"
 
 namespace lumo {
 
@@ -20,16 +20,15 @@ LUMO_DEVICE To converted(From value) {
 }
 
 template <Part part, class From, class To>
-struct CopyPartBody : cudalib::KernelBody<cudalib::Tile> {
-    LUMO_DEVICE static void run(cudalib::Tile tile, int m, int n, const From* a, int lda, To* b,
-                                int ldb) {
+LUMO_DEVICE void copyPart(int m, int n, const From* a, int lda, To* b, int ldb) {
+    cudalib::kernel([&](cudalib::Tile tile) LUMO_INLINED {
         tile.columns(n, [&](auto column, int j) {
             const From* from = &cudalib::at(a, lda, 0, j);
             To* to = &cudalib::at(b, ldb, 0, j);
             column.rows(firstRow<part>(j), endRow<part>(j, m),
                         [&](int i) { to[i] = converted<To>(from[i]); });
         });
-    }
-};
+    });
+}
 
 }  // namespace lumo

@@ -6,6 +6,7 @@
 #include "lapack/cpu_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
+#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {
@@ -56,23 +57,8 @@ void ormrq(char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T*
     apply(Reflectors::ofRq, side, trans, m, n, k, a, lda, tau, c, ldc);
 }
 
-template void ormqr(char, char, int, int, int, float*, int, float*, float*, int);
-template void ormqr(char, char, int, int, int, double*, int, double*, double*, int);
-template void ormqr(char, char, int, int, int, Complex<float>*, int, Complex<float>*,
-                    Complex<float>*, int);
-template void ormqr(char, char, int, int, int, Complex<double>*, int, Complex<double>*,
-                    Complex<double>*, int);
-template void ormlq(char, char, int, int, int, float*, int, float*, float*, int);
-template void ormlq(char, char, int, int, int, double*, int, double*, double*, int);
-template void ormlq(char, char, int, int, int, Complex<float>*, int, Complex<float>*,
-                    Complex<float>*, int);
-template void ormlq(char, char, int, int, int, Complex<double>*, int, Complex<double>*,
-                    Complex<double>*, int);
-template void ormrq(char, char, int, int, int, float*, int, float*, float*, int);
-template void ormrq(char, char, int, int, int, double*, int, double*, double*, int);
-template void ormrq(char, char, int, int, int, Complex<float>*, int, Complex<float>*,
-                    Complex<float>*, int);
-template void ormrq(char, char, int, int, int, Complex<double>*, int, Complex<double>*,
-                    Complex<double>*, int);
+LUMO_INSTANTIATE(ormqr)
+LUMO_INSTANTIATE(ormlq)
+LUMO_INSTANTIATE(ormrq)
 
 }  // namespace lumo

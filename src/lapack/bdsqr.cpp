@@ -5,6 +5,7 @@
 #include "lapack/bdsqr_vectors.h"
 #include "lapack/dqds.h"
 #include "lapack/tuning.h"
+#include "runtime/element_types.h"
 #include "runtime/letters.h"
 
 namespace lumo {
@@ -93,13 +94,6 @@ void bdsqr(char uplo, int n, int ncvt, int nru, int ncc, RealOf<T>* d, RealOf<T>
     if (unconverged) throwDataError(unconverged);
 }
 
-template void bdsqr(char, int, int, int, int, float*, float*, float*, int, float*, int, float*,
-                    int);
-template void bdsqr(char, int, int, int, int, double*, double*, double*, int, double*, int, double*,
-                    int);
-template void bdsqr(char, int, int, int, int, float*, float*, Complex<float>*, int, Complex<float>*,
-                    int, Complex<float>*, int);
-template void bdsqr(char, int, int, int, int, double*, double*, Complex<double>*, int,
-                    Complex<double>*, int, Complex<double>*, int);
+LUMO_INSTANTIATE(bdsqr)
 
 }  // namespace lumo

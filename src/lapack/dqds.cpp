@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "lapack/bdsqr_scalars.h"
+#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {
@@ -232,7 +233,6 @@ bool dqds(int n, Real* d, Real* e, std::int64_t maxSteps) {
     return true;
 }
 
-template bool dqds(int, float*, float*, std::int64_t);
-template bool dqds(int, double*, double*, std::int64_t);
+LUMO_INSTANTIATE_REAL(dqds)
 
 }  // namespace lumo

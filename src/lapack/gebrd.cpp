@@ -10,6 +10,7 @@
 #include "lapack/cpu_lapack.h"
 #include "lapack/labrd.h"
 #include "lapack/tuning.h"
+#include "runtime/element_types.h"
 #include "runtime/exceptions.h"
 
 namespace lumo {
@@ -113,11 +114,6 @@ void gebrd(int m, int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tauq, T* 
     BidiagonalReduction<T>(m, n, a, lda, d, e, tauq, taup).run();
 }
 
-template void gebrd(int, int, float*, int, float*, float*, float*, float*);
-template void gebrd(int, int, double*, int, double*, double*, double*, double*);
-template void gebrd(int, int, Complex<float>*, int, float*, float*, Complex<float>*,
-                    Complex<float>*);
-template void gebrd(int, int, Complex<double>*, int, double*, double*, Complex<double>*,
-                    Complex<double>*);
+LUMO_INSTANTIATE(gebrd)
 
 }  // namespace lumo

@@ -7,6 +7,7 @@
 #include "lapack/block_reflector.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
+#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {
@@ -86,13 +87,7 @@ void orglq(int m, int n, int k, T* a, int lda, T* tau) {
     generate(Reflectors::ofLq, m, n, k, a, lda, tau);
 }
 
-template void orgqr(int, int, int, float*, int, float*);
-template void orgqr(int, int, int, double*, int, double*);
-template void orgqr(int, int, int, Complex<float>*, int, Complex<float>*);
-template void orgqr(int, int, int, Complex<double>*, int, Complex<double>*);
-template void orglq(int, int, int, float*, int, float*);
-template void orglq(int, int, int, double*, int, double*);
-template void orglq(int, int, int, Complex<float>*, int, Complex<float>*);
-template void orglq(int, int, int, Complex<double>*, int, Complex<double>*);
+LUMO_INSTANTIATE(orgqr)
+LUMO_INSTANTIATE(orglq)
 
 }  // namespace lumo

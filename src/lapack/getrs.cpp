@@ -4,6 +4,7 @@
 
 #include "basic/LASWP/LASWP.h"
 #include "blas/cublas.h"
+#include "runtime/element_types.h"
 #include "runtime/exceptions.h"
 #include "runtime/letters.h"
 
@@ -30,9 +31,6 @@ void getrs(char trans, int n, int nrhs, const T* a, int lda, const int* ipiv, T*
     cublas::trsm('L', 'U', 'N', 'N', n, nrhs, T(1), a, lda, b, ldb);
 }
 
-template void getrs(char, int, int, const float*, int, const int*, float*, int);
-template void getrs(char, int, int, const double*, int, const int*, double*, int);
-template void getrs(char, int, int, const Complex<float>*, int, const int*, Complex<float>*, int);
-template void getrs(char, int, int, const Complex<double>*, int, const int*, Complex<double>*, int);
+LUMO_INSTANTIATE(getrs)
 
 }  // namespace lumo

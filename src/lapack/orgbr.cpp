@@ -7,7 +7,7 @@
 #include "cudalib/workspace_pool.h"
 #include "lapack/generate_q.h"
 #include "lapack/tuning.h"
-#include "runtime/complex.h"
+#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {
@@ -40,9 +40,6 @@ void orgbr(char vect, int m, int n, int k, T* a, int lda, T* tau) {
     if (n > 1) (q ? orgqr<T> : orglq<T>)(n - 1, n - 1, n - 1, a + std::size_t(lda) + 1, lda, tau);
 }
 
-template void orgbr(char, int, int, int, float*, int, float*);
-template void orgbr(char, int, int, int, double*, int, double*);
-template void orgbr(char, int, int, int, Complex<float>*, int, Complex<float>*);
-template void orgbr(char, int, int, int, Complex<double>*, int, Complex<double>*);
+LUMO_INSTANTIATE(orgbr)
 
 }  // namespace lumo

@@ -12,6 +12,7 @@
 #include "lapack/panel_transfer.h"
 #include "lapack/tuning.h"
 #include "runtime/devices.h"
+#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {
@@ -242,17 +243,8 @@ void factorizeRq(int m, int n, T* a, int lda, T* tau) {
     if (m > 0 && n > 0) Factorization<T>(Reflectors::ofRq, m, n, a, lda, tau).run();
 }
 
-template void factorizeQr(int, int, float*, int, float*);
-template void factorizeQr(int, int, double*, int, double*);
-template void factorizeQr(int, int, Complex<float>*, int, Complex<float>*);
-template void factorizeQr(int, int, Complex<double>*, int, Complex<double>*);
-template void factorizeLq(int, int, float*, int, float*);
-template void factorizeLq(int, int, double*, int, double*);
-template void factorizeLq(int, int, Complex<float>*, int, Complex<float>*);
-template void factorizeLq(int, int, Complex<double>*, int, Complex<double>*);
-template void factorizeRq(int, int, float*, int, float*);
-template void factorizeRq(int, int, double*, int, double*);
-template void factorizeRq(int, int, Complex<float>*, int, Complex<float>*);
-template void factorizeRq(int, int, Complex<double>*, int, Complex<double>*);
+LUMO_INSTANTIATE(factorizeQr)
+LUMO_INSTANTIATE(factorizeLq)
+LUMO_INSTANTIATE(factorizeRq)
 
 }  // namespace lumo

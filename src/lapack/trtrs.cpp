@@ -5,6 +5,7 @@
 
 #include "blas/cublas.h"
 #include "cudalib/transfer.h"
+#include "runtime/element_types.h"
 #include "runtime/exceptions.h"
 #include "runtime/letters.h"
 
@@ -34,9 +35,6 @@ void trtrs(char uplo, char trans, char diag, int n, int nrhs, const T* a, int ld
     cublas::trsm('L', uplo, trans, diag, n, nrhs, T(1), a, lda, b, ldb);
 }
 
-template void trtrs(char, char, char, int, int, const float*, int, float*, int);
-template void trtrs(char, char, char, int, int, const double*, int, double*, int);
-template void trtrs(char, char, char, int, int, const Complex<float>*, int, Complex<float>*, int);
-template void trtrs(char, char, char, int, int, const Complex<double>*, int, Complex<double>*, int);
+LUMO_INSTANTIATE(trtrs)
 
 }  // namespace lumo

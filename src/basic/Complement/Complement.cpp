@@ -21,13 +21,7 @@ void complementElement(const T* x, T* y) {
     cudalib::launch(cudalib::OneThread(), &ComplementSingle_k<T>, x, y);
 }
 
-template void complementVector(int, const float*, int, float*, int);
-template void complementVector(int, const double*, int, double*, int);
-template void complementVector(int, const Complex<float>*, int, Complex<float>*, int);
-template void complementVector(int, const Complex<double>*, int, Complex<double>*, int);
-template void complementElement(const float*, float*);
-template void complementElement(const double*, double*);
-template void complementElement(const Complex<float>*, Complex<float>*);
-template void complementElement(const Complex<double>*, Complex<double>*);
+LUMO_INSTANTIATE(complementVector)
+LUMO_INSTANTIATE(complementElement)
 
 }  // namespace lumo

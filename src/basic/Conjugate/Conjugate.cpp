@@ -46,13 +46,8 @@ void conjugateMatrixLower(int m, int n, T* a, int lda) {
     conjugatePart('L', m, n, a, lda);
 }
 
-template void conjugateVector(int, float*, int);
-template void conjugateVector(int, double*, int);
-template void conjugateVector(int, Complex<float>*, int);
-template void conjugateVector(int, Complex<double>*, int);
-template void conjugateMatrix(int, int, Complex<float>*, int);
-template void conjugateMatrix(int, int, Complex<double>*, int);
-template void conjugateMatrixLower(int, int, Complex<float>*, int);
-template void conjugateMatrixLower(int, int, Complex<double>*, int);
+LUMO_INSTANTIATE(conjugateVector)
+LUMO_INSTANTIATE_COMPLEX(conjugateMatrix)
+LUMO_INSTANTIATE_COMPLEX(conjugateMatrixLower)
 
 }  // namespace lumo

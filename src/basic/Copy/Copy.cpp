@@ -69,21 +69,12 @@ void copyElementComplexToReal(const Complex<R>* x, R* y) {
     cudalib::launch(cudalib::OneThread(), &CopyComplexToReal_k<Complex<R>>, x, y);
 }
 
-#define LUMO_COPIES(T)                                          \
-    template void copyMatrix(int, int, const T*, int, T*, int); \
-    template void copyVector(int, const T*, int, T*, int);      \
-    template void copyElement(const T*, T*);
-LUMO_COPIES(float)
-LUMO_COPIES(double)
-LUMO_COPIES(Complex<float>)
-LUMO_COPIES(Complex<double>)
-
-#define LUMO_CONVERSIONS(R)                                                      \
-    template void copyVectorRealToComplex(int, Complex<R>*, int, const R*, int); \
-    template void copyVectorComplexToReal(int, const Complex<R>*, int, R*, int); \
-    template void copyElementRealToComplex(const R*, Complex<R>*);               \
-    template void copyElementComplexToReal(const Complex<R>*, R*);
-LUMO_CONVERSIONS(float)
-LUMO_CONVERSIONS(double)
+LUMO_INSTANTIATE(copyMatrix)
+LUMO_INSTANTIATE(copyVector)
+LUMO_INSTANTIATE(copyElement)
+LUMO_INSTANTIATE_REAL(copyVectorRealToComplex)
+LUMO_INSTANTIATE_REAL(copyVectorComplexToReal)
+LUMO_INSTANTIATE_REAL(copyElementRealToComplex)
+LUMO_INSTANTIATE_REAL(copyElementComplexToReal)
 
 }  // namespace lumo

@@ -44,9 +44,6 @@ void LACPY(char uplo, int m, int n, const T* a, int lda, T* b, int ldb) {
     });
 }
 
-template void LACPY(char, int, int, const float*, int, float*, int);
-template void LACPY(char, int, int, const double*, int, double*, int);
-template void LACPY(char, int, int, const Complex<float>*, int, Complex<float>*, int);
-template void LACPY(char, int, int, const Complex<double>*, int, Complex<double>*, int);
+LUMO_INSTANTIATE(LACPY)
 
 }  // namespace lumo

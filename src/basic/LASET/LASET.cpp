@@ -38,9 +38,6 @@ void LASET(char uplo, int m, int n, T alpha, T beta, T* a, int lda) {
     });
 }
 
-template void LASET(char, int, int, float, float, float*, int);
-template void LASET(char, int, int, double, double, double*, int);
-template void LASET(char, int, int, Complex<float>, Complex<float>, Complex<float>*, int);
-template void LASET(char, int, int, Complex<double>, Complex<double>, Complex<double>*, int);
+LUMO_INSTANTIATE(LASET)
 
 }  // namespace lumo

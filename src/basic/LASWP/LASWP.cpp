@@ -69,13 +69,7 @@ void LASWPCOL(int n, T* a, int lda, int k1, int k2, const int* ipiv, int /*incx*
                 lda, k1, k2, ipiv);
 }
 
-template void LASWP(int, float*, int, int, int, const int*, int);
-template void LASWP(int, double*, int, int, int, const int*, int);
-template void LASWP(int, Complex<float>*, int, int, int, const int*, int);
-template void LASWP(int, Complex<double>*, int, int, int, const int*, int);
-template void LASWPCOL(int, float*, int, int, int, const int*, int);
-template void LASWPCOL(int, double*, int, int, int, const int*, int);
-template void LASWPCOL(int, Complex<float>*, int, int, int, const int*, int);
-template void LASWPCOL(int, Complex<double>*, int, int, int, const int*, int);
+LUMO_INSTANTIATE(LASWP)
+LUMO_INSTANTIATE(LASWPCOL)
 
 }  // namespace lumo

@@ -31,13 +31,6 @@ cudaError_t MADD(char transa, char transb, int m, int n, const T* a, int lda, co
     });
 }
 
-template cudaError_t MADD(char, char, int, int, const float*, int, const float*, int, float*, int,
-                          float, float);
-template cudaError_t MADD(char, char, int, int, const double*, int, const double*, int, double*,
-                          int, double, double);
-template cudaError_t MADD(char, char, int, int, const Complex<float>*, int, const Complex<float>*,
-                          int, Complex<float>*, int, float, float);
-template cudaError_t MADD(char, char, int, int, const Complex<double>*, int, const Complex<double>*,
-                          int, Complex<double>*, int, double, double);
+LUMO_INSTANTIATE(MADD)
 
 }  // namespace lumo

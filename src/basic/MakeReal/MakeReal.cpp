@@ -12,7 +12,6 @@ void makeReal(Complex<R>* p) {
     cudalib::launch(cudalib::OneThread(), &MakeRealSingle_k<Complex<R>>, p);
 }
 
-template void makeReal(Complex<float>*);
-template void makeReal(Complex<double>*);
+LUMO_INSTANTIATE_REAL(makeReal)
 
 }  // namespace lumo

@@ -20,9 +20,9 @@ void convertTriangle(int m, int n, const From* src, int ldsrc, To* dst, int ldds
     });
 }
 
-template void convertTriangle(int, int, const float*, int, double*, int);
-template void convertTriangle(int, int, const double*, int, float*, int);
-template void convertTriangle(int, int, const Complex<float>*, int, Complex<double>*, int);
-template void convertTriangle(int, int, const Complex<double>*, int, Complex<float>*, int);
+LUMO_INSTANTIATE_ONE(convertTriangle<float, double>)
+LUMO_INSTANTIATE_ONE(convertTriangle<double, float>)
+LUMO_INSTANTIATE_ONE(convertTriangle<Complex<float>, Complex<double>>)
+LUMO_INSTANTIATE_ONE(convertTriangle<Complex<double>, Complex<float>>)
 
 }  // namespace lumo

@@ -15,9 +15,6 @@ void scale(int n, T* x, const T* alpha, int incx, int flag) {
     cudalib::launch(Map1D(n), kernel, n, x, alpha, incx);
 }
 
-template void scale(int, float*, const float*, int, int);
-template void scale(int, double*, const double*, int, int);
-template void scale(int, Complex<float>*, const Complex<float>*, int, int);
-template void scale(int, Complex<double>*, const Complex<double>*, int, int);
+LUMO_INSTANTIATE(scale)
 
 }  // namespace lumo

@@ -39,11 +39,6 @@ cudaError_t subtractMatrix(char transa, char transb, int m, int n, T* a, int lda
     return cudalib::launch(cudalib::Map2D(m, n, 16), kernel, m, n, a, lda, b, ldb);
 }
 
-template cudaError_t subtractMatrix(char, char, int, int, float*, int, const float*, int);
-template cudaError_t subtractMatrix(char, char, int, int, double*, int, const double*, int);
-template cudaError_t subtractMatrix(char, char, int, int, Complex<float>*, int,
-                                    const Complex<float>*, int);
-template cudaError_t subtractMatrix(char, char, int, int, Complex<double>*, int,
-                                    const Complex<double>*, int);
+LUMO_INSTANTIATE(subtractMatrix)
 
 }  // namespace lumo

@@ -1,7 +1,6 @@
 #include "basic/tile.h"
-#include "cudalib/launch.h"
+#include "cudalib/kernel.h"
 
-using lumo::Complex;
 using lumo::OperandTile;
 using lumo::TileBuffer;
 using lumo::tileOrder;
@@ -17,26 +16,24 @@ LUMO_DEVICE void storeDifference(TileTeam<T> team, T* a, int lda, long i, long j
     });
 }
 
-template <class T, bool transposedB>
-struct SubtractBody : cudalib::KernelBody<TileTeam<T>> {
-    LUMO_DEVICE static void run(TileTeam<T> team, int m, int n, T* a, int lda, const T* b,
-                                int ldb) {
+template <bool transposedB, class T>
+LUMO_DEVICE void subtract(int m, int n, T* a, int lda, const T* b, int ldb) {
+    cudalib::kernel([&](TileTeam<T> team) LUMO_INLINED {
         LUMO_SHARED TileBuffer<T> bufferA, bufferB;
         const long i = team.x() * tileOrder<T>, j = team.y() * tileOrder<T>;
         const OperandTile<T, false> opA(bufferA, a, lda, i, j, m - i, n - j);
         const OperandTile<T, transposedB> opB(bufferB, b, ldb, i, j, m - i, n - j);
         if (transposedB) team.barrier();
         storeDifference(team, a, lda, i, j, m - i, n - j, opA, opB);
-    }
-};
+    });
+}
 
 // A is read transposed and written in place, so the two tiles that mirror each other belong to
 // one block, which reads both before it writes either. In a matrix that is not square a tile's
 // mirror image may lie outside of the grid: it is read, but nobody writes it.
-template <class T, bool transposedB>
-struct SubtractTransposedBody : cudalib::KernelBody<TileTeam<T>> {
-    LUMO_DEVICE static void run(TileTeam<T> team, int m, int n, T* a, int lda, const T* b,
-                                int ldb) {
+template <bool transposedB, class T>
+LUMO_DEVICE void subtractFromTransposed(int m, int n, T* a, int lda, const T* b, int ldb) {
+    cudalib::kernel([&](TileTeam<T> team) LUMO_INLINED {
         const long i = team.x() * tileOrder<T>, j = team.y() * tileOrder<T>;
         const bool mirrored = j < m && i < n && i != j;
         if (mirrored && i < j) return;
@@ -51,41 +48,25 @@ struct SubtractTransposedBody : cudalib::KernelBody<TileTeam<T>> {
         team.barrier();
         storeDifference(team, a, lda, i, j, height, width, opA, opB);
         storeDifference(team, a, lda, j, i, mirrorHeight, mirrorWidth, opA2, opB2);
-    }
-};
+    });
+}
 
 template <class T>
 LUMO_KERNEL void SubtractMatrix_NN_k(int m, int n, T* a, int lda, T* b, int ldb) {
-    cudalib::kernel<SubtractBody<T, false>>(LUMO_STUB(SubtractMatrix_NN_k<T>), m, n, a, lda, b,
-                                            ldb);
+    subtract<false>(m, n, a, lda, b, ldb);
 }
 template <class T>
 LUMO_KERNEL void SubtractMatrix_NT_k(int m, int n, T* a, int lda, T* b, int ldb) {
-    cudalib::kernel<SubtractBody<T, true>>(LUMO_STUB(SubtractMatrix_NT_k<T>), m, n, a, lda, b, ldb);
+    subtract<true>(m, n, a, lda, b, ldb);
 }
 template <class T>
 LUMO_KERNEL void SubtractMatrix_TN_k(int m, int n, T* a, int lda, T* b, int ldb) {
-    cudalib::kernel<SubtractTransposedBody<T, false>>(LUMO_STUB(SubtractMatrix_TN_k<T>), m, n, a,
-                                                      lda, b, ldb);
+    subtractFromTransposed<false>(m, n, a, lda, b, ldb);
 }
 template <class T>
 LUMO_KERNEL void SubtractMatrix_TT_k(int m, int n, T* a, int lda, T* b, int ldb) {
-    cudalib::kernel<SubtractTransposedBody<T, true>>(LUMO_STUB(SubtractMatrix_TT_k<T>), m, n, a,
-                                                     lda, b, ldb);
+    subtractFromTransposed<true>(m, n, a, lda, b, ldb);
 }
 
-namespace {
-
-template <class T>
-std::array<cudalib::Instance, 4> instances() {
-    return {cudalib::instance<&SubtractMatrix_NN_k<T>, SubtractBody<T, false>>(),
-            cudalib::instance<&SubtractMatrix_NT_k<T>, SubtractBody<T, true>>(),
-            cudalib::instance<&SubtractMatrix_TN_k<T>, SubtractTransposedBody<T, false>>(),
-            cudalib::instance<&SubtractMatrix_TT_k<T>, SubtractTransposedBody<T, true>>()};
-}
-
-const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
-                                             instances<Complex<float>>(),
-                                             instances<Complex<double>>())};
-
-}  // namespace
+LUMO_REGISTER(lumo::ElementTypes, &SubtractMatrix_NN_k<T>, &SubtractMatrix_NT_k<T>,
+              &SubtractMatrix_TN_k<T>, &SubtractMatrix_TT_k<T>)

@@ -28,17 +28,7 @@ void transposeInplace(T* a, unsigned long lda, unsigned long n, bool conjugated)
     cudalib::launch(cudalib::Map2D(int(n), int(n), 16), kernel, a, lda, n);
 }
 
-template void transpose(float*, unsigned long, const float*, unsigned long, unsigned long,
-                        unsigned long, bool);
-template void transpose(double*, unsigned long, const double*, unsigned long, unsigned long,
-                        unsigned long, bool);
-template void transpose(Complex<float>*, unsigned long, const Complex<float>*, unsigned long,
-                        unsigned long, unsigned long, bool);
-template void transpose(Complex<double>*, unsigned long, const Complex<double>*, unsigned long,
-                        unsigned long, unsigned long, bool);
-template void transposeInplace(float*, unsigned long, unsigned long, bool);
-template void transposeInplace(double*, unsigned long, unsigned long, bool);
-template void transposeInplace(Complex<float>*, unsigned long, unsigned long, bool);
-template void transposeInplace(Complex<double>*, unsigned long, unsigned long, bool);
+LUMO_INSTANTIATE(transpose)
+LUMO_INSTANTIATE(transposeInplace)
 
 }  // namespace lumo

@@ -26,11 +26,6 @@ void lar2v(int n, T* x, T* y, T* z, int incx, const RealOf<T>* c, const T* s, in
         cudalib::launch(map, &LAR2V_k<T>, n, x, y, z, incx, c, s, incc);
 }
 
-template void lar2v(int, float*, float*, float*, int, const float*, const float*, int);
-template void lar2v(int, double*, double*, double*, int, const double*, const double*, int);
-template void lar2v(int, Complex<float>*, Complex<float>*, Complex<float>*, int, const float*,
-                    const Complex<float>*, int);
-template void lar2v(int, Complex<double>*, Complex<double>*, Complex<double>*, int, const double*,
-                    const Complex<double>*, int);
+LUMO_INSTANTIATE(lar2v)
 
 }  // namespace lumo

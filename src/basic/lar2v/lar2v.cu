@@ -1,17 +1,17 @@
 #include "basic/magnitude.h"
-#include "cudalib/launch.h"
+#include "cudalib/kernel.h"
 
 using lumo::Complex;
 using lumo::conjugate;
 using lumo::RealOf;
 using lumo::realPart;
 
-template <class T>
-struct TwoSidedBody : cudalib::KernelBody<cudalib::Elements, 8> {
-    using R = RealOf<T>;
-
-    LUMO_DEVICE static void run(cudalib::Elements elements, int n, T* x, T* y, T* z, int incx,
-                                const R* c, const T* s, int incc) {
+// A complex instance names its real type as well.
+template <class T, class... Real>
+LUMO_KERNEL void LAR2V_k(int n, T* x, T* y, T* z, int incx, const RealOf<T>* c, const T* s,
+                         int incc) {
+    cudalib::kernel<8>([&](cudalib::Elements elements) LUMO_INLINED {
+        using R = RealOf<T>;
         elements.each(n, [&](std::size_t i) {
             const std::size_t ix = i * std::size_t(incx), ic = i * std::size_t(incc);
             const R xi = realPart(x[ix]), yi = realPart(y[ix]), ci = c[ic];
@@ -25,25 +25,7 @@ struct TwoSidedBody : cudalib::KernelBody<cudalib::Elements, 8> {
             // The imaginary part of sz is all that `right` lacks of a complex product.
             z[ix] = ci * lower + conjugate(si) * (sz - T(realPart(sz)) + T(right));
         });
-    }
-};
-
-// A complex instance names its real type as well.
-template <class T, class... Real>
-LUMO_KERNEL void LAR2V_k(int n, T* x, T* y, T* z, int incx, const RealOf<T>* c, const T* s,
-                         int incc) {
-    cudalib::kernel<TwoSidedBody<T>>(LUMO_STUB(LAR2V_k<T, Real...>), n, x, y, z, incx, c, s, incc);
+    });
 }
 
-namespace {
-
-template <class T, class... Real>
-std::array<cudalib::Instance, 1> instances() {
-    return {{cudalib::instance<&LAR2V_k<T, Real...>, TwoSidedBody<T>>()}};
-}
-
-const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
-                                             instances<Complex<float>, float>(),
-                                             instances<Complex<double>, double>())};
-
-}  // namespace
+LUMO_REGISTER(lumo::RealTypes, &LAR2V_k<T>, &LAR2V_k<Complex<T>, T>)

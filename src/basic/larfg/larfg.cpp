@@ -1,5 +1,6 @@
 #include "basic/larfg/larfg.h"
 
+#include "basic/larfg/shape.h"
 #include "cudalib/launch.h"
 #include "runtime/frame.h"
 
@@ -16,8 +17,7 @@ void larfg(int n, T* alpha, T* x, int incx, T* tau) {
     if (!alpha) throwArgumentError(-2);
     if (!x) throwArgumentError(-3);
     if (incx < 0) throwArgumentError(-4);
-    using Map = cudalib::StaticOneBlockMap1D<32>;
-    cudalib::launch(Map(), &LARFG_k<Map, T>, n, alpha, x, incx, tau);
+    cudalib::launch(ReflectorMap(), &LARFG_k<ReflectorMap, T>, n, alpha, x, incx, tau);
 }
 
 template <class T>
@@ -25,12 +25,7 @@ lumoStatus deviceLarfg(int n, T* alpha, T* x, int incx, T* tau) {
     return computeFrame<T>(deviceCall, [&] { larfg(n, alpha, x, incx, tau); });
 }
 
-#define LUMO_LARFG(T)                          \
-    template void larfg(int, T*, T*, int, T*); \
-    template lumoStatus deviceLarfg(int, T*, T*, int, T*);
-LUMO_LARFG(float)
-LUMO_LARFG(double)
-LUMO_LARFG(Complex<float>)
-LUMO_LARFG(Complex<double>)
+LUMO_INSTANTIATE(larfg)
+LUMO_INSTANTIATE(deviceLarfg)
 
 }  // namespace lumo

@@ -1,15 +1,15 @@
 #include <limits>
 
+#include "basic/larfg/shape.h"
 #include "basic/magnitude.h"
+#include "cudalib/kernel.h"
 #include "cudalib/lane_values.h"
-#include "cudalib/launch.h"
 
-using lumo::Complex;
 using lumo::imaginaryPart;
 using lumo::RealOf;
 using lumo::realPart;
 
-using ReflectorTeam = cudalib::Team<32, 1>;
+using ReflectorTeam = cudalib::Team<lumo::reflectorLanes, 1>;
 
 // The sum of |factor x(i)|^2.
 template <class T>
@@ -31,7 +31,7 @@ LUMO_DEVICE RealOf<T> sumOfSquares(int n, const T* x, std::size_t incx, RealOf<T
 // safe minimum is computed in the small unit, so that tau and v keep their accuracy; LAPACK scales
 // in a loop, but one step takes in all denormal numbers of these formats.
 template <class T>
-struct ReflectorBody : cudalib::KernelBody<ReflectorTeam, 64> {
+struct HouseholderReflector {
     using R = RealOf<T>;
     using Limits = std::numeric_limits<R>;
     static constexpr R largest = Limits::max();
@@ -39,9 +39,8 @@ struct ReflectorBody : cudalib::KernelBody<ReflectorTeam, 64> {
     static constexpr R huge = 1 / tiny;
     static constexpr R leastSum = tiny / Limits::epsilon();  // lost squares do not change it
 
-    LUMO_DEVICE static void run(ReflectorTeam team, int n, T* alphaAt, T* x, int incx, T* tau) {
+    LUMO_DEVICE static void make(ReflectorTeam team, int n, T* alphaAt, T* x, int incx, T* tau) {
         const std::size_t stride = std::size_t(incx);
-
         T alpha = *alphaAt;
         R sum = sumOfSquares(n - 1, x, stride, R(1));
         R unit = 1, perUnit = 1;  // sum is in units^2
@@ -79,19 +78,9 @@ struct ReflectorBody : cudalib::KernelBody<ReflectorTeam, 64> {
 
 template <class Map, class T>
 LUMO_KERNEL void LARFG_k(int n, T* alpha, T* x, int incx, T* tau) {
-    cudalib::kernel<ReflectorBody<T>>(LUMO_STUB(LARFG_k<Map, T>), n, alpha, x, incx, tau);
+    cudalib::kernel<64>([&](ReflectorTeam team) LUMO_INLINED {
+        HouseholderReflector<T>::make(team, n, alpha, x, incx, tau);
+    });
 }
 
-namespace {
-
-template <class T>
-std::array<cudalib::Instance, 1> instances() {
-    using Map = cudalib::StaticOneBlockMap1D<32>;
-    return {{cudalib::instance<&LARFG_k<Map, T>, ReflectorBody<T>>()}};
-}
-
-const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
-                                             instances<Complex<float>>(),
-                                             instances<Complex<double>>())};
-
-}  // namespace
+LUMO_REGISTER(lumo::ElementTypes, &LARFG_k<lumo::ReflectorMap, T>)

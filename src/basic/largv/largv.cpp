@@ -25,9 +25,6 @@ void largv(int n, T* x, int incx, T* y, int incy, RealOf<T>* c, int incc) {
         cudalib::launch(map, &LARGV_k<T>, n, x, incx, y, incy, c, incc);
 }
 
-template void largv(int, float*, int, float*, int, float*, int);
-template void largv(int, double*, int, double*, int, double*, int);
-template void largv(int, Complex<float>*, int, Complex<float>*, int, float*, int);
-template void largv(int, Complex<double>*, int, Complex<double>*, int, double*, int);
+LUMO_INSTANTIATE(largv)
 
 }  // namespace lumo

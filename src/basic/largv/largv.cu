@@ -1,7 +1,7 @@
 #include <limits>
 
 #include "basic/magnitude.h"
-#include "cudalib/launch.h"
+#include "cudalib/kernel.h"
 
 using lumo::Complex;
 using lumo::magnitude;
@@ -99,10 +99,10 @@ LUMO_DEVICE Rotation<Complex<R>> rotation(Complex<R> f, Complex<R> g) {
     return {1 / root, s, r};
 }
 
-template <class T>
-struct GenerateBody : cudalib::KernelBody<cudalib::Elements, 16> {
-    LUMO_DEVICE static void run(cudalib::Elements elements, int n, T* x, int incx, T* y, int incy,
-                                RealOf<T>* c, int incc) {
+// A complex instance names its real type as well.
+template <class T, class... Real>
+LUMO_KERNEL void LARGV_k(int n, T* x, int incx, T* y, int incy, RealOf<T>* c, int incc) {
+    cudalib::kernel<16>([&](cudalib::Elements elements) LUMO_INLINED {
         elements.each(n, [&](std::size_t i) {
             T& xi = x[i * std::size_t(incx)];
             T& yi = y[i * std::size_t(incy)];
@@ -111,24 +111,7 @@ struct GenerateBody : cudalib::KernelBody<cudalib::Elements, 16> {
             yi = made.s;
             xi = made.r;
         });
-    }
-};
-
-// A complex instance names its real type as well.
-template <class T, class... Real>
-LUMO_KERNEL void LARGV_k(int n, T* x, int incx, T* y, int incy, RealOf<T>* c, int incc) {
-    cudalib::kernel<GenerateBody<T>>(LUMO_STUB(LARGV_k<T, Real...>), n, x, incx, y, incy, c, incc);
+    });
 }
 
-namespace {
-
-template <class T, class... Real>
-std::array<cudalib::Instance, 1> instances() {
-    return {{cudalib::instance<&LARGV_k<T, Real...>, GenerateBody<T>>()}};
-}
-
-const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
-                                             instances<Complex<float>, float>(),
-                                             instances<Complex<double>, double>())};
-
-}  // namespace
+LUMO_REGISTER(lumo::RealTypes, &LARGV_k<T>, &LARGV_k<Complex<T>, T>)

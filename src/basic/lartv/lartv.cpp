@@ -22,11 +22,6 @@ void lartv(int n, T* x, int incx, T* y, int incy, const RealOf<T>* c, const T* s
     cudalib::launch(cudalib::Map1D(n), &LARTV_k<T>, n, x, incx, y, incy, c, s, incc);
 }
 
-template void lartv(int, float*, int, float*, int, const float*, const float*, int);
-template void lartv(int, double*, int, double*, int, const double*, const double*, int);
-template void lartv(int, Complex<float>*, int, Complex<float>*, int, const float*,
-                    const Complex<float>*, int);
-template void lartv(int, Complex<double>*, int, Complex<double>*, int, const double*,
-                    const Complex<double>*, int);
+LUMO_INSTANTIATE(lartv)
 
 }  // namespace lumo

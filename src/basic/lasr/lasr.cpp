@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "basic/lasr/shape.h"
 #include "cudalib/launch.h"
 #include "runtime/exceptions.h"
 #include "runtime/letters.h"
@@ -32,8 +33,6 @@ void check(char side, char pivot, char direct, int m, int n, const Real* c, cons
 template <class T>
 void LASR(char side, char pivot, char direct, int m, int n, const RealOf<T>* c, const RealOf<T>* s,
           T* a, int lda) {
-    using ColumnMap = cudalib::StaticMap1D<128>;
-    using RowMap = cudalib::StaticMap1D<64>;
     side = upper(side);
     pivot = upper(pivot);
     direct = upper(direct);
@@ -53,9 +52,6 @@ void LASR(char side, char pivot, char direct, int m, int n, const RealOf<T>* c, 
             c, s, a, lda);
 }
 
-template void LASR(char, char, char, int, int, const float*, const float*, float*, int);
-template void LASR(char, char, char, int, int, const double*, const double*, double*, int);
-template void LASR(char, char, char, int, int, const float*, const float*, Complex<float>*, int);
-template void LASR(char, char, char, int, int, const double*, const double*, Complex<double>*, int);
+LUMO_INSTANTIATE(LASR)
 
 }  // namespace lumo

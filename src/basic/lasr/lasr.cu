@@ -1,21 +1,22 @@
-#include "basic/lasr/lasr.h"
-#include "cudalib/launch.h"
+#include "basic/lasr/shape.h"
+#include "cudalib/kernel.h"
 
-using lumo::Complex;
+using lumo::ColumnMap;
 using lumo::RealOf;
+using lumo::RowMap;
 
 // A lane owns a line of A: a column for side "L", a row for side "R". Along it the rotations form
 // a chain, whose link, the element that two neighbouring rotations share, the lane keeps.
 // Rotations go in groups: the loads of a group are independent of each other, and a CPU passes
 // over memory once for all of them.
 template <char side, char direct, class T>
-struct RotationBody : cudalib::KernelBody<cudalib::Strip, 256> {
+struct RotationSequence {
     using Real = RealOf<T>;
     static constexpr bool right = side == 'R', forward = direct == 'F';
     static constexpr int grouped = 8;  // on a CPU half as many do as well
 
-    LUMO_DEVICE static void run(cudalib::Strip lines, int m, int n, const Real* c, const Real* s,
-                                T* a, int lda) {
+    LUMO_DEVICE static void apply(cudalib::Strip lines, int m, int n, const Real* c, const Real* s,
+                                  T* a, int lda) {
         const int count = right ? m : n, planes = (right ? n : m) - 1;
         if (planes < 1) return;
         // Backward is forward from the other end of the line, with the sines negated.
@@ -29,13 +30,13 @@ struct RotationBody : cudalib::KernelBody<cudalib::Strip, 256> {
             Rotations<grouped> rotations(c, s, planes, k);
             if (rotations.anyIdentity())
                 for (int r = 0; r < grouped; ++r)
-                    apply(lines, count, link, Rotations<1>(c, s, planes, k + r), at + r * step,
-                          step, lda);
+                    rotateOnce(lines, count, link, Rotations<1>(c, s, planes, k + r), at + r * step,
+                               step, lda);
             else
                 rotate(lines, count, link, rotations, at, step, lda);
         }
         for (; k < planes; ++k, at += step)
-            apply(lines, count, link, Rotations<1>(c, s, planes, k), at, step, lda);
+            rotateOnce(lines, count, link, Rotations<1>(c, s, planes, k), at, step, lda);
         lines.each(count, [&](std::size_t i) { *element(at, i, lda) = link[i]; });
     }
 
@@ -80,8 +81,9 @@ struct RotationBody : cudalib::KernelBody<cudalib::Strip, 256> {
     }
 
     // One rotation. The identity is no product: it must not turn an infinity into a NaN.
-    LUMO_DEVICE static void apply(cudalib::Strip lines, int count, cudalib::Strip::Kept<T>& link,
-                                  const Rotations<1>& by, T* at, std::ptrdiff_t step, int lda) {
+    LUMO_DEVICE static void rotateOnce(cudalib::Strip lines, int count,
+                                       cudalib::Strip::Kept<T>& link, const Rotations<1>& by, T* at,
+                                       std::ptrdiff_t step, int lda) {
         if (!by.anyIdentity()) return rotate(lines, count, link, by, at, step, lda);
         lines.each(count, [&](std::size_t i) {
             T* x = element(at, i, lda);
@@ -94,25 +96,11 @@ struct RotationBody : cudalib::KernelBody<cudalib::Strip, 256> {
 template <class Map, char side, char pivot, char direct, class T>
 LUMO_KERNEL void LASR_k(int m, int n, const RealOf<T>* c, const RealOf<T>* s, T* a, int lda) {
     static_assert(pivot == 'V');
-    cudalib::kernel<RotationBody<side, direct, T>>(LUMO_STUB(LASR_k<Map, side, pivot, direct, T>),
-                                                   m, n, c, s, a, lda);
+    cudalib::kernel<256>([&](cudalib::Strip lines) LUMO_INLINED {
+        RotationSequence<side, direct, T>::apply(lines, m, n, c, s, a, lda);
+    });
 }
 
-namespace {
-
-using ColumnMap = cudalib::StaticMap1D<128>;
-using RowMap = cudalib::StaticMap1D<64>;
-
-template <class T>
-std::array<cudalib::Instance, 4> instances() {
-    return {cudalib::instance<&LASR_k<ColumnMap, 'L', 'V', 'F', T>, RotationBody<'L', 'F', T>>(),
-            cudalib::instance<&LASR_k<ColumnMap, 'L', 'V', 'B', T>, RotationBody<'L', 'B', T>>(),
-            cudalib::instance<&LASR_k<RowMap, 'R', 'V', 'F', T>, RotationBody<'R', 'F', T>>(),
-            cudalib::instance<&LASR_k<RowMap, 'R', 'V', 'B', T>, RotationBody<'R', 'B', T>>()};
-}
-
-const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
-                                             instances<Complex<float>>(),
-                                             instances<Complex<double>>())};
-
-}  // namespace
+LUMO_REGISTER(lumo::ElementTypes, &LASR_k<ColumnMap, 'L', 'V', 'F', T>,
+              &LASR_k<ColumnMap, 'L', 'V', 'B', T>, &LASR_k<RowMap, 'R', 'V', 'F', T>,
+              &LASR_k<RowMap, 'R', 'V', 'B', T>)

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "blas/cublas.h"
+#include "blas/gemv/shape.h"
 #include "cudalib/launch.h"
 #include "runtime/exceptions.h"
 #include "runtime/letters.h"
@@ -14,11 +15,10 @@ void gemvt_k(int m, int n, int wholeRows, T alpha, const T* a, int lda, T beta, 
 namespace lumo {
 namespace {
 
-// 32 x 16 threads for 32 elements of y.
 struct DotProductMap {
     int n;
-    dim3 blockShape() const { return {32, 16, 1}; }
-    dim3 gridShape() const { return {unsigned(cudalib::ceilDiv(n, 32)), 1, 1}; }
+    dim3 blockShape() const { return {gemvtWidth, gemvtRows, 1}; }
+    dim3 gridShape() const { return {unsigned(cudalib::ceilDiv(n, gemvtWidth)), 1, 1}; }
 };
 
 }  // namespace
@@ -37,16 +37,11 @@ void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, in
     // A CPU's own BLAS has the faster one.
     if (trans == 'N' || incx < 0 || incy < 0 || platform::sharesMemory())
         return cublas::gemv(trans, m, n, alpha, a, lda, x, incx, beta, y, incy);
-    auto kernel = trans == 'C' ? &gemvt_k<T, 16, 8, true> : &gemvt_k<T, 16, 8, false>;
-    cudalib::launch(DotProductMap{n}, kernel, m, n, m / 512 * 512, alpha, a, lda, beta, x, incx, y,
-                    incy);
+    auto kernel = trans == 'C' ? &gemvt_k<T, gemvtRows, 8, true> : &gemvt_k<T, gemvtRows, 8, false>;
+    cudalib::launch(DotProductMap{n}, kernel, m, n, m / gemvtChunk * gemvtChunk, alpha, a, lda,
+                    beta, x, incx, y, incy);
 }
 
-#define LUMO_GEMV(T) \
-    template void gemv(char, int, int, T, const T*, int, const T*, int, T, T*, int);
-LUMO_GEMV(float)
-LUMO_GEMV(double)
-LUMO_GEMV(Complex<float>)
-LUMO_GEMV(Complex<double>)
+LUMO_INSTANTIATE(gemv)
 
 }  // namespace lumo

@@ -1,7 +1,9 @@
+#include "blas/gemv/shape.h"
+#include "cudalib/kernel.h"
 #include "cudalib/lane_values.h"
-#include "cudalib/launch.h"
 
-using lumo::Complex;
+using lumo::gemvtRows;
+using lumo::gemvtWidth;
 
 // So many lanes share a dot product, and so many rows of lanes work on the columns of a block: a
 // warp each on a GPU; on a CPU a vector, and columns enough to a row that x is read once for
@@ -12,13 +14,13 @@ constexpr int dotWidth = 32, dotRows = 16;
 constexpr int dotWidth = 8, dotRows = 8;
 #endif
 
-// A block computes 32 dot products with columns of A. x goes through shared memory in chunks of an
-// element a thread, so that its stride counts once a block. Over the first wholeRows rows, a
-// multiple of the chunk, no bounds are tested.
+// A block computes a dot product with each of `columns` columns of A. x goes through shared memory
+// in chunks of an element a thread, so that its stride counts once a block. Over the first
+// wholeRows rows, a multiple of the chunk, no bounds are tested.
 template <class T, int teamRows, int unrolled, bool conjugated>
-struct DotProductsBody : cudalib::KernelBody<cudalib::Team<32, teamRows>, 64> {
-    using Team = cudalib::Team<32, teamRows>;
-    static constexpr int width = dotWidth, columns = 32, perRow = columns / dotRows;
+struct DotProducts {
+    using Team = cudalib::Team<gemvtWidth, teamRows>;
+    static constexpr int width = dotWidth, columns = gemvtWidth, perRow = columns / dotRows;
     // Compilers vectorise several sums of complex products badly.
     static constexpr int together = lumo::isComplex<T> ? 1 : perRow;
     static constexpr int chunk = Team::X * teamRows;
@@ -59,8 +61,8 @@ struct DotProductsBody : cudalib::KernelBody<cudalib::Team<32, teamRows>, 64> {
         }
     }
 
-    LUMO_DEVICE static void run(Team team, int m, int n, int wholeRows, T alpha, const T* a,
-                                int lda, T beta, const T* x, int incx, T* y, int incy) {
+    LUMO_DEVICE static void make(Team team, int m, int n, int wholeRows, T alpha, const T* a,
+                                 int lda, T beta, const T* x, int incx, T* y, int incy) {
         LUMO_SHARED T part[chunk];
         LUMO_SHARED T partial[columns][width + 1];
         const long first = team.x() * columns, here = n - first < columns ? n - first : columns;
@@ -133,21 +135,10 @@ struct DotProductsBody : cudalib::KernelBody<cudalib::Team<32, teamRows>, 64> {
 template <class T, int rows, int unrolled, bool conjugated>
 LUMO_KERNEL void gemvt_k(int m, int n, int wholeRows, T alpha, const T* a, int lda, T beta,
                          const T* x, int incx, T* y, int incy) {
-    cudalib::kernel<DotProductsBody<T, rows, unrolled, conjugated>>(
-        LUMO_STUB(gemvt_k<T, rows, unrolled, conjugated>), m, n, wholeRows, alpha, a, lda, beta, x,
-        incx, y, incy);
+    using Products = DotProducts<T, rows, unrolled, conjugated>;
+    cudalib::kernel<64>([&](typename Products::Team team) LUMO_INLINED {
+        Products::make(team, m, n, wholeRows, alpha, a, lda, beta, x, incx, y, incy);
+    });
 }
 
-namespace {
-
-template <class T>
-std::array<cudalib::Instance, 2> instances() {
-    return {cudalib::instance<&gemvt_k<T, 16, 8, false>, DotProductsBody<T, 16, 8, false>>(),
-            cudalib::instance<&gemvt_k<T, 16, 8, true>, DotProductsBody<T, 16, 8, true>>()};
-}
-
-const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
-                                             instances<Complex<float>>(),
-                                             instances<Complex<double>>())};
-
-}  // namespace
+LUMO_REGISTER(lumo::ElementTypes, &gemvt_k<T, gemvtRows, 8, false>, &gemvt_k<T, gemvtRows, 8, true>)

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "blas/cublas.h"
-#include "blas/symv/kinds.h"
+#include "blas/symv/shape.h"
 #include "cudalib/launch.h"
 #include "runtime/exceptions.h"
 #include "runtime/letters.h"
@@ -17,23 +17,23 @@ void symv_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T
 namespace lumo {
 namespace {
 
-constexpr int leastOrder = 1024, tile = 64;
+constexpr int leastOrder = 1024;
 
 // A block for every tile on the diagonal.
 struct TilesMap {
     int n;
     unsigned threads;
     dim3 blockShape() const { return {threads, 1, 1}; }
-    dim3 gridShape() const { return {unsigned(cudalib::ceilDiv(n, tile)), 1, 1}; }
+    dim3 gridShape() const { return {unsigned(cudalib::ceilDiv(n, symvTile)), 1, 1}; }
 };
 
 template <class T>
 auto product(char uplo, int n) {
     if (uplo == 'L')
-        return n % tile ? &symv_k<T, uploLower, boundsTested, tile>
-                        : &symv_k<T, uploLower, boundsIgnored, tile>;
-    return n % tile ? &symv_k<T, uploUpper, boundsTested, tile>
-                    : &symv_k<T, uploUpper, boundsIgnored, tile>;
+        return n % symvTile ? &symv_k<T, uploLower, boundsTested, symvTile>
+                            : &symv_k<T, uploLower, boundsIgnored, symvTile>;
+    return n % symvTile ? &symv_k<T, uploUpper, boundsTested, symvTile>
+                        : &symv_k<T, uploUpper, boundsIgnored, symvTile>;
 }
 
 // Where BLAS has the first element of a vector; with a negative increment it lies last in memory.
@@ -57,13 +57,10 @@ void symv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, 
     x = firstElement(x, n, incx);
     y = firstElement(y, n, incy);
     cudalib::launch(TilesMap{n, 256}, &symv_init_k<T>, n, alpha, a, lda, x, incx, beta, y, incy);
-    cudalib::launch(TilesMap{n, 64}, product<T>(uplo, n), n, alpha, a, lda, x, incx, beta, y, incy);
+    cudalib::launch(TilesMap{n, symvTile}, product<T>(uplo, n), n, alpha, a, lda, x, incx, beta, y,
+                    incy);
 }
 
-#define LUMO_SYMV(T) template void symv(char, int, T, const T*, int, const T*, int, T, T*, int);
-LUMO_SYMV(float)
-LUMO_SYMV(double)
-LUMO_SYMV(Complex<float>)
-LUMO_SYMV(Complex<double>)
+LUMO_INSTANTIATE(symv)
 
 }  // namespace lumo

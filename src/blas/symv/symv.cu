@@ -1,8 +1,8 @@
-#include "blas/symv/kinds.h"
+#include "blas/symv/shape.h"
+#include "cudalib/kernel.h"
 #include "cudalib/lane_values.h"
-#include "cudalib/launch.h"
 
-using lumo::Complex;
+using lumo::symvTile;
 
 // An element of a vector whose increment may be negative.
 template <class T>
@@ -11,26 +11,26 @@ LUMO_DEVICE T& element(T* x, int incx, long i) {
 }
 
 template <class T>
-struct SymvInitBody : cudalib::KernelBody<cudalib::Elements> {
-    LUMO_DEVICE static void run(cudalib::Elements elements, int n, T, const T*, int, const T*, int,
-                                T beta, T* y, int incy) {
+LUMO_KERNEL void symv_init_k(int n, T /*alpha*/, const T* /*a*/, int /*lda*/, const T* /*x*/,
+                             int /*incx*/, T beta, T* y, int incy) {
+    cudalib::kernel([&](cudalib::Elements elements) LUMO_INLINED {
         elements.each(n, [&](std::size_t i) {
             T& yi = element(y, incy, long(i));
             yi = beta == T(0) ? T(0) : beta * yi;
         });
-    }
-};
+    });
+}
 
 // A block adds one tile of y. The rows of A that belong to it are stored as such on one side of the
 // diagonal, where a lane owns a row, and as columns on the other, where the lanes share a column.
 template <class T, uploType uplo, boundsType bounds, int order>
-struct SymvBody : cudalib::KernelBody<cudalib::Team<order, 1>, 1024> {
+struct TileProduct {
     using Team = cudalib::Team<order, 1>;
     using Values = cudalib::LaneValues<Team, T>;
     static constexpr int group = 16;  // columns whose lanes' sums fit into shared memory
 
-    LUMO_DEVICE static void run(Team team, int n, T alpha, const T* a, int lda, const T* x,
-                                int incx, T /*beta*/, T* y, int incy) {
+    LUMO_DEVICE static void add(Team team, int n, T alpha, const T* a, int lda, const T* x,
+                                int incx, T* y, int incy) {
         if (alpha == T(0)) return;
         const long first = team.x() * order, past = first + order;
         const long here = bounds == boundsTested && n - first < order ? n - first : order;
@@ -92,35 +92,15 @@ struct SymvBody : cudalib::KernelBody<cudalib::Team<order, 1>, 1024> {
     }
 };
 
-template <class T>
-LUMO_KERNEL void symv_init_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T beta,
-                             T* y, int incy) {
-    cudalib::kernel<SymvInitBody<T>>(LUMO_STUB(symv_init_k<T>), n, alpha, a, lda, x, incx, beta, y,
-                                     incy);
-}
 template <class T, uploType uplo, boundsType bounds, int order>
-LUMO_KERNEL void symv_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+LUMO_KERNEL void symv_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T /*beta*/, T* y,
                         int incy) {
-    cudalib::kernel<SymvBody<T, uplo, bounds, order>>(LUMO_STUB(symv_k<T, uplo, bounds, order>), n,
-                                                      alpha, a, lda, x, incx, beta, y, incy);
+    cudalib::kernel<1024>([&](cudalib::Team<order, 1> team) LUMO_INLINED {
+        TileProduct<T, uplo, bounds, order>::add(team, n, alpha, a, lda, x, incx, y, incy);
+    });
 }
 
-namespace {
-
-template <class T, uploType uplo, boundsType bounds>
-cudalib::Instance product() {
-    return cudalib::instance<&symv_k<T, uplo, bounds, 64>, SymvBody<T, uplo, bounds, 64>>();
-}
-
-template <class T>
-std::array<cudalib::Instance, 5> instances() {
-    return {cudalib::instance<&symv_init_k<T>, SymvInitBody<T>>(),
-            product<T, uploLower, boundsIgnored>(), product<T, uploLower, boundsTested>(),
-            product<T, uploUpper, boundsIgnored>(), product<T, uploUpper, boundsTested>()};
-}
-
-const cudalib::DeviceUnit unit{cudalib::join(instances<float>(), instances<double>(),
-                                             instances<Complex<float>>(),
-                                             instances<Complex<double>>())};
-
-}  // namespace
+LUMO_REGISTER(lumo::ElementTypes, &symv_init_k<T>, &symv_k<T, uploLower, boundsIgnored, symvTile>,
+              &symv_k<T, uploLower, boundsTested, symvTile>,
+              &symv_k<T, uploUpper, boundsIgnored, symvTile>,
+              &symv_k<T, uploUpper, boundsTested, symvTile>)

@@ -12,9 +12,6 @@ void takeHead(T* head, RealOf<T>* value) {
     cudalib::launch(cudalib::OneThread(), &TakeHead_k<T>, head, value);
 }
 
-template void takeHead(float*, float*);
-template void takeHead(double*, double*);
-template void takeHead(Complex<float>*, float*);
-template void takeHead(Complex<double>*, double*);
+LUMO_INSTANTIATE(takeHead)
 
 }  // namespace lumo

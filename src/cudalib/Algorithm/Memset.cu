@@ -1,27 +1,13 @@
-#include "cudalib/launch.h"
+#include "cudalib/kernel.h"
 #include "cudalib/vector_types.h"
 
-template <class T>
-struct MemsetBody : cudalib::KernelBody<cudalib::Elements> {
-    LUMO_DEVICE static void run(cudalib::Elements elements, T* ptr, T value, std::size_t n) {
-        elements.each(n, [&](std::size_t i) { ptr[i] = value; });
-    }
-};
-
 template <class Map, class T>
-LUMO_KERNEL void CudaMemsetTypeKernel(T* ptr, T value, std::size_t n) {
-    cudalib::kernel<MemsetBody<T>>(LUMO_STUB(CudaMemsetTypeKernel<Map, T>), ptr, value, n);
+LUMO_KERNEL void CudaMemsetTypeKernel(T* pointer, T value, std::size_t n) {
+    cudalib::kernel([&](cudalib::Elements elements) LUMO_INLINED {
+        elements.each(n, [&](std::size_t i) { pointer[i] = value; });
+    });
 }
 
-namespace {
+using Values = lumo::Types<unsigned char, char, unsigned int, int, float, double, float2, double2>;
 
-template <class T>
-std::array<cudalib::Instance, 1> instance() {
-    return {{cudalib::instance<&CudaMemsetTypeKernel<cudalib::Map1D, T>, MemsetBody<T>>()}};
-}
-
-const cudalib::DeviceUnit unit{cudalib::join(
-    instance<unsigned char>(), instance<char>(), instance<unsigned int>(), instance<int>(),
-    instance<float>(), instance<double>(), instance<float2>(), instance<double2>())};
-
-}  // namespace
+LUMO_REGISTER(Values, &CudaMemsetTypeKernel<cudalib::Map1D, T>)
