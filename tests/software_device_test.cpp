@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "cudalib/Algorithm/Memset.h"
-#include "cudalib/maps.h"
+#include "cudalib/launch.h"
 #include "support/machine.h"
 
 #ifndef __SANITIZE_ADDRESS__
@@ -318,11 +318,11 @@ TEST_F(FaultTest, LaunchLimits) {
     };
     for (const auto& c : cases) {
         ASSERT_EQ(cudaSuccess, cudaConfigureCall(c.grid, c.block, 0, nullptr));
-        CudaMemsetTypeKernel<cudalib::Map1D, float>(p, 1, 1);
+        cudalib::launchConfigured(&CudaMemsetTypeKernel<cudalib::Map1D, float>, p, 1, 1);
         EXPECT_EQ(c.error, cudaGetLastError()) << "case " << &c - cases;
     }
     EXPECT_EQ(1, firstOf(p));
-    CudaMemsetTypeKernel<cudalib::Map1D, float>(p, 2, 1);
+    cudalib::launchConfigured(&CudaMemsetTypeKernel<cudalib::Map1D, float>, p, 2, 1);
     EXPECT_EQ(cudaErrorMissingConfiguration, cudaGetLastError());
     cudaConfigureCall({1, 1, 1}, {1, 1, 1}, 0, nullptr);
     EXPECT_EQ(cudaErrorInvalidDeviceFunction, cudaLaunch("no stub"));

@@ -18,17 +18,23 @@ bool push(const T& argument, std::size_t& offset) {
     return true;
 }
 
+// Launches a kernel as the last cudaConfigureCall has it. A failed push or launch shows at the
+// caller's next check.
+template <class... Parameters, class... Arguments>
+void launchConfigured(void (*kernel)(Parameters...), Arguments... arguments) {
+    std::size_t offset = 0;
+    if ((push(Parameters(arguments), offset) && ...))
+        cudaLaunch(reinterpret_cast<const char*>(kernel));
+}
+
 // Launches a kernel on the default stream. If the configuration fails, nothing is launched; its
-// error is returned for those who want to know. A failed push or launch shows at the caller's next
-// check.
-template <class Map, class... Parameters, class... Arguments>
-cudaError_t launch(const Map& map, void (*kernel)(Parameters...), Arguments... arguments) {
+// error is returned for those who want to know.
+template <class Map, class Kernel, class... Arguments>
+cudaError_t launch(const Map& map, Kernel* kernel, Arguments... arguments) {
     const dim3 block = map.blockShape();
     const dim3 grid = map.gridShape();
     const cudaError_t error = cudaConfigureCall(grid, block, 0, nullptr);
-    std::size_t offset = 0;
-    if (error == cudaSuccess && (push(Parameters(arguments), offset) && ...))
-        cudaLaunch(reinterpret_cast<const char*>(kernel));
+    if (error == cudaSuccess) launchConfigured(kernel, arguments...);
     return error;
 }
 
