@@ -91,7 +91,7 @@ int Gemm<T>::runFirstHalf(int Gemm::*size) {
     return half;
 }
 
-LUMO_INSTANTIATE(Gemm)
+LUMO_INSTANTIATE_MEMBERS(Gemm)
 LUMO_EXPORT_S_D_C_Z(gemm, Gemm)
 
 }  // namespace lumo

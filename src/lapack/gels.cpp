@@ -51,7 +51,7 @@ void Gels<T>::run() const {
     }
 }
 
-LUMO_INSTANTIATE(Gels)
+LUMO_INSTANTIATE_MEMBERS(Gels)
 LUMO_EXPORT_S_C(gels, Gels)
 
 }  // namespace lumo

@@ -12,7 +12,7 @@ void Geqrf<T>::run() const {
     factorizeQr(m, n, a, lda, tau);
 }
 
-LUMO_INSTANTIATE(Geqrf)
+LUMO_INSTANTIATE_MEMBERS(Geqrf)
 LUMO_EXPORT_S_C(geqrf, Geqrf)
 
 }  // namespace lumo

@@ -53,7 +53,7 @@ lumoStatus Gesv<T>::runOnCpu() const {
     });
 }
 
-LUMO_INSTANTIATE(Gesv)
+LUMO_INSTANTIATE_MEMBERS(Gesv)
 LUMO_EXPORT_S_C(gesv, Gesv)
 
 }  // namespace lumo

@@ -236,7 +236,7 @@ lumoStatus Gesvd<T>::runOnCpu() const {
     return lumoNoError;
 }
 
-LUMO_INSTANTIATE(Gesvd)
+LUMO_INSTANTIATE_MEMBERS(Gesvd)
 LUMO_EXPORT_S_C(gesvd, Gesvd)
 
 }  // namespace lumo

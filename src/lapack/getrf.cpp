@@ -11,6 +11,7 @@
 #include "lapack/pivots.h"
 #include "lapack/tuning.h"
 #include "routine/exports.h"
+#include "runtime/element_types.h"
 
 namespace lumo {
 
@@ -203,10 +204,7 @@ int getrf(int m, int n, T* a, int lda, int* ipiv) {
     return m > 0 && n > 0 ? LuFactorization<T>(m, n, a, lda, ipiv).run() : 0;
 }
 
-template int getrf(int, int, float*, int, int*);
-template int getrf(int, int, double*, int, int*);
-template int getrf(int, int, Complex<float>*, int, int*);
-template int getrf(int, int, Complex<double>*, int, int*);
+LUMO_INSTANTIATE(getrf)
 
 template <class T>
 void Getrf<T>::run() const {
@@ -226,7 +224,7 @@ lumoStatus Getrf<T>::runOnCpu() const {
     return lumoNoError;
 }
 
-LUMO_INSTANTIATE(Getrf)
+LUMO_INSTANTIATE_MEMBERS(Getrf)
 LUMO_EXPORT_S_C(getrf, Getrf)
 
 }  // namespace lumo

@@ -67,7 +67,7 @@ void Gglse<T>::run() const {
     ormrq('L', 'C', n, 1, p, b, ldb, taub.data(), x, n);
 }
 
-LUMO_INSTANTIATE(Gglse)
+LUMO_INSTANTIATE_MEMBERS(Gglse)
 LUMO_EXPORT_S_C(gglse, Gglse)
 
 }  // namespace lumo

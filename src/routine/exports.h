@@ -8,7 +8,7 @@
 namespace lumo {
 
 // A description's members, for whoever includes its header alone.
-#define LUMO_INSTANTIATE(Routine)            \
+#define LUMO_INSTANTIATE_MEMBERS(Routine)    \
     template struct Routine<float>;          \
     template struct Routine<double>;         \
     template struct Routine<Complex<float>>; \
