@@ -17,13 +17,6 @@ std::vector<int> pivots(int count, int rows) {
     return p;
 }
 
-// Every row stays in place.
-std::vector<int> identity(int count) {
-    std::vector<int> p(count);
-    std::iota(p.begin(), p.end(), 1);
-    return p;
-}
-
 template <class T>
 class Interchanges : public OnMachine {
   protected:
@@ -60,40 +53,6 @@ TYPED_TEST(Interchanges, BeyondSixteenBitsOfRows) {
     p[20] = 65536;
     p[33] = 70000;
     for (bool columns : {false, true}) this->check(columns, 70000, 2, 1, 36, p);
-}
-
-class InterchangeLaunches : public OnSoftwareDevice {};
-
-TEST_F(InterchangeLaunches, SixteenALaunchAndNoneForASingleOne) {
-    const std::string kernel = "KernelLASWP<cudalib::Map1D, float>";
-    const OnDevice<float> a(40, 2, 0);
-    auto launched = [&](int k1, int k2) {
-        return launchedBy(
-            [&] { lumo::LASWP(2, a.data(), a.ld(), k1, k2, identity(k2).data(), 1); });
-    };
-    EXPECT_EQ(Names{}, launched(5, 5));
-    EXPECT_EQ(Names{}, launched(6, 5));
-    EXPECT_EQ(Names{kernel}, launched(1, 16));
-    EXPECT_EQ((Names{kernel, kernel}), launched(1, 17));
-    expectElements(a, a);
-}
-
-TEST_F(InterchangeLaunches, ArgumentsAndChecks) {
-    const OnDevice<float> a(2, 2, 0);
-    float x = 0, *null = nullptr;
-    const int one[] = {1};
-    for (auto launcher : {&lumo::LASWP<float>, &lumo::LASWPCOL<float>}) {
-        EXPECT_EQ((Names{"4@0", "8@8", "4@16", "4@20", "4@24", "32@28"}), argumentsPushedBy([&] {
-                      launcher(2, a.data(), 2, 1, 2, identity(2).data(), 1);
-                  }));
-        expectChecks(launcher, {1, 2, 3, 4, 5, 6}, {-1, null, -1, -1, -1, nullptr, 1},
-                     {2, &x, 2, 1, 1, one, 1});
-        EXPECT_EQ(0, argumentError([&] { launcher(0, null, -1, -1, -1, nullptr, 1); }));
-        EXPECT_EQ(0, argumentError([&] { launcher(2, &x, 2, 1, 1, one, 1); }));
-    }
-    // Columns need a leading dimension that holds the rows; for rows any will do.
-    EXPECT_EQ(-3, argumentError([&] { lumo::LASWPCOL(2, &x, 1, 1, 1, one, 1); }));
-    EXPECT_EQ(0, argumentError([&] { lumo::LASWP(2, &x, 0, 1, 1, one, 1); }));
 }
 
 }  // namespace

@@ -8,8 +8,6 @@
 namespace test {
 namespace {
 
-using lumo::Complex;
-
 // --- Reflectors -------------------------------------------------------------------------------
 
 template <class T>
@@ -90,25 +88,6 @@ TYPED_TEST(Reflectors, NotANumberAndInfinityStay) {
     }
 }
 
-class ReductionLaunches : public OnSoftwareDevice {};
-
-TEST_F(ReductionLaunches, Reflectors) {
-    double x = 0, *null = nullptr;
-    expectChecks(&lumo::larfg<double>, {1, 5, 2, 3, 4}, {-1, null, null, -1, null},
-                 {2, &x, &x, 1, &x});
-    EXPECT_EQ(-5, argumentError([&] { lumo::larfg(0, null, null, -1, null); }));
-    EXPECT_EQ(0, argumentError([&] { lumo::larfg(0, null, null, -1, &x); }));
-    const OnDevice device(vectorOf<double>(3, 1));
-    double* p = device.data();
-    EXPECT_EQ(Names{}, launchedBy([&] { lumo::larfg(0, p, p, 1, p); }));
-    EXPECT_EQ((Names{"LARFG_k<cudalib::StaticOneBlockMap1D<32u>, double>"}),
-              launchedBy([&] { lumo::larfg(2, p, p + 1, 0, p + 2); }));
-    EXPECT_EQ((Names{"4@0", "8@8", "8@16", "4@24", "8@32"}),
-              argumentsPushedBy([&] { lumo::larfg(2, p, p + 1, 1, p + 2); }));
-    EXPECT_EQ(Outcome(lumoArgumentError, -5), outcome(lumo::deviceLarfg(0, null, null, 1, null)));
-    EXPECT_EQ(lumoNoError, lumo::deviceLarfg(2, p, p + 1, 1, p + 2));
-}
-
 // --- Matrix-vector products ---------------------------------------------------------------------
 
 template <class T>
@@ -185,68 +164,6 @@ TYPED_TEST(Products, OfSymmetricMatrices) {
         for (int n : {1023, 1024, 1025, 1087}) this->symv(uplo, n, 1, 1, this->alpha, TypeParam(0));
     this->symv('L', 1100, 2, -3, this->alpha, this->beta);
     this->symv('U', 1088, -1, 2, this->alpha, this->beta);
-}
-
-// The launches and CUBLAS calls that f makes, with a launch's grid and block.
-template <class F>
-Names multipliersOf(F f) {
-    return callsBy(f, [](const software::Call& call) {
-        const auto& a = call.arguments;
-        return call.name == "cudaLaunch"           ? a.at(0) + a.at(1) + a.at(2)
-               : call.name.rfind("cublas", 0) == 0 ? call.name
-                                                   : "";
-    });
-}
-
-TEST_F(ReductionLaunches, WhoMultiplies) {
-    using C = Complex<float>;
-    const OnDevice<float> a(65, 65, 0), x(1, 65, 0), y(1, 65, 0);
-    const OnDevice<C> z(3, 3, 0);
-    auto calls = [&](char trans, int m, int n, float alpha = 1, int incx = 1, float beta = 0,
-                     int incy = 1) {
-        return multipliersOf([&] {
-            lumo::gemv(trans, m, n, alpha, a.data(), 65, x.data(), incx, beta, y.data(), incy);
-        });
-    };
-    EXPECT_EQ(Names{"gemvt_k<float, 16, 8, false>(3,1,1)(32,16,1)"}, calls('t', 65, 65));
-    EXPECT_EQ(Names{"gemvt_k<float, 16, 8, true>(1,1,1)(32,16,1)"}, calls('C', 65, 32));
-    EXPECT_EQ(Names{"cublasSgemv"}, calls('N', 65, 65));
-    EXPECT_EQ(Names{"cublasSgemv"}, calls('T', 65, 65, 1, -1));
-    EXPECT_EQ(Names{"cublasSgemv"}, calls('T', 65, 65, 1, 1, 0, -1));
-    EXPECT_EQ(Names{}, calls('T', 65, 65, 0, 1, 1));
-    EXPECT_EQ(Names{}, calls('N', 0, 65));
-    EXPECT_EQ(Names{}, calls('T', 65, 0));
-    EXPECT_EQ((Names{"4@0", "4@4", "4@8", "8@16", "8@24", "4@32", "8@40", "8@48", "4@56", "8@64",
-                     "4@72"}),
-              argumentsPushedBy([&] {
-                  lumo::gemv('C', 3, 3, C(1), z.data(), 3, z.data(), 1, C(0), z.data() + 6, 1);
-              }));
-    float v = 0;
-    expectChecks(&lumo::gemv<float>, {1, 2, 3, 6, 8, 11}, {'X', -1, -1, 1, &v, 1, &v, 0, 0, &v, 0},
-                 {'N', 2, 2, 1, &v, 2, &v, 1, 0, &v, 1});
-}
-
-TEST_F(ReductionLaunches, WhoMultipliesSymmetricMatrices) {
-    auto calls = [](char uplo, int n) {
-        const OnDevice<float> a(n, n, 0), x(1, n, 0), y(1, n, 0);
-        return multipliersOf(
-            [&] { lumo::symv(uplo, n, 1.f, a.data(), n, x.data(), 1, 0.f, y.data(), 1); });
-    };
-    auto own = [](const char* triangle, const char* bounds, const std::string& blocks) {
-        return Names{"symv_init_k<float>(" + blocks + ",1,1)(256,1,1)",
-                     std::string("symv_k<float, (uploType)") + triangle + ", (boundsType)" +
-                         bounds + ", 64>(" + blocks + ",1,1)(64,1,1)"};
-    };
-    EXPECT_EQ(Names{"cublasSsymv"}, calls('L', 1023));
-    EXPECT_EQ(own("0", "0", "16"), calls('L', 1024));
-    EXPECT_EQ(own("0", "1", "17"), calls('l', 1025));
-    EXPECT_EQ(own("1", "0", "16"), calls('U', 1024));
-    EXPECT_EQ(own("1", "1", "17"), calls('U', 1025));
-    float v = 0;
-    expectChecks(&lumo::symv<float>, {1, 5, 7, 10}, {'X', 1024, 1, &v, 1, &v, 0, 0, &v, 0},
-                 {'L', 1024, 1, &v, 1024, &v, 1, 0, &v, 1});
-    start(machine(13));
-    EXPECT_EQ(Names{"cublasSsymv"}, calls('L', 1024));
 }
 
 }  // namespace
