@@ -1,4 +1,4 @@
-// Initialisation, thread registration and shutdown on machines of all kinds.
+// Initialisation, thread registration and shutdown on machines of all kinds; their devices.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "cudalib/workspace_pool.h"
+#include "runtime/devices.h"
 #include "runtime/frame.h"
 #include "runtime/threads.h"
 #include "support/machine.h"
@@ -14,15 +15,18 @@ namespace {
 
 using test::Outcome, test::outcome;
 
+constexpr std::size_t MB = std::size_t(1) << 20, GB = std::size_t(1) << 30;
+
 software::Machine versions(int runtime, int driver) {
-    software::Machine m = test::machine();
-    m.runtimeVersion = runtime;
-    m.driverVersion = driver;
-    return m;
+    return {{test::device(20)}, runtime, driver};
 }
 
-software::Machine machineOf(std::vector<software::DeviceDescription> devices) {
-    return {std::move(devices)};
+software::DeviceDescription device(std::string name, std::size_t memory, int multiprocessors = 1,
+                                   int clock = 1000000) {
+    auto d = test::device(20, std::move(name), memory);
+    d.multiprocessors = multiprocessors;
+    d.clockRate = clock;
+    return d;
 }
 
 struct InitializeTest : ::testing::Test {
@@ -42,10 +46,10 @@ TEST_F(InitializeTest, Machines) {
         {versions(3020, 3000), lumoInsufficientRuntime},
         {versions(4000, 3020), lumoInsufficientRuntime},
         {versions(3020, 0), lumoInsufficientRuntime},
-        {machineOf({}), lumoNoHardware},
-        {machineOf({test::emulation()}), lumoNoHardware},
-        {machineOf({test::device(9)}), lumoNoHardware},
-        {machineOf({test::device(10)}), lumoNoError},
+        {{}, lumoNoHardware},
+        {{{test::emulation()}}, lumoNoHardware},
+        {test::machine(9), lumoNoHardware},
+        {test::machine(10), lumoNoError},
     };
     for (const auto& c : cases) {
         test::startAfresh(c.machine);
@@ -108,7 +112,6 @@ TEST_F(InitializeTest, AbilitiesOfTheDevice) {
     for (int capability : {10, 12, 13, 20, 35}) {
         test::startAfresh(test::machine(capability));
         ASSERT_EQ(lumoNoError, lumoInitialize());
-        EXPECT_EQ(capability, lumo::computeCapability());
         EXPECT_EQ(capability >= 13, lumo::doublePrecision());
         lumoShutdown();
         EXPECT_EQ(capability, lumo::computeCapability()) << "kept after a shutdown";
@@ -117,7 +120,7 @@ TEST_F(InitializeTest, AbilitiesOfTheDevice) {
 }
 
 TEST_F(InitializeTest, SelectedDeviceStays) {
-    test::startAfresh(machineOf({test::device(20), test::device(12), test::device(13)}));
+    test::startAfresh({{test::device(20), test::device(12), test::device(13)}});
     int value = -1;
     EXPECT_EQ(lumoNotInitialized, lumoGetExecutingDevice(&value));
     EXPECT_EQ(lumoNoError, lumoGetDeviceCount(&value));
@@ -135,32 +138,25 @@ TEST_F(InitializeTest, SelectedDeviceStays) {
 }
 
 TEST_F(InitializeTest, QueriesWorkWithoutADevice) {
-    test::startAfresh(machineOf({test::emulation()}));
+    test::startAfresh({{test::emulation()}});
     int count = -1;
-    char text[8];
     EXPECT_EQ(lumoNoError, lumoGetDeviceCount(&count));
     EXPECT_EQ(0, count);
-    EXPECT_EQ(lumoArgumentError, lumoSelectDevice(0));
-    EXPECT_EQ(Outcome(lumoArgumentError, -1), outcome(lumoGetDeviceInfo(0, text, 8)));
-    EXPECT_EQ(lumoNoError, lumoGetErrorInfoString(lumoNoHardware, 0, text, 8));
+    EXPECT_EQ(Outcome(lumoArgumentError, -1), outcome(lumoSelectDevice(0)));
     EXPECT_EQ(lumoNotInitialized, lumoGetExecutingDevice(&count));
 }
 
 TEST_F(InitializeTest, ShutdownTouchesNeitherStatusNorInfo) {
     test::startAfresh(test::machine());
-    lumo::setInfo(42);
-    lumo::setLastStatus(lumoDataError);
-    lumoShutdown();
-    lumoFreeBuffers();
-    lumoInitialize();
-    lumo::setInfo(42);
-    lumo::setLastStatus(lumoDataError);
-    lumoFreeBuffers();
-    EXPECT_TRUE(lumo::initialized());
-    software::startTrace();
-    lumoShutdown();
-    EXPECT_EQ(1, test::count(software::stopTrace(), "cublasShutdown"));
-    EXPECT_EQ(Outcome(lumoDataError, 42), outcome(lumoGetLastStatus()));
+    for (bool up : {false, true}) {
+        if (up) lumoInitialize();
+        lumo::setInfo(42);
+        lumo::setLastStatus(lumoDataError);
+        lumoFreeBuffers();
+        EXPECT_EQ(up, lumo::initialized());
+        EXPECT_EQ(up, test::count(test::traceOf(lumoShutdown), "cublasShutdown"));
+        EXPECT_EQ(Outcome(lumoDataError, 42), outcome(lumoGetLastStatus()));
+    }
     EXPECT_EQ(CUBLAS_STATUS_SUCCESS, cublasGetError());
 }
 
@@ -213,6 +209,73 @@ TEST_F(InitializeTest, TheLastThreadEndsIt) {
     other.leave();
     EXPECT_FALSE(lumo::initialized());
     EXPECT_EQ(0u, software::usage().deviceBytes) << "those of a thread that never registered, too";
+}
+
+// --- The choice of a device ------------------------------------------------------------------
+
+TEST(Devices, Best) {
+    const struct {
+        std::vector<software::DeviceDescription> devices;
+        int best;
+    } cases[] = {
+        {{}, -1},
+        {{test::emulation()}, -1},
+        {{device("A", GB)}, 0},
+        {{device("A", GB), device("B", 2 * GB)}, 1},
+        {{device("A", GB), device("B", GB)}, 0},
+        // 8 cores x 100 x 1 GHz in kHz is less than a gigabyte, but more than its half.
+        {{device("A", GB), device("B", GB, 100)}, 1},
+        {{device("A", 2 * GB), device("B", GB, 100)}, 0},
+        {{device("A", GB, 2, 1000000), device("B", GB, 1, 2000001)}, 1},
+        {{device("GeForce", 4 * GB), device("Tesla C1060", GB)}, 1},
+        {{device("Tesla C1060", GB), device("GeForce", 4 * GB)}, 0},
+        {{device("Tesla", GB), device("Tesla", GB)}, 0},
+        {{device("A", 8 * GB), device("Tesla", GB), device("Tesla", 2 * GB), device("B", 9 * GB)},
+         2},
+        // Sums beyond 32 bits.
+        {{device("A", 3 * GB), device("B", 40 * GB, 1000, 4000000)}, 1},
+    };
+    for (const auto& c : cases) {
+        test::startAfresh({c.devices});
+        EXPECT_EQ(c.best, lumo::bestDevice(0.5, 0.5)) << "case " << &c - cases;
+    }
+}
+
+TEST(Devices, TableIsReadOnceAndAgainAfterAFailure) {
+    test::startAfresh({{test::device(13, "Tesla T10"), test::device(20)}});
+    software::inject({2, "cudaGetDeviceProperties", cudaErrorUnknown});
+    EXPECT_THROW(lumo::deviceTable(), cudalib::CudaRuntimeException);
+    EXPECT_EQ(13, lumo::deviceCapability(0));
+    const lumo::Device& first = lumo::deviceTable()[0];
+    EXPECT_TRUE(first.tesla && first.major == 1 && first.minor == 3 && first.index == 0);
+    EXPECT_TRUE(test::traceOf([] { EXPECT_EQ(20, lumo::deviceCapability(1)); }).empty());
+}
+
+TEST(Devices, SizeTexts) {
+    const struct {
+        std::size_t bytes;
+        const char* text;
+    } cases[] = {
+        {0, "0  B"},    {1000, "1000  B"}, {1023, "1023  B"},    {1024, "1 KB"},
+        {1536, "2 KB"}, {1 << 20, "1 MB"}, {4294967296, "4 GB"}, {~std::size_t(0), "16 EB"}};
+    for (const auto& c : cases) EXPECT_EQ(c.text, lumo::sizeText(c.bytes));
+}
+
+TEST(Devices, Info) {
+    test::startAfresh({{device("Tesla C2050", 3 * GB), device("Small", 512 * MB)}});
+    for (auto [index, text] : {std::pair{0, "Tesla C2050 (3 GB)"}, {1, "Small (512 MB)"}})
+        test::expectText(text, [i = index](char* buffer, int size) {
+            return lumoGetDeviceInfo(i, buffer, size);
+        });
+    char buffer[9];
+    const struct {
+        int device;
+        char* buffer;
+        int size, info;
+    } cases[] = {{2, nullptr, 0, -1}, {-1, buffer, 9, -1}, {0, nullptr, 0, -2}, {0, buffer, 0, -3}};
+    for (const auto& c : cases)
+        EXPECT_EQ(Outcome(lumoArgumentError, c.info),
+                  outcome(lumoGetDeviceInfo(c.device, c.buffer, c.size)));
 }
 
 }  // namespace

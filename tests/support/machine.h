@@ -106,6 +106,17 @@ inline Outcome outcome(lumoStatus returned) {
     return {returned, lumoGetErrorInfo()};
 }
 
+// A call puts this text into a buffer: all of it, or what there is room for, and nothing behind.
+template <class Put>
+void expectText(const std::string& text, Put put) {
+    for (std::size_t size : {text.size() + 1, text.size(), std::size_t(4), std::size_t(1)}) {
+        std::vector<char> buffer(size + 1, '#');
+        EXPECT_EQ(lumoNoError, put(buffer.data(), int(size)));
+        EXPECT_EQ(text.substr(0, size - 1), buffer.data());
+        EXPECT_EQ('#', buffer[size]);
+    }
+}
+
 // The most device memory that f takes beside what is in use before.
 template <class F>
 std::size_t peakOf(F f) {
