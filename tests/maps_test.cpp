@@ -36,9 +36,9 @@ Shape plain(dim3 d) {
 class MapsTest : public test::OnSoftwareDevice {
   protected:
     void limit(std::array<int, 3> maxGrid) {
-        auto d = test::device(20);
-        d.maxGrid = maxGrid;
-        start({{d}});
+        auto limited = test::machine();
+        limited.devices[0].maxGrid = maxGrid;
+        start(limited);
     }
 };
 
@@ -118,61 +118,46 @@ TEST_F(MapsTest, LimitsAreAskedForEachTime) {
     cudaGetLastError();
 }
 
+// Each element of counts, which has a margin, was met once, and nothing beside them.
+void expectOnce(const test::OnDevice<int>& counts, int m, int n) {
+    const auto result = counts.download();
+    for (int j = 0; j < result.n; ++j)
+        for (int i = 0; i < result.m; ++i)
+            ASSERT_EQ(i < m && j < n, result(i, j)) << i << ", " << j << " of " << m << " x " << n;
+}
+
 TEST_F(MapsTest, EveryElementOnce) {
     for (auto limits :
          {std::array{65535, 65535, 65535}, {3, 3, 65535}, {1, 1, 65535}, {2, 7, 65535}}) {
         limit(limits);
-        for (int n : {1, 2, 15, 16, 17, 255, 1023, 1024, 1025, 5000}) {
+        for (int n : {1, 2, 15, 16, 17, 255, 1023, 1024, 1025, 5000})
             for (int block : {0, 1, 7, 16}) {
+                SCOPED_TRACE(block);
                 test::OnDevice counts(test::filled(n + 3, 1, 0));
                 Map1D map(n);
                 map.blockSize = block;
                 ASSERT_EQ(cudaSuccess, launch(map, &CountKernel1D<Map1D>, counts.data(), n));
-                const auto result = counts.download();
-                for (int i = 0; i < n + 3; ++i)
-                    ASSERT_EQ(i < n, result(i, 0)) << i << " of " << n << ", block " << block;
+                expectOnce(counts, n, 1);
             }
-        }
     }
     start(test::machine());
-    for (auto [m, n] : {std::pair{1, 1}, {16, 16}, {17, 33}, {1025, 3}, {5, 100}}) {
+    for (auto [m, n] : {std::pair{1, 1}, {16, 16}, {17, 33}, {1025, 3}, {5, 100}})
         for (auto [x, y] : {std::pair{0, 0}, {32, 4}, {1, 7}}) {
             test::OnDevice counts(test::filled(m + 2, n + 1, 0));
             Map2D map(m, n);
             map.blockX = x;
             map.blockY = y;
             ASSERT_EQ(cudaSuccess, launch(map, &CountKernel2D<Map2D>, counts.data(), m + 2, m, n));
-            const auto result = counts.download();
-            for (int j = 0; j < n + 1; ++j)
-                for (int i = 0; i < m + 2; ++i)
-                    ASSERT_EQ(i < m && j < n, result(i, j)) << m << " x " << n;
+            expectOnce(counts, m, n);
         }
-    }
 }
 
 // --- The launch convention -----------------------------------------------------------------
 
-class LaunchTest : public MapsTest {
-  protected:
-    void SetUp() override {
-        MapsTest::SetUp();
-        ASSERT_EQ(cudaSuccess, cudaMalloc(&memory, 1024));
-        cudaMemset(memory, 0, 1024);
-    }
-    void TearDown() override {
-        cudaFree(memory);
-        MapsTest::TearDown();
-    }
-    template <class T>
-    std::vector<software::Call> traced(T value) {
-        return test::traceOf([&] { cudalib::memset(static_cast<T*>(memory), 3, value); });
-    }
-    void* memory = nullptr;
-};
-
-TEST_F(LaunchTest, CallsInOrder) {
+TEST_F(MapsTest, CallsInOrder) {
+    const test::OnDevice memory(test::filled(3, 1, 1.0f));
     std::string calls;
-    for (const auto& call : traced(2.0f))
+    for (const auto& call : test::traceOf([&] { cudalib::memset(memory.data(), 3, 2.0f); }))
         calls += (call.name.find("cudaGet") == 0 ? call.name : test::written(call)) + "\n";
     EXPECT_EQ(
         "cudaGetDevice\n"
@@ -185,7 +170,7 @@ TEST_F(LaunchTest, CallsInOrder) {
         calls);
 }
 
-TEST_F(LaunchTest, FailedStepsLeaveTheKernelUnlaunched) {
+TEST_F(MapsTest, FailedStepsLeaveTheKernelUnlaunched) {
     const struct {
         software::Fault fault;
         int pushes, launches;
@@ -193,17 +178,18 @@ TEST_F(LaunchTest, FailedStepsLeaveTheKernelUnlaunched) {
                  {{1, "cudaSetupArgument", 11}, 1, 0},
                  {{3, "cudaSetupArgument", 11}, 3, 0},
                  {{1, "cudaLaunch", 4}, 3, 1}};
+    const auto before = test::filled(3, 1, 1);
+    const test::OnDevice memory(before);
     for (const auto& c : cases) {
         software::inject(c.fault);
-        const auto trace = traced(7);
+        const auto trace = test::traceOf([&] { cudalib::memset(memory.data(), 3, 7); });
         EXPECT_EQ(c.pushes, test::count(trace, "cudaSetupArgument"));
         EXPECT_EQ(c.launches, test::count(trace, "cudaLaunch"));
         EXPECT_EQ(c.fault.cudaError, cudaGetLastError()) << "left for the caller's check";
-        int first = -1;
-        cudaMemcpy(&first, memory, sizeof first, cudaMemcpyDeviceToHost);
-        EXPECT_EQ(0, first);
+        EXPECT_EQ(before, memory.download());
     }
-    EXPECT_EQ(1, test::count(traced(7), "CudaMemsetTypeKernel<cudalib::Map1D, int>"));
+    cudalib::memset(memory.data(), 3, 7);
+    EXPECT_EQ(test::filled(3, 1, 7), memory.download()) << "the next one runs";
 }
 
 }  // namespace

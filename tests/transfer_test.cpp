@@ -53,28 +53,35 @@ class TransferTest : public test::OnSoftwareDevice {
 };
 
 TEST_F(TransferTest, CheapestCallForTheGeometry) {
+    const Names flat{"cudaMemcpy"}, pitched{"cudaMemcpy2D"};
     struct {
-        std::size_t toPitch, fromPitch, width, height;
+        std::size_t toPitch, toSlice, fromPitch, fromSlice, height, depth;
         Names calls;
     } const cases[] = {
-        {8, 8, 8, 4, {"cudaMemcpy"}},
-        {12, 12, 8, 4, {"cudaMemcpy2D"}},  // equal pitches, but padding between
-        {8, 12, 8, 4, {"cudaMemcpy2D"}},
-        {12, 8, 8, 4, {"cudaMemcpy2D"}},
-        {hugePitch - 1, 8, 8, 1, {"cudaMemcpy2D"}},
-        {hugePitch, 8, 8, 1, {"cudaMemcpy"}},  // by rows, of which there is one
-        {8, hugePitch, 8, 1, {"cudaMemcpy"}},
-        {hugePitch, 8, 8, 0, {}},
+        {8, 0, 8, 0, 4, 1, flat},
+        {12, 0, 12, 0, 4, 1, pitched},  // equal pitches, but padding between
+        {8, 0, 12, 0, 4, 1, pitched},
+        {12, 0, 8, 0, 4, 1, pitched},
+        {hugePitch - 1, 0, 8, 0, 1, 1, pitched},
+        {hugePitch, 0, 8, 0, 1, 1, flat},  // by rows, of which there is one
+        {8, 0, hugePitch, 0, 1, 1, flat},
+        {hugePitch, 0, 8, 0, 0, 1, {}},
+        {8, 32, 8, 32, 4, 3, flat},  // three slices of four rows in one piece
+        {8, 40, 8, 40, 4, 3, {3, "cudaMemcpy"}},
+        {8, 32, 8, 40, 4, 3, {3, "cudaMemcpy"}},
+        {12, 48, 8, 32, 4, 3, {3, "cudaMemcpy2D"}},
     };
     for (const auto& c : cases) {
         clear();
         EXPECT_EQ(c.calls, calls([&] {
-                      return copy2D(device, c.toPitch, host.data(), c.fromPitch, c.width, c.height,
-                                    up);
+                      return copy3D(device, c.toPitch, c.toSlice, host.data(), c.fromPitch,
+                                    c.fromSlice, 8, c.height, c.depth, up);
                   }));
         Bytes expected(size, 0xEE);
-        for (std::size_t row = 0; row < c.height; ++row)
-            std::copy_n(&host[row * c.fromPitch], c.width, &expected[row * c.toPitch]);
+        for (std::size_t slice = 0; slice < c.depth; ++slice)
+            for (std::size_t row = 0; row < c.height; ++row)
+                std::copy_n(&host[slice * c.fromSlice + row * c.fromPitch], 8,
+                            &expected[slice * c.toSlice + row * c.toPitch]);
         EXPECT_EQ(expected, onDevice()) << "case " << &c - cases;
     }
 }
@@ -114,31 +121,6 @@ TEST_F(TransferTest, RowsAndSlicesStopAtTheFirstError) {
         return cudalib::copyElementRun({device, 5, 1}, {host.data(), 4, 1}, 3, 9, 1, up);
     };
     EXPECT_EQ((Names{"cudaMemcpy"}), calls(run, cudaErrorUnknown)) << "the head alone";
-}
-
-TEST_F(TransferTest, Slices) {
-    struct {
-        std::size_t toPitch, toSlice, fromPitch, fromSlice;
-        Names calls;
-    } const cases[] = {
-        {8, 32, 8, 32, {"cudaMemcpy"}},  // three slices of four rows in one piece
-        {8, 40, 8, 40, {"cudaMemcpy", "cudaMemcpy", "cudaMemcpy"}},
-        {8, 32, 8, 40, {"cudaMemcpy", "cudaMemcpy", "cudaMemcpy"}},
-        {12, 48, 8, 32, {"cudaMemcpy2D", "cudaMemcpy2D", "cudaMemcpy2D"}},
-    };
-    for (const auto& c : cases) {
-        clear();
-        EXPECT_EQ(c.calls, calls([&] {
-                      return copy3D(device, c.toPitch, c.toSlice, host.data(), c.fromPitch,
-                                    c.fromSlice, 8, 4, 3, up);
-                  }));
-        Bytes expected(size, 0xEE);
-        for (std::size_t slice = 0; slice < 3; ++slice)
-            for (std::size_t row = 0; row < 4; ++row)
-                std::copy_n(&host[slice * c.fromSlice + row * c.fromPitch], 8,
-                            &expected[slice * c.toSlice + row * c.toPitch]);
-        EXPECT_EQ(expected, onDevice()) << "case " << &c - cases;
-    }
 }
 
 // All runs of up to three columns and a bit, between all pairs of starts in the first two.
