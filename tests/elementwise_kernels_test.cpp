@@ -96,7 +96,7 @@ TYPED_TEST(Elementwise, Constants) {
 TYPED_TEST(Elementwise, PartsOfMatrices) {
     using T = TypeParam;
     const T alpha = scalar<T>(2, 3), beta = scalar<T>(-5, 7);
-    for (char uplo : {'U', 'u', 'L', 'l', 'A', 'f'}) {
+    for (char uplo : {'U', 'u', 'L', 'l', 'A', 'a', 'F', 'f'}) {
         SCOPED_TRACE(uplo);
         auto inPart = [letter = uplo & ~32](int i, int j) {
             return letter == 'U' ? i <= j : letter == 'L' ? i >= j : true;
@@ -172,7 +172,8 @@ TYPED_TEST(Elementwise, SumsOfMatrices) {
     const RealOf<T> alpha = 1.5, beta = -0.75;
     for (auto [m, n] : shapes<T>())
         // "C" and "t" transpose nothing.
-        for (auto [transa, transb] : {std::pair{'N', 'C'}, {'t', 'T'}, {'T', 'N'}, {'T', 'T'}}) {
+        for (auto [transa, transb] :
+             {std::pair{'N', 'C'}, {'C', 't'}, {'t', 'T'}, {'T', 'N'}, {'T', 'T'}}) {
             SCOPED_TRACE((std::string{transa, transb}));
             const bool ta = transa == 'T', tb = transb == 'T';
             const auto a = operand<T>(ta, m, n, 3), b = operand<T>(tb, m, n, 2);

@@ -57,9 +57,10 @@ TYPED_TEST(Rotations, OfMatrices) {
     using T = TypeParam;
     for (auto [lines, along] :
          {std::pair{1, 2}, {3, 1}, {63, 8}, {64, 9}, {129, 10}, {1000, 33}, {4099, 18}})
-        for (const char* letters : {"LF", "LB", "RF", "RB"}) {
+        for (const char* letters : {"LF", "lB", "RF", "Rb"}) {
             SCOPED_TRACE(letters);
-            const int m = *letters == 'L' ? along : lines, n = *letters == 'L' ? lines : along;
+            const bool left = *letters != 'R';
+            const int m = left ? along : lines, n = left ? lines : along;
             auto expected = Matrix<T>::random(m, n, m + 3);
             const auto cs = rotations<RealOf<T>>(along - 1);
             const OnDevice a(expected);

@@ -20,6 +20,7 @@ namespace test {
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 using Number = std::complex<double>;
+using Numbers = std::vector<Number>;
 
 inline std::string read(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
@@ -58,14 +59,26 @@ class Command : public ::testing::Test {
             names.insert(entry.path().filename());
         return names;
     }
-    // The numbers of a Matrix Market array that the command wrote, with what its header says.
-    std::vector<double> numbers(const char* name, const std::string& header) const {
+    // The numbers of a Matrix Market array that the command wrote, under this header.
+    Numbers numbers(const char* name, const std::string& header) const {
         std::istringstream in(read(folder / name));
         std::string first, second;
         std::getline(in, first);
         std::getline(in, second);
         EXPECT_EQ(header, first.substr(first.find("array")) + ", " + second);
-        return {std::istream_iterator<double>(in), {}};
+        Numbers all;
+        const bool complex = header.find("complex") != header.npos;
+        for (double re, im = 0; in >> re && (!complex || in >> im);) all.emplace_back(re, im);
+        EXPECT_TRUE(in.eof()) << name;
+        return all;
+    }
+    // `error` is relative, of numbers below 1 absolute.
+    static void expectNear(const Numbers& expected, const Numbers& actual, double error) {
+        ASSERT_EQ(expected.size(), actual.size());
+        for (std::size_t i = 0; i < actual.size(); ++i)
+            EXPECT_LE(std::abs(expected[i] - actual[i]),
+                      error * std::max(1., std::abs(expected[i])))
+                << i << ": " << actual[i];
     }
     static void expectWords(const std::string& text, const std::vector<std::string>& words) {
         for (const std::string& word : words)
