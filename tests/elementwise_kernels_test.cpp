@@ -1,4 +1,6 @@
 // Kernels that work element by element, each beside a plain loop.
+#include <cctype>
+
 #include "basic/Complement/Complement.h"
 #include "basic/Conjugate/Conjugate.h"
 #include "basic/Copy/Copy.h"
@@ -23,7 +25,7 @@ using lumo::conjugate;
 constexpr double ulps = 8;
 
 // launch(m, n, a, lda, b, ldb) makes wanted(a, b, i, j) of each pair of elements, in B.
-template <class From, class To, class Launch, class Wanted>
+template <class From, class To = From, class Launch, class Wanted>
 void onMatrices(Launch launch, Wanted wanted, const std::vector<Shape>& sizes = shapes<From>()) {
     for (auto [m, n] : sizes) {
         SCOPED_TRACE(testing::Message() << m << " x " << n);
@@ -35,7 +37,7 @@ void onMatrices(Launch launch, Wanted wanted, const std::vector<Shape>& sizes = 
 }
 
 // launch(n, x, incx, y, incy) makes wanted(x, y, i) of each pair of elements, in y.
-template <class From, class To, class Launch, class Wanted>
+template <class From, class To = From, class Launch, class Wanted>
 void onVectors(Launch launch, Wanted wanted, double ulps = 0) {
     for (auto [incx, incy] : {std::pair{1, 1}, {3, 2}}) {
         const OnDevice x(vectorOf<From>(1500, incx, 1));
@@ -63,34 +65,33 @@ auto first(F f) {
 }
 
 template <class T>
-class Elementwise : public OnMachine {
-  protected:
-    template <int K>
-    static void set() {
-        auto constant = [](T, T, int, int = 0) { return T(K); };
-        onMatrices<T, T>(inMatrix(lumo::setMatrix<K, T>), constant);
-        onVectors<T, T>(inVector(lumo::setVector<K, T>), constant);
-        onVectors<T, T>([](int, T*, int, T* y, int) { lumo::setElement<K>(y); },
-                        first([](T, T) { return T(K); }));
-        // Letters count as given: 'u' is any other letter.
-        for (char uplo : {'U', 'L', 'u'})
-            for (char diag : {'U', 'Z', 'N', 'u'}) {
-                SCOPED_TRACE((std::string{uplo, diag}));
-                const bool upper = uplo == 'U', unit = diag == 'U' || diag == 'Z';
-                onMatrices<T, T>([&](int m, int n, T*, int, T* b,
-                                     int ldb) { lumo::setTriangle<K>(uplo, diag, m, n, b, ldb); },
-                                 [&](T, T b, int i, int j) {
-                                     if (i == j) return unit ? T(1) : b;
-                                     return upper == (i > j) ? T(K) : b;
-                                 });
-            }
-    }
-};
+class Elementwise : public OnMachine {};
 TYPED_TEST_SUITE(Elementwise, ElementTypes);
 
+template <int K, class T>
+void constants() {
+    auto constant = [](T, T, int, int = 0) { return T(K); };
+    onMatrices<T>(inMatrix(lumo::setMatrix<K, T>), constant);
+    onVectors<T>(inVector(lumo::setVector<K, T>), constant);
+    onVectors<T>([](int, T*, int, T* y, int) { lumo::setElement<K>(y); },
+                 first([](T, T) { return T(K); }));
+    // Letters count as given: 'u' is any other letter.
+    for (char uplo : {'U', 'L', 'u'})
+        for (char diag : {'U', 'Z', 'N', 'u'}) {
+            SCOPED_TRACE((std::string{uplo, diag}));
+            const bool upper = uplo == 'U', unit = diag == 'U' || diag == 'Z';
+            auto set = [&](int m, int n, T*, int, T* b, int ldb) {
+                lumo::setTriangle<K>(uplo, diag, m, n, b, ldb);
+            };
+            onMatrices<T>(set, [&](T, T b, int i, int j) {
+                if (i == j) return unit ? T(1) : b;
+                return upper == (i > j) ? T(K) : b;
+            });
+        }
+}
 TYPED_TEST(Elementwise, Constants) {
-    this->template set<0>();
-    this->template set<1>();
+    constants<0, TypeParam>();
+    constants<1, TypeParam>();
 }
 
 TYPED_TEST(Elementwise, PartsOfMatrices) {
@@ -98,7 +99,7 @@ TYPED_TEST(Elementwise, PartsOfMatrices) {
     const T alpha = scalar<T>(2, 3), beta = scalar<T>(-5, 7);
     for (char uplo : {'U', 'u', 'L', 'l', 'A', 'a', 'F', 'f'}) {
         SCOPED_TRACE(uplo);
-        auto inPart = [letter = uplo & ~32](int i, int j) {
+        auto inPart = [letter = std::toupper(uplo)](int i, int j) {
             return letter == 'U' ? i <= j : letter == 'L' ? i >= j : true;
         };
         auto copy = [&](int m, int n, T* a, int lda, T* b, int ldb) {
@@ -107,12 +108,12 @@ TYPED_TEST(Elementwise, PartsOfMatrices) {
         auto set = [&](int m, int n, T*, int, T* b, int ldb) {
             lumo::LASET(uplo, m, n, alpha, beta, b, ldb);
         };
-        onMatrices<T, T>(copy, [&](T a, T b, int i, int j) { return inPart(i, j) ? a : b; });
-        onMatrices<T, T>(set, [&](T, T b, int i, int j) {
+        onMatrices<T>(copy, [&](T a, T b, int i, int j) { return inPart(i, j) ? a : b; });
+        onMatrices<T>(set, [&](T, T b, int i, int j) {
             return i == j ? beta : inPart(i, j) ? alpha : b;
         });
     }
-    onMatrices<T, T>(lumo::copyMatrix<T>, [](T a, T, int, int) { return a; });
+    onMatrices<T>(lumo::copyMatrix<T>, [](T a, T, int, int) { return a; });
 }
 
 TYPED_TEST(Elementwise, Vectors) {
@@ -124,17 +125,17 @@ TYPED_TEST(Elementwise, Vectors) {
             lumo::scale(n, y, factor.data(), inc, flag);
         };
     };
-    onVectors<T, T>(lumo::copyVector<T>, [](T x, T, int) { return x; });
-    onVectors<T, T>(lumo::complementVector<T>, [](T x, T, int) { return T(1) - x; });
-    onVectors<T, T>(inVector(lumo::conjugateVector<T>), [](T, T y, int) { return conjugate(y); });
-    onVectors<T, T>(
+    onVectors<T>(lumo::copyVector<T>, [](T x, T, int) { return x; });
+    onVectors<T>(lumo::complementVector<T>, [](T x, T, int) { return T(1) - x; });
+    onVectors<T>(inVector(lumo::conjugateVector<T>), [](T, T y, int) { return conjugate(y); });
+    onVectors<T>(
         scale(2), [&](T, T y, int) { return y * alpha; }, ulps);
-    onVectors<T, T>(
+    onVectors<T>(
         scale(0), [&](T, T y, int) { return y / alpha; }, ulps);
-    onVectors<T, T>([](int, T* x, int, T* y, int) { lumo::copyElement(x, y); },
-                    first([](T x, T) { return x; }));
-    onVectors<T, T>([](int, T* x, int, T* y, int) { lumo::complementElement(x, y); },
-                    first([](T x, T) { return T(1) - x; }));
+    onVectors<T>([](int, T* x, int, T* y, int) { lumo::copyElement(x, y); },
+                 first([](T x, T) { return x; }));
+    onVectors<T>([](int, T* x, int, T* y, int) { lumo::complementElement(x, y); },
+                 first([](T x, T) { return T(1) - x; }));
 }
 
 TYPED_TEST(Elementwise, Transposes) {
@@ -223,17 +224,16 @@ TYPED_TEST(Elementwise, DifferencesInPlace) {
 // --- Between types -----------------------------------------------------------------------------
 
 template <class R>
-class RealAndComplex : public OnMachine {
-  protected:
-    template <class From, class To>
-    static void convertTriangle() {
-        onMatrices<From, To>(lumo::convertTriangle<From, To>, [](From a, To b, int i, int j) {
-            return i <= j ? scalar<To>(wide(a).real(), wide(a).imag()) : b;
-        });
-    }
-};
+class RealAndComplex : public OnMachine {};
 using Reals = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(RealAndComplex, Reals);
+
+template <class From, class To>
+void convertTriangle() {
+    onMatrices<From, To>(lumo::convertTriangle<From, To>, [](From a, To b, int i, int j) {
+        return i <= j ? scalar<To>(wide(a).real(), wide(a).imag()) : b;
+    });
+}
 
 TYPED_TEST(RealAndComplex, Conversions) {
     using R = TypeParam;
@@ -246,19 +246,19 @@ TYPED_TEST(RealAndComplex, Conversions) {
                     first([](R x, Z) { return Z(x); }));
     onVectors<Z, R>([](int, Z* x, int, R* y, int) { lumo::copyElementComplexToReal(x, y); },
                     first([](Z x, R) { return x.re; }));
-    onVectors<Z, Z>([](int, Z*, int, Z* y, int) { lumo::makeReal(y); },
-                    first([](Z, Z y) { return Z(y.re); }));
+    onVectors<Z>([](int, Z*, int, Z* y, int) { lumo::makeReal(y); },
+                 first([](Z, Z y) { return Z(y.re); }));
     using Other = std::conditional_t<std::is_same_v<R, float>, double, float>;
-    this->template convertTriangle<R, Other>();
-    this->template convertTriangle<Z, Complex<Other>>();
+    convertTriangle<R, Other>();
+    convertTriangle<Z, Complex<Other>>();
 }
 
 TYPED_TEST(RealAndComplex, ConjugatedMatrices) {
     using Z = Complex<TypeParam>;
     const auto sizes = shapes<TypeParam>();
-    onMatrices<Z, Z>(
+    onMatrices<Z>(
         inMatrix(lumo::conjugateMatrix<Z>), [](Z, Z b, int, int) { return conjugate(b); }, sizes);
-    onMatrices<Z, Z>(
+    onMatrices<Z>(
         inMatrix(lumo::conjugateMatrixLower<Z>),
         [](Z, Z b, int i, int j) { return i >= j ? conjugate(b) : b; }, sizes);
 }

@@ -1,5 +1,4 @@
-// Reflectors, matrix-vector products.
-#include "basic/larfg/larfg.h"
+// Matrix-vector products.
 #include "blas/gemv/gemvt.h"
 #include "blas/symv/symv.h"
 #include "residuals.h"
@@ -7,88 +6,6 @@
 
 namespace test {
 namespace {
-
-// --- Reflectors -------------------------------------------------------------------------------
-
-template <class T>
-class Reflectors : public OnMachine {
-  protected:
-    using R = RealOf<T>;
-    using Limits = std::numeric_limits<R>;
-    using Long = std::complex<long double>;  // has exponents for the squares of all numbers
-
-    static Long exact(T x) {
-        if constexpr (lumo::isComplex<T>)
-            return {x.re, x.im};
-        else
-            return x;
-    }
-    static void expectNear(Long wanted, T actual, int n) {
-        const long double bound = (8 + 2 * std::sqrt(n)) * Limits::epsilon() * std::abs(wanted) +
-                                  2 * Limits::denorm_min();
-        EXPECT_LE(std::abs(exact(actual) - wanted), bound) << wanted << " " << exact(actual);
-    }
-
-    // (alpha, x) random, each times a factor.
-    void check(int n, int incx, double alphaFactor, double xFactor) {
-        SCOPED_TRACE(testing::Message() << n << " elements, alpha " << alphaFactor << ", x "
-                                        << xFactor << ", increment " << incx);
-        auto x = vectorOf<T>(n - 1, incx);
-        Matrix<T> scalars = vectorOf<T>(2, 1, 5);  // alpha, tau
-        for (int i = 0; i < n - 1; ++i) x(0, i) = R(xFactor) * x(0, i);
-        scalars(0, 0) = R(alphaFactor) * scalars(0, 0);
-        OnDevice<T> deviceX(n > 1 ? x : Matrix<T>(1, 1)), both(scalars);
-        lumo::larfg(n, both.data(), deviceX.data(), incx, both.data() + 1);
-        const auto after = both.download();
-
-        const Long alpha = exact(scalars(0, 0));
-        long double sum = 0;
-        for (int i = 0; i < n - 1; ++i) sum += std::norm(exact(x(0, i)));
-        if (sum == 0 && alpha.imag() == 0) {
-            EXPECT_EQ(T(0), after(0, 1));
-            EXPECT_EQ(scalars(0, 0), after(0, 0));
-            EXPECT_TRUE(n == 1 || x == deviceX.download());
-            return;
-        }
-        const long double norm = std::sqrt(std::norm(alpha) + sum);
-        const long double beta = std::signbit(alpha.real()) ? norm : -norm;
-        expectNear(beta, after(0, 0), n);
-        expectNear((beta - alpha) / beta, after(0, 1), n);
-        if (n == 1) return;
-        const auto v = deviceX.download();
-        for (int i = 0; i < n - 1; ++i) expectNear(exact(x(0, i)) / (alpha - beta), v(0, i), n);
-        EXPECT_TRUE(v.paddingUntouched());
-    }
-};
-TYPED_TEST_SUITE(Reflectors, ElementTypes);
-
-TYPED_TEST(Reflectors, AreThoseOfLapack) {
-    using Limits = std::numeric_limits<RealOf<TypeParam>>;
-    const double smallest = 100 * Limits::denorm_min(), tiny = 4 * Limits::min(),
-                 huge = Limits::max() / 128;
-    const std::pair<double, double> unlike[] = {{1, 0},        {0, 1},           {0, 0},
-                                                {1, smallest}, {smallest, 1},    {huge, 1},
-                                                {1, huge},     {tiny, smallest}, {0, smallest}};
-    for (int n : {1, 2, 33, 34, 1000})
-        for (int incx : {1, 3}) {
-            for (double factor : {1.0, -1.0, smallest, tiny, std::sqrt(tiny), huge})
-                this->check(n, incx, factor, factor);
-            for (auto [alpha, x] : unlike) this->check(n, incx, alpha, x);
-        }
-}
-
-TYPED_TEST(Reflectors, NotANumberAndInfinityStay) {
-    using T = TypeParam;
-    for (double odd : {std::nan(""), HUGE_VAL}) {
-        auto x = vectorOf<T>(40, 1);
-        x(0, 37) = scalar<T>(odd);
-        OnDevice<T> both(vectorOf<T>(2, 1)), deviceX(x);
-        lumo::larfg(41, both.data(), deviceX.data(), 1, both.data() + 1);
-        EXPECT_FALSE(std::isfinite(std::abs(wide(both.download()(0, 0)))));
-    }
-}
-
-// --- Matrix-vector products ---------------------------------------------------------------------
 
 template <class T>
 class Products : public OnMachine {

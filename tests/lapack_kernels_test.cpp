@@ -1,0 +1,194 @@
+// Reflectors and plane rotations, generated and applied, beside the CPU LAPACK.
+#include "basic/lar2v/lar2v.h"
+#include "basic/larfg/larfg.h"
+#include "basic/largv/largv.h"
+#include "basic/lartv/lartv.h"
+#include "basic/lasr/lasr.h"
+#include "support/kernels.h"
+
+template <class T>
+struct Cpu;
+#define LUMO_TEST_ROUTINES(s, T, R)                                                             \
+    extern "C" {                                                                                \
+    void s##larfg_(const int* n, T* alpha, T* x, const int* incx, T* tau);                      \
+    void s##lasr_(const char* side, const char* pivot, const char* direct, const int* m,        \
+                  const int* n, const R* c, const R* sines, T* a, const int* lda, std::size_t,  \
+                  std::size_t, std::size_t);                                                    \
+    void s##lar2v_(const int* n, T* x, T* y, T* z, const int* incx, const R* c, const T* sines, \
+                   const int* incc);                                                            \
+    void s##largv_(const int* n, T* x, const int* incx, T* y, const int* incy, R* c,            \
+                   const int* incc);                                                            \
+    void s##lartv_(const int* n, T* x, const int* incx, T* y, const int* incy, const R* c,      \
+                   const T* sines, const int* incc);                                            \
+    }                                                                                           \
+    template <>                                                                                 \
+    struct Cpu<T> {                                                                             \
+        static constexpr auto larfg = s##larfg_, lasr = s##lasr_, lar2v = s##lar2v_,            \
+                              largv = s##largv_, lartv = s##lartv_;                             \
+    };
+LUMO_TEST_ROUTINES(s, float, float)
+LUMO_TEST_ROUTINES(d, double, double)
+LUMO_TEST_ROUTINES(c, lumo::Complex<float>, float)
+LUMO_TEST_ROUTINES(z, lumo::Complex<double>, double)
+
+namespace test {
+namespace {
+
+// Operands, on the device and for the CPU.
+template <class T>
+struct Twins {
+    Matrix<T> host;
+    OnDevice<T> device;
+    Twins(const Matrix<T>& a) : host(a), device(a) {}
+    T* cpu() { return host.data.data(); }
+    T* gpu() { return device.data(); }
+    // `unit` as for expectElements.
+    void expectSame(double ulps, double unit = 1) { expectElements(device, host, ulps, unit); }
+};
+
+// Relative to each element, down to the smallest numbers.
+template <class T>
+const double smallest = double(std::numeric_limits<RealOf<T>>::denorm_min()) /
+                        std::numeric_limits<RealOf<T>>::epsilon();
+
+template <class T>
+class LapackKernels : public OnMachine {};
+TYPED_TEST_SUITE(LapackKernels, ElementTypes);
+
+// --- Reflectors -------------------------------------------------------------------------------
+
+// Of (alpha, x) random, each times a factor.
+template <class T>
+void expectReflector(int n, int incx, double alphaFactor, double xFactor) {
+    SCOPED_TRACE(testing::Message() << n << " elements, alpha " << alphaFactor << ", x " << xFactor
+                                    << ", increment " << incx);
+    auto random = vectorOf<T>(std::max(1, n - 1), incx), scalars = vectorOf<T>(2, 1, 5);
+    for (int i = 0; i < random.n; ++i) random(0, i) = RealOf<T>(xFactor) * random(0, i);
+    scalars(0, 0) = RealOf<T>(alphaFactor) * scalars(0, 0);
+    Twins<T> x(random), alphaAndTau(scalars);
+    lumo::larfg(n, alphaAndTau.gpu(), x.gpu(), incx, alphaAndTau.gpu() + 1);
+    Cpu<T>::larfg(&n, alphaAndTau.cpu(), x.cpu(), &incx, alphaAndTau.cpu() + 1);
+    const double ulps = 8 + 2 * std::sqrt(n);
+    alphaAndTau.expectSame(ulps, smallest<T>);
+    x.expectSame(ulps, smallest<T>);
+}
+
+TYPED_TEST(LapackKernels, Reflectors) {
+    using Limits = std::numeric_limits<RealOf<TypeParam>>;
+    const double small = 100 * Limits::denorm_min(), tiny = 4 * Limits::min(),
+                 huge = Limits::max() / 128;
+    const std::pair<double, double> unlike[] = {{1, 0},     {0, 1},        {0, 0},
+                                                {1, small}, {small, 1},    {huge, 1},
+                                                {1, huge},  {tiny, small}, {0, small}};
+    for (int n : {1, 2, 33, 34, 1000})
+        for (int incx : {1, 3}) {
+            for (double factor : {1.0, -1.0, small, tiny, std::sqrt(tiny), huge})
+                expectReflector<TypeParam>(n, incx, factor, factor);
+            for (auto [alpha, x] : unlike) expectReflector<TypeParam>(n, incx, alpha, x);
+        }
+}
+
+TYPED_TEST(LapackKernels, ReflectorsKeepNotANumberAndInfinity) {
+    using T = TypeParam;
+    for (double odd : {std::nan(""), HUGE_VAL}) {
+        auto x = vectorOf<T>(40, 1);
+        x(0, 37) = scalar<T>(odd);
+        OnDevice<T> both(vectorOf<T>(2, 1)), deviceX(x);
+        lumo::larfg(41, both.data(), deviceX.data(), 1, both.data() + 1);
+        EXPECT_FALSE(std::isfinite(std::abs(wide(both.download()(0, 0)))));
+    }
+}
+
+// --- Rotations of matrices ---------------------------------------------------------------------
+
+// Cosines and sines, column by column; every seventh rotation is the identity.
+template <class Real>
+Matrix<Real> rotations(int planes) {
+    Matrix<Real> cs(std::max(1, planes), 2);
+    Random random(3);
+    for (int k = 0; k < planes; ++k) {
+        const double angle = k % 7 == 5 ? 0 : 3 * random.next<double>();
+        cs(k, 0) = Real(std::cos(angle));
+        cs(k, 1) = Real(std::sin(angle));
+    }
+    return cs;
+}
+
+// Sizes around a group of rotations, a block of the GPU and a strip of the CPU.
+TYPED_TEST(LapackKernels, RotationsOfMatrices) {
+    using T = TypeParam;
+    for (auto [lines, along] :
+         {std::pair{1, 2}, {3, 1}, {63, 8}, {64, 9}, {129, 10}, {1000, 33}, {4099, 18}})
+        for (const char* letters : {"LF", "lB", "RF", "Rb"}) {
+            SCOPED_TRACE(letters);
+            const bool left = *letters != 'R';
+            const int m = left ? along : lines, n = left ? lines : along;
+            Twins<T> a(Matrix<T>::random(m, n, m + 3));
+            Twins<RealOf<T>> cs(rotations<RealOf<T>>(along - 1));
+            const int ld = a.host.ld, sines = cs.host.ld;
+            lumo::LASR(letters[0], 'V', letters[1], m, n, cs.gpu(), cs.gpu() + sines, a.gpu(), ld);
+            Cpu<T>::lasr(letters, "V", letters + 1, &m, &n, cs.cpu(), cs.cpu() + sines, a.cpu(),
+                         &ld, 1, 1, 1);
+            a.expectSame(20);
+        }
+}
+
+// The identity is not multiplied by, within a group of rotations and beyond.
+TYPED_TEST(LapackKernels, TheIdentityKeepsInfinities) {
+    using T = TypeParam;
+    auto a = Matrix<T>::random(5, 20, 6);
+    for (int j = 0; j < 20; ++j) a(2, j) = scalar<T>(std::numeric_limits<double>::infinity());
+    const OnDevice ones(filled<RealOf<T>>(19, 1, 1)), zeros(filled<RealOf<T>>(19, 1, 0));
+    for (char direct : {'f', 'b'}) {
+        const OnDevice x(a);
+        lumo::LASR('r', 'v', direct, 5, 20, ones.data(), zeros.data(), x.data(), x.ld());
+        expectElements(x, x);
+    }
+}
+
+// --- Rotations of vectors ----------------------------------------------------------------------
+
+constexpr int n = 300, incx = 2, incy = 3, incc = 2;
+
+TYPED_TEST(LapackKernels, RotationsFromBothSides) {
+    using T = TypeParam;
+    Twins<T> x(vectorOf<T>(n, incx, 1)), y(vectorOf<T>(n, incx, 2)), z(vectorOf<T>(n, incx, 6)),
+        s(vectorOf<T>(n, incc, 3));
+    Twins<RealOf<T>> c(vectorOf<RealOf<T>>(n, incc, 4));
+    lumo::lar2v(n, x.gpu(), y.gpu(), z.gpu(), incx, c.gpu(), s.gpu(), incc);
+    Cpu<T>::lar2v(&n, x.cpu(), y.cpu(), z.cpu(), &incx, c.cpu(), s.cpu(), &incc);
+    // Sums of terms of either sign: rounding is relative to the terms, which are below 8.
+    for (auto* result : {&x, &y, &z}) result->expectSame(16);
+}
+
+TYPED_TEST(LapackKernels, RotationsOfPairs) {
+    using T = TypeParam;
+    Twins<T> x(vectorOf<T>(n, incx, 1)), y(vectorOf<T>(n, incy, 2)), s(vectorOf<T>(n, incc, 3));
+    Twins<RealOf<T>> c(vectorOf<RealOf<T>>(n, incc, 4));
+    lumo::lartv(n, x.gpu(), incx, y.gpu(), incy, c.gpu(), s.gpu(), incc);
+    Cpu<T>::lartv(&n, x.cpu(), &incx, y.cpu(), &incy, c.cpu(), s.cpu(), &incc);
+    for (auto* result : {&x, &y}) result->expectSame(8);
+}
+
+// Each of zero, small, ordinary and large against each.
+TYPED_TEST(LapackKernels, GeneratedRotations) {
+    using T = TypeParam;
+    using R = RealOf<T>;
+    using Limits = std::numeric_limits<R>;
+    const R factors[] = {0,    Limits::min() * 8,        std::sqrt(Limits::min()), R(1e-3), 1,
+                         1000, std::sqrt(Limits::max()), Limits::max() / 8};
+    auto first = vectorOf<T>(n, incx, 1), second = vectorOf<T>(n, incy, 2);
+    for (int i = 0; i < n; ++i) {
+        first(0, i) = factors[i % 8] * first(0, i);
+        second(0, i) = factors[i / 8 % 8] * second(0, i);
+    }
+    Twins<T> x(first), y(second);
+    Twins<R> c(vectorOf<R>(n, incc, 4));
+    lumo::largv(n, x.gpu(), incx, y.gpu(), incy, c.gpu(), incc);
+    Cpu<T>::largv(&n, x.cpu(), &incx, y.cpu(), &incy, c.cpu(), &incc);
+    for (auto* result : {&x, &y}) result->expectSame(8, smallest<T>);
+    c.expectSame(8, smallest<T>);
+}
+
+}  // namespace
+}  // namespace test
