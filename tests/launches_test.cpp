@@ -1,7 +1,12 @@
 // What the launchers launch, by which names and with which arguments, and what they refuse.
+#include <cxxabi.h>
+
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <memory>
+#include <set>
 
 #include "basic/Complement/Complement.h"
 #include "basic/Conjugate/Conjugate.h"
@@ -21,6 +26,7 @@
 #include "blas/gemv/gemvt.h"
 #include "blas/symv/symv.h"
 #include "cudalib/Algorithm/Memset.h"
+#include "platform/registry.h"
 #include "support/kernels.h"
 
 namespace test {
@@ -179,7 +185,6 @@ TEST_F(Launches, NothingForGuardedArguments) {
 
 TEST_F(Launches, ChecksInOrder) {
     float x = 0, *noReal = nullptr;
-    const int one[] = {1};
     expectChecks(&lumo::LACPY<float>, {1, 2, 3, 4, 5, 6, 7}, {'x', -1, -1, noReal, 1, noReal, 1},
                  {'f', 2, 2, &x, 2, &x, 2});
     EXPECT_EQ(-1, argumentError([&] { lumo::LACPY('\0', 1, 1, noReal, 0, noReal, 0); }));
@@ -188,12 +193,12 @@ TEST_F(Launches, ChecksInOrder) {
                  {'u', 2, 1, 0, 1, &x, 2});
     for (auto launcher : {&lumo::LASWP<float>, &lumo::LASWPCOL<float>}) {
         expectChecks(launcher, {1, 2, 3, 4, 5, 6}, {-1, noReal, -1, -1, -1, nullptr, 1},
-                     {2, &x, 2, 1, 1, one, 1});
-        EXPECT_EQ(0, argumentError([&] { launcher(2, &x, 2, 1, 1, one, 1); }));
+                     {2, &x, 2, 1, 1, inPlace.data(), 1});
+        EXPECT_EQ(0, argumentError([&] { launcher(2, &x, 2, 1, 1, inPlace.data(), 1); }));
     }
     // Columns need a leading dimension that holds the rows; for rows any will do.
-    EXPECT_EQ(-3, argumentError([&] { lumo::LASWPCOL(2, &x, 1, 1, 1, one, 1); }));
-    EXPECT_EQ(0, argumentError([&] { lumo::LASWP(2, &x, 0, 1, 1, one, 1); }));
+    EXPECT_EQ(-3, argumentError([&] { lumo::LASWPCOL(2, &x, 1, 1, 1, inPlace.data(), 1); }));
+    EXPECT_EQ(0, argumentError([&] { lumo::LASWP(2, &x, 0, 1, 1, inPlace.data(), 1); }));
     expectChecks(&lumo::LASR<float>, {1, 2, 3, 4, 5, 6, 7, 8, 9},
                  {'X', 'X', 'X', -1, -1, noReal, noReal, noReal, 1},
                  {'L', 'T', 'F', 2, 2, &x, &x, &x, 2});
@@ -234,6 +239,61 @@ TEST_F(Launches, AFailedConfigurationLaunchesNothing) {
         EXPECT_EQ("cudaConfigureCall", software::removeFault());
         EXPECT_EQ(9, cudaGetLastError());
     }
+}
+
+// --- Names ---------------------------------------------------------------------------------------
+
+std::string demangled(const char* name) {
+    int status = 0;
+    std::unique_ptr<char, decltype(&std::free)> text(
+        abi::__cxa_demangle(name, nullptr, nullptr, &status), &std::free);
+    return status == 0 ? text.get() : name;
+}
+
+TEST(KernelNames, AreTheDemangledFunctions) {
+    std::set<std::string> names;
+    for (const platform::Kernel* kernel : platform::registeredKernels())
+        EXPECT_TRUE(names.insert(demangled(kernel->name)).second)
+            << kernel->name << " is registered twice";
+    for (const char* name : {
+             "void CudaMemsetTypeKernel<cudalib::Map1D, double2>(double2*, double2, unsigned long)",
+             "void KernelLASWP<cudalib::Map1D, float>(int, float*, int, int, int, lumo::swstruct)",
+             "void KernelLASWPCOL<cudalib::Map1D, lumo::Complex<double> >(int, "
+             "lumo::Complex<double>*, int, int, int, lumo::swstruct)",
+             "void LACPY_L_Kernel<float>(int, int, float*, int, float*, int)",
+             "void LASET_k<double>(char, int, int, double, double, double*, int)",
+             "void CopyVector_k<cudalib::Map1D, float>(int, float*, int, float*, int)",
+             "void CopyVectorRealToComplex_k<cudalib::Map1D, lumo::Complex<float> >(int, "
+             "lumo::Complex<float>*, int, lumo::ScalarTraits<lumo::Complex<float> >::Real*, int)",
+             "void SetMatrix_k<cudalib::Map2D, 0, float>(int, int, float*, int)",
+             "void SetVector_k<cudalib::Map1D, 1, double>(int, double*, int)",
+             "void SetTriangularMatrix_k<1, float>(bool, bool, int, int, float*, int, float)",
+             "void Transpose_k<double, true>(double*, unsigned long, double const*, unsigned long, "
+             "unsigned long, unsigned long)",
+             "void TransposeInplace_k<float, false>(float*, unsigned long, unsigned long)",
+             "void MADD_NT_k<lumo::Complex<float>, float>(int, int, float, lumo::Complex<float> "
+             "const*, int, float, lumo::Complex<float> const*, int, lumo::Complex<float>*, int)",
+             "void SubtractMatrix_TN_k<float>(int, int, float*, int, float*, int)",
+             "void lumo::ConjugateVector_k<cudalib::Map1D, float>(int, float*, int)",
+             "void lumo::ConjugateMatrixLower_k<cudalib::Map2D, lumo::Complex<float> >(int, int, "
+             "lumo::Complex<float>*, int)",
+             "void Scale_k<cudalib::Map1D, double, true>(int, double*, double*, int)",
+             "void LARFG_k<cudalib::StaticOneBlockMap1D<32u>, float>(int, float*, float*, int, "
+             "float*)",
+             "void gemvt_k<double, 16, 8, true>(int, int, int, double, double const*, int, double, "
+             "double const*, int, double*, int)",
+             "void symv_k<float, (uploType)1, (boundsType)0, 64>(int, float, float const*, int, "
+             "float const*, int, float, float*, int)",
+         })
+        EXPECT_EQ(1u, names.count(name)) << name;
+    // Those whose parameters are nobody's business but their launchers'.
+    for (const std::string begin :
+         {"void PrecisionConvertTriangular_k<cudalib::TriangularMap2D, float, double>(",
+          "void LAR2V_k<lumo::Complex<float>, float>(", "void LARGV_k<float>(",
+          "void LARTV_k<lumo::Complex<float> >(",
+          "void LASR_k<cudalib::StaticMap1D<64u>, (char)82, (char)86, (char)70, float>(",
+          "void LASR_k<cudalib::StaticMap1D<128u>, (char)76, (char)86, (char)66, float>("})
+        EXPECT_EQ(begin, names.lower_bound(begin)->substr(0, begin.size()));
 }
 
 }  // namespace

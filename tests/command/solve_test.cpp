@@ -11,32 +11,28 @@ namespace {
 const Numbers general{4, 1, 2, 0, 5, 1, 3, 0, 6};
 const Numbers generalComplex{{4, 1}, 1, 2, 0, {5, -2}, 1, 3, 0, {6, 3}};
 
-// The general matrix in another element type.
-template <class T>
-std::string bytes(bool fortran, bool bigEndian) {
+// A NumPy file of one of them.
+template <class Real>
+std::string npyOf(const std::string& descr, const Numbers& matrix, bool fortran = false,
+                  int version = 1) {
     std::string data;
     const auto append = [&](auto value) {
         std::string text(reinterpret_cast<const char*>(&value), sizeof value);
-        if (bigEndian) std::reverse(text.begin(), text.end());
+        if (descr[0] == '>') std::reverse(text.begin(), text.end());
         data += text;
     };
     for (int k = 0; k < 9; ++k) {
-        const int at = fortran ? k % 3 * 3 + k / 3 : k;
-        if constexpr (std::is_arithmetic_v<T>) {
-            append(T(general[at].real()));
-        } else {
-            append(typename T::value_type(generalComplex[at].real()));
-            append(typename T::value_type(generalComplex[at].imag()));
-        }
+        const Number z = matrix[fortran ? k % 3 * 3 + k / 3 : k];
+        append(Real(z.real()));
+        if (descr[1] == 'c') append(Real(z.imag()));
     }
-    return data;
+    return npy(descr, fortran, fortran ? "3,3," : "3, 3", data, version);
 }
 
 // Each is the solution where the matrix is the identity.
 TEST_F(Command, ReadsEveryFormat) {
     write("I2", mtx("coordinate real general", "2 2 2\n1 1 1\n2 2 1\n"));
     write("I3", mtx("coordinate real general", "3 3 3\n1 1 1\n2 2 1\n3 3 1\n"));
-    using Single = std::complex<float>;
     const struct {
         const char* name;
         std::string file;
@@ -73,18 +69,17 @@ TEST_F(Command, ReadsEveryFormat) {
         {"skew-symmetric",
          mtx("array complex skew-symmetric", "2 2\n3 1\n"),
          {0, {-3, -1}, {3, 1}, 0}},
-        {"f4", npy("<f4", false, "3, 3", bytes<float>(false, false)), general},
-        {"f8 by columns", npy("<f8", true, "3, 3", bytes<double>(true, false)), general},
-        {"f8 big endian, version 2", npy(">f8", false, "3, 3", bytes<double>(false, true), 2),
-         general},
-        {"c8", npy("<c8", false, "3, 3", bytes<Single>(false, false)), generalComplex},
-        {"c16 big endian by columns, version 3",
-         npy(">c16", true, "3, 3", bytes<Number>(true, true), 3), generalComplex},
-        {"i1", npy("|i1", false, "3, 3", bytes<std::int8_t>(false, false)), general},
-        {"u1 by columns", npy("|u1", true, "3,3,", bytes<std::uint8_t>(true, false)), general},
-        {"i2 big endian", npy(">i2", false, "3, 3", bytes<std::int16_t>(false, true)), general},
-        {"u4", npy("<u4", false, "3, 3", bytes<std::uint32_t>(false, false)), general},
-        {"i8 big endian", npy(">i8", false, "3, 3", bytes<std::int64_t>(false, true)), general},
+        {"f4", npyOf<float>("<f4", general), general},
+        {"f8 by columns", npyOf<double>("<f8", general, true), general},
+        {"f8 big endian, version 2", npyOf<double>(">f8", general, false, 2), general},
+        {"c8", npyOf<float>("<c8", generalComplex), generalComplex},
+        {"c16 big endian by columns, version 3", npyOf<double>(">c16", generalComplex, true, 3),
+         generalComplex},
+        {"i1", npyOf<std::int8_t>("|i1", general), general},
+        {"u1 by columns", npyOf<std::uint8_t>("|u1", general, true), general},
+        {"i2 big endian", npyOf<std::int16_t>(">i2", general), general},
+        {"u4", npyOf<std::uint32_t>("<u4", general), general},
+        {"i8 big endian", npyOf<std::int64_t>(">i8", general), general},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
