@@ -13,6 +13,10 @@ def random(shape, dtype, seed=1):
     return (a + 1j * rng.standard_normal(shape) if np.dtype(dtype).kind == "c" else a).astype(dtype)
 
 
+def adjoint(a):
+    return a.conj().T
+
+
 def fortran(a):
     return np.array(a, order="F")
 

@@ -3,7 +3,7 @@ them, and against NumPy in double precision."""
 
 import numpy as np
 import pytest
-from conftest import SINGLE, close, fortran, misaligned, part, random, storages
+from conftest import SINGLE, adjoint, close, fortran, misaligned, part, random, storages
 
 import lumo
 from lumo import LinAlgError
@@ -24,10 +24,6 @@ def residual(a, x, b):
 def orthonormal(q):
     q = wide(q)
     return np.linalg.norm(q.conj().T @ q - np.eye(q.shape[1])) <= 30 * EPS * max(q.shape)
-
-
-def adjoint(a):
-    return a.conj().T
 
 
 @storages
@@ -164,11 +160,8 @@ def singular(n, k):
     return a
 
 
-def dependent(rows):
-    return np.array(rows, np.float32)
-
-
-ONES = np.ones(4, np.float32)
+single = np.float32
+ONES = np.ones(4, single)
 
 
 @pytest.mark.parametrize("call, error, words", [
@@ -177,15 +170,15 @@ ONES = np.ones(4, np.float32)
     (lambda: lumo.lu_solve((singular(4, 2), [0, 1, 2, 3]), ONES), LinAlgError, "pivot 2"),
     (lambda: lumo.lu_solve((singular(4, 2), [0, 1, 2, 4]), ONES), ValueError, "piv must hold"),
     (lambda: lumo.lstsq(singular(4, 3)[:, :3], ONES), LinAlgError, "element 3 .* exactly zero"),
-    (lambda: lumo.lstsq(dependent([[1, 2], [3, 6], [5, 10], [7, 14]]), ONES), LinAlgError,
+    (lambda: lumo.lstsq(single([[1, 2], [3, 6], [5, 10], [7, 14]]), ONES), LinAlgError,
      "element 2 .* times the largest"),
-    (lambda: lumo.lse(singular(4, 4), dependent([[1, 0, 0, 0], [0, 0, 0, 0]]), ONES, ONES[:2]),
+    (lambda: lumo.lse(singular(4, 4), single([[1, 0, 0, 0], [0, 0, 0, 0]]), ONES, ONES[:2]),
      LinAlgError, "constraints b have not full rank"),
-    (lambda: lumo.lse(singular(4, 2), dependent([[0, 0, 0, 1]]), ONES, ONES[:1]), LinAlgError,
+    (lambda: lumo.lse(singular(4, 2), single([[0, 0, 0, 1]]), ONES, ONES[:1]), LinAlgError,
      r"\(a; b\) has not full rank"),
-    (lambda: lumo.lse(singular(4, 4), dependent([[1, 0, 0, 0]]), ONES, ONES), ValueError,
+    (lambda: lumo.lse(singular(4, 4), single([[1, 0, 0, 0]]), ONES, ONES), ValueError,
      "d must be a vector of 1"),
-    (lambda: lumo.lse(singular(4, 4)[:2], dependent([[1, 0, 0, 0]]), ONES[:2], ONES[:1]), ValueError,
+    (lambda: lumo.lse(singular(4, 4)[:2], single([[1, 0, 0, 0]]), ONES[:2], ONES[:1]), ValueError,
      "4 unknowns want"),
     (lambda: lumo.solve(np.eye(4), ONES), TypeError,
      "single precision, but a is float64; pass dtype=numpy.float32"),
