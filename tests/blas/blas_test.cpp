@@ -1,5 +1,4 @@
 // Every BLAS operation through the harness.
-#include <map>
 #include <random>
 
 #include "blas/blas_call.h"
@@ -74,80 +73,6 @@ std::vector<GoodCase> goodCases(const Operation<T>& operation) {
     return cases;
 }
 
-// By operation.
-template <class T>
-std::map<std::string, std::vector<ArgumentCase>> badArguments() {
-    using E = Exports<T>;
-    std::map<std::string, std::vector<ArgumentCase>> cases;
-    // The device's gemm is CUBLAS's own.
-    cases["gemm"] =
-        argumentCases({E::gemm[inHost]}, {1, 2, 3, 4, 5, 8, 10, 13, 7, 9, 12},
-                      {'X', 'X', -1, -1, -1, some, none, 2, none, 3, some, none, 2},
-                      {'n', 'N', 3, 2, 4, some, some, 3, some, 4, some, some, 3},
-                      {{-8, {'C', 'N', 3, 2, 4, some, none, 3, none, 3, some, none, 2}},
-                       {-10, {'t', 'C', 3, 2, 4, some, none, 4, none, 1, some, none, 2}},
-                       {-13, {'N', 'T', 3, 2, 4, some, none, 3, none, 2, some, none, 2}},
-                       {0, {'N', 'N', 0, 2, 4, some, none, 0, none, 4, some, none, 0}},
-                       {0, {'T', 'T', 3, 0, 0, some, none, 0, none, 0, some, none, 3}}});
-    cases["gemv"] = argumentCases(E::gemv, {1, 2, 3, 5, 6, 7, 10},
-                                  {'X', -1, -1, some, none, 2, none, 0, some, none, 0},
-                                  {'c', 3, 0, some, some, 3, some, 0, some, some, 0},
-                                  {{-5, {'N', 0, 0, some, none, 0, none, 0, some, none, 0}},
-                                   {-6, {'N', 0, 0, some, some, 0, none, 0, some, none, 0}},
-                                   {-7, {'N', 0, 3, some, some, 1, none, 0, some, none, 0}}});
-    auto sided = [](const auto& f) {
-        return argumentCases(f, {1, 2, 3, 4, 7, 9, 12, 6, 8, 11},
-                             {'X', 'X', -1, -1, some, none, 2, none, 2, some, none, 2},
-                             {'L', 'u', 3, 2, some, some, 3, some, 3, some, some, 3},
-                             {{-7, {'r', 'U', 3, 2, some, none, 1, none, 2, some, none, 2}},
-                              {-9, {'R', 'U', 3, 2, some, none, 2, none, 2, some, none, 2}},
-                              {0, {'L', 'U', 0, 2, some, none, 0, none, 0, some, none, 0}},
-                              {0, {'L', 'U', 3, 0, some, none, 3, none, 3, some, none, 3}}});
-    };
-    auto rank = [](const auto& f, char transpose, char other) {
-        return argumentCases(f, {1, 2, 3, 4, 7, 10, 6, 9},
-                             {'X', 'X', -1, -1, some, none, 2, some, none, 2},
-                             {'u', 'n', 3, 5, some, some, 3, some, some, 3},
-                             {{-2, {'U', other, -1, -1, some, none, 0, some, none, 0}},
-                              {-7, {'L', 'N', 0, 5, some, none, 0, some, none, 0}},
-                              {-7, {'L', transpose, 3, 5, some, none, 4, some, none, 0}},
-                              {-7, {'L', transpose, 3, 0, some, none, 0, some, none, 0}},
-                              {-10, {'L', 'N', 0, 5, some, none, 1, some, none, 0}},
-                              {0, {'L', 'N', 0, 5, some, none, 1, some, none, 1}}});
-    };
-    auto rank2 = [](const auto& f, char transpose, char other) {
-        return argumentCases(f, {1, 2, 3, 4, 7, 9, 12, 6, 8, 11},
-                             {'X', 'X', -1, -1, some, none, 2, none, 2, some, none, 2},
-                             {'u', 'n', 3, 5, some, some, 3, some, 3, some, some, 3},
-                             {{-2, {'U', other, -1, -1, some, none, 0, none, 0, some, none, 0}},
-                              {-7, {'L', transpose, 3, 5, some, none, 4, none, 5, some, none, 2}},
-                              {-9, {'L', transpose, 3, 5, some, none, 5, none, 4, some, none, 2}},
-                              {0, {'L', 'N', 0, 5, some, none, 0, none, 0, some, none, 0}}});
-    };
-    auto triangular = [](const auto& f, int infoWithoutRows, int infoWithoutResult) {
-        return argumentCases(
-            f, {1, 2, 3, 4, 5, 6, 9, 11, 8, 10},
-            {'X', 'X', 'X', 'X', -1, -1, some, none, 2, none, 2},
-            {'l', 'u', 'c', 'n', 3, 2, some, some, 3, some, 3},
-            {{-9, {'R', 'U', 'N', 'N', 3, 2, some, none, 1, none, 2}},
-             {-11, {'R', 'U', 'N', 'N', 3, 2, some, none, 2, none, 2}},
-             {0, {'L', 'U', 'N', 'N', 3, 0, some, none, 3, none, 3}},
-             {infoWithoutRows, {'L', 'U', 'N', 'N', 0, 2, some, none, 0, none, 1}},
-             {infoWithoutResult, {'R', 'U', 'N', 'N', 0, 2, some, none, 2, none, 0}}});
-    };
-    cases["symm"] = sided(E::symm);
-    cases["syrk"] = rank(E::syrk, 'T', 'C');
-    cases["syr2k"] = rank2(E::syr2k, 'T', 'C');
-    cases["trmm"] = triangular(E::trmm, -9, -11);
-    cases["trsm"] = triangular(E::trsm, 0, 0);
-    if constexpr (lumo::isComplex<T>) {
-        cases["hemm"] = sided(E::hemm);
-        cases["herk"] = rank(E::herk, 'C', 'T');
-        cases["her2k"] = rank2(E::her2k, 'C', 'T');
-    }
-    return cases;
-}
-
 // With C read and not, and by blocks.
 template <class T>
 std::vector<GoodCase> sweep(const Operation<T>& operation) {
@@ -165,11 +90,9 @@ std::vector<GoodCase> sweep(const Operation<T>& operation) {
 
 template <class T>
 bool registerBlas(const std::string& letter) {
-    auto arguments = badArguments<T>();
     for (const Operation<T>& operation : operations<T>())
         registerRoutine({letter + operation.name,
                          goodCases(operation),
-                         arguments.at(operation.name),
                          {},
                          sweep(operation),
                          isDouble<T>,

@@ -3,8 +3,11 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "exports.h"
@@ -40,7 +43,7 @@ template <class T>
 struct Operation {
     std::string name;
     std::vector<std::string> letters;  // that each option takes
-    lumoStatus (*call)(Interface, const Arguments<T>&);
+    std::string sizes;                 // which of m, n and k there are
     // By upper-cased letters and sizes.
     Shapes (*shapes)(const std::string& letters, int m, int n, int k);
     // The products that make up the result, for what a, b and c were before the call.
@@ -52,6 +55,9 @@ struct Operation {
     bool hermitian = false;  // so A, or C if it has a triangle, has a real diagonal
     bool blocked = false;    // large ones go by blocks
 
+    std::function<lumoStatus(Interface, const Arguments<T>&)> call{};
+    int operands = 0, scalars = 0;  // without b; without beta
+
     // The first one of each option.
     std::string firstLetters() const {
         std::string first;
@@ -60,37 +66,47 @@ struct Operation {
     }
 };
 
-// Calls of the six parameter lists, which herk and her2k have with real scalars.
-template <class T, auto& exports>
-lumoStatus callGemm(Interface where, const Arguments<T>& p) {
-    return callExport(exports[where], p.letters[0], p.letters[1], p.m, p.n, p.k, p.alpha, p.a,
-                      p.lda, p.b, p.ldb, p.beta, p.c, p.ldc);
-}
-template <class T, auto& exports>
-lumoStatus callGemv(Interface where, const Arguments<T>& p) {
-    return callExport(exports[where], p.letters[0], p.m, p.n, p.alpha, p.a, p.lda, p.b, p.ldb,
-                      p.beta, p.c, p.ldc);
-}
-template <class T, auto& exports>
-lumoStatus callSymm(Interface where, const Arguments<T>& p) {
-    return callExport(exports[where], p.letters[0], p.letters[1], p.m, p.n, p.alpha, p.a, p.lda,
-                      p.b, p.ldb, p.beta, p.c, p.ldc);
-}
-template <class T, auto& exports>
-lumoStatus callSyrk(Interface where, const Arguments<T>& p) {
-    return callExport(exports[where], p.letters[0], p.letters[1], p.n, p.k, p.alpha, p.a, p.lda,
-                      p.beta, p.c, p.ldc);
-}
-template <class T, auto& exports>
-lumoStatus callSyr2k(Interface where, const Arguments<T>& p) {
-    return callExport(exports[where], p.letters[0], p.letters[1], p.n, p.k, p.alpha, p.a, p.lda,
-                      p.b, p.ldb, p.beta, p.c, p.ldc);
-}
-template <class T, auto& exports>
-lumoStatus callTriangular(Interface where, const Arguments<T>& p) {
-    const std::string& l = p.letters;
-    return callExport(exports[where], l[0], l[1], l[2], l[3], p.m, p.n, p.alpha, p.a, p.lda, p.c,
-                      p.ldc);
+// Arguments in the order that all exports have: letters, sizes, alpha, a, b, beta, c, each matrix
+// before its leading dimension. Which there are, their types tell.
+template <class T>
+class InOrder {
+  public:
+    InOrder(const Arguments<T>& p, const std::string& sizes)
+        : p_(p), letter_(p.letters.begin()), size_(sizes.begin()) {}
+    template <class To>
+    To next() {
+        if constexpr (std::is_same_v<To, char>) {
+            return *letter_++;
+        } else if constexpr (std::is_same_v<To, int>) {
+            if (!scaled_) return *size_ == 'm' ? (++size_, p_.m) : *size_++ == 'n' ? p_.n : p_.k;
+            return ld_;
+        } else if constexpr (!std::is_pointer_v<To>) {
+            return as<To>(std::exchange(scaled_, true) ? p_.beta : p_.alpha);
+        } else if constexpr (std::is_const_v<std::remove_pointer_t<To>>) {
+            ld_ = read_ ? p_.ldb : p_.lda;
+            return as<To>(std::exchange(read_, true) ? p_.b : p_.a);
+        } else {
+            ld_ = p_.ldc;
+            return as<To>(p_.c);
+        }
+    }
+
+  private:
+    const Arguments<T>& p_;
+    std::string::const_iterator letter_, size_;
+    int ld_ = 0;
+    bool scaled_ = false, read_ = false;  // past alpha, past a
+};
+
+template <class T, class... A>
+Operation<T> withExports(lumoStatus (*const (&exports)[2])(A...), Operation<T> o) {
+    o.call = [&exports, sizes = o.sizes](Interface where, const Arguments<T>& p) {
+        InOrder<T> arguments(p, sizes);
+        return std::apply(exports[where], std::tuple<A...>{arguments.template next<A>()...});
+    };
+    o.operands = (std::is_pointer_v<A> + ...);
+    o.scalars = (!(std::is_pointer_v<A> || std::is_same_v<A, char> || std::is_same_v<A, int>)+...);
+    return o;
 }
 
 inline Shape transposed(char letter, int m, int n) {
@@ -161,29 +177,32 @@ ProductSum triangularSum(const Arguments<T>& p, const WideMatrix& a, const WideM
 template <class T>
 std::vector<Operation<T>> operations() {
     using E = Exports<T>;
-    using Function = decltype(Operation<T>::call);
     constexpr bool complex = lumo::isComplex<T>;
-    auto sided = [](const char* name, Function f, bool hermitian) -> Operation<T> {
-        return {name, {"LR", "UL"}, f, symmShapes, symmSum<T>, 1, -1, -1, hermitian, true};
+    auto sided = [](const char* name, const auto& exports, bool hermitian) {
+        return withExports<T>(
+            exports,
+            {name, {"LR", "UL"}, "mn", symmShapes, symmSum<T>, 1, -1, -1, hermitian, true});
     };
-    auto rank = [](const char* name, const char* trans, Function f, auto sum, bool hermitian) {
-        return Operation<T>{name, {"UL", trans}, f, rankShapes, sum, -1, -1, 0, hermitian, true};
+    auto rank = [](const char* name, const char* trans, const auto& exports, auto sum, bool real) {
+        return withExports<T>(exports,
+                              {name, {"UL", trans}, "nk", rankShapes, sum, -1, -1, 0, real, true});
     };
-    auto triangular = [](const char* name, Function f) -> Operation<T> {
-        return {name, {"LR", "UL", "NTC", "UN"}, f, symmShapes, triangularSum<T>, 1, 3};
+    auto triangular = [](const char* name, const auto& exports) {
+        return withExports<T>(
+            exports, {name, {"LR", "UL", "NTC", "UN"}, "mn", symmShapes, triangularSum<T>, 1, 3});
     };
     std::vector<Operation<T>> all{
-        {"gemm", {"NTC", "NTC"}, callGemm<T, E::gemm>, gemmShapes, gemmSum<T>},
-        {"gemv", {"NTC"}, callGemv<T, E::gemv>, gemvShapes, gemvSum<T>},
-        sided("symm", callSymm<T, E::symm>, complex),
-        rank("syrk", "NT", callSyrk<T, E::syrk>, rankSum<T, 'T'>, false),
-        rank("syr2k", "NT", callSyr2k<T, E::syr2k>, rank2Sum<T>, complex),
-        triangular("trmm", callTriangular<T, E::trmm>),
-        triangular("trsm", callTriangular<T, E::trsm>)};
+        withExports<T>(E::gemm, {"gemm", {"NTC", "NTC"}, "mnk", gemmShapes, gemmSum<T>}),
+        withExports<T>(E::gemv, {"gemv", {"NTC"}, "mn", gemvShapes, gemvSum<T>}),
+        sided("symm", E::symm, complex),
+        rank("syrk", "NT", E::syrk, rankSum<T, 'T'>, false),
+        rank("syr2k", "NT", E::syr2k, rank2Sum<T>, complex),
+        triangular("trmm", E::trmm),
+        triangular("trsm", E::trsm)};
     if constexpr (complex)
-        all.insert(all.end(), {sided("hemm", callSymm<T, E::hemm>, true),
-                               rank("herk", "NC", callSyrk<T, E::herk>, rankSum<T, 'C'>, true),
-                               rank("her2k", "NC", callSyr2k<T, E::her2k>, rank2Sum<T>, true)});
+        all.insert(all.end(), {sided("hemm", E::hemm, true),
+                               rank("herk", "NC", E::herk, rankSum<T, 'C'>, true),
+                               rank("her2k", "NC", E::her2k, rank2Sum<T>, true)});
     return all;
 }
 

@@ -6,45 +6,29 @@
 namespace test {
 namespace {
 
-// Where the arguments of the operations of BLAS stand behind their letters: sizes, those of m, n
-// and k that are named; operands, 0 for none, each before its leading dimension.
-struct Rule {
-    const char* names;
-    const char* sizeNames;
-    int sizes, a, b, c;
-    int least;  // leading dimension of a matrix without rows
-};
-constexpr Rule rules[] = {
-    {"gemm", "mnk", 3, 7, 9, 12, 0},       {"gemv", "mn", 2, 5, 7, 10, 1},
-    {"symm hemm", "mn", 3, 6, 8, 11, 0},   {"syrk herk", "nk", 3, 6, 0, 9, 1},
-    {"syr2k her2k", "nk", 3, 6, 8, 11, 0}, {"trmm", "mn", 5, 8, 0, 10, 1},
-    {"trsm", "mn", 5, 8, 0, 10, 0},
-};
-
 template <class T>
 void operate(Choices& choices) {
     static const std::vector<Operation<T>> all = operations<T>();
     const Operation<T>& operation = all[choices.below(all.size())];
-    const Rule& rule = *std::find_if(std::begin(rules), std::end(rules), [&](const Rule& r) {
-        return std::string(r.names).find(operation.name) != std::string::npos;
-    });
     const bool gemv = operation.name == "gemv";
     Call call(choices);
     call.inOrder = gemv;
-    call.least = rule.least;
+    const auto least = {"gemv", "syrk", "herk", "trmm"};
+    call.least = std::count(least.begin(), least.end(), operation.name) ? 1 : 0;
     call.unchecked = operation.name == "gemm" && call.where == inDevice;  // CUBLAS checks
     Arguments<T> p{};
     std::string letters;
+    int position = 1;
     bool bad = false;
     for (const std::string& options : operation.letters) {
-        p.letters += call.letter(int(p.letters.size()) + 1, options);
+        p.letters += call.letter(position++, options);
         letters += folded(p.letters.back());
         bad = bad || !taken(letters.back(), options);
     }
     call.needsNulls = true;
-    for (int at = 0; rule.sizeNames[at]; ++at) {
-        const int size = call.size(rule.sizes + at);
-        (rule.sizeNames[at] == 'm' ? p.m : rule.sizeNames[at] == 'n' ? p.n : p.k) = size;
+    for (char name : operation.sizes) {
+        const int size = call.size(position++);
+        (name == 'm' ? p.m : name == 'n' ? p.n : p.k) = size;
         call.needsNulls = call.needsNulls && (size > 0 || gemv);
         bad = bad || size < 0;
     }
@@ -52,20 +36,23 @@ void operate(Choices& choices) {
     p.alpha = scalars[choices.below(3)];
     p.beta = scalars[choices.below(3)];
     const Shapes s = operation.shapes(letters, p.m, p.n, p.k);
-    const auto draw = [&](int position, Shape shape, int& ld, auto& at) {
-        if (position == 0) return;
-        const Given<T> given = call.matrix<T>(position, shape.m, shape.n);
-        std::tie(at, ld) = std::tie(given.at, given.ld);
-        bad = bad || ld < std::max(1, shape.m);
+    const auto draw = [&](Shape shape, int& ld, auto& at, bool vector = false) {
+        if (vector) {
+            // One element more than it needs: OpenBLAS's zgemv looks for another one in x.
+            ld = choices.among({1, 1, -1, 2, -3, 0});
+            at = call.operand<T>(position, std::abs(ld) + 1, shape.n);
+        } else {
+            const Given<T> given = call.matrix<T>(position, shape.m, shape.n);
+            std::tie(at, ld) = std::tie(given.at, given.ld);
+            bad = bad || ld < std::max(1, shape.m);
+        }
+        position += 2;
     };
-    // One element more than it needs: OpenBLAS's zgemv looks for another one in x.
-    const auto drawVector = [&](int position, Shape shape, int& increment, auto& at) {
-        increment = choices.among({1, 1, -1, 2, -3, 0});
-        at = call.operand<T>(position, std::abs(increment) + 1, shape.n);
-    };
-    draw(rule.a, s.a, p.lda, p.a);
-    gemv ? drawVector(rule.b, s.b, p.ldb, p.b) : draw(rule.b, s.b, p.ldb, p.b);
-    gemv ? drawVector(rule.c, s.c, p.ldc, p.c) : draw(rule.c, s.c, p.ldc, p.c);
+    ++position;  // alpha
+    draw(s.a, p.lda, p.a);
+    if (operation.operands == 3) draw(s.b, p.ldb, p.b, gemv);
+    if (operation.scalars == 2) ++position;
+    draw(s.c, p.ldc, p.c, gemv);
     const bool hasResult = s.c.m > 0 && s.c.n > 0;
     if (!hasResult && !gemv) call.nothingToDo();
     if (gemv)

@@ -65,15 +65,6 @@ TEST_P(RoutineTest, RightResults) {
     }
 }
 
-TEST_P(RoutineTest, ArgumentErrorsInOrder) {
-    for (const ArgumentCase& c : routine().arguments) {
-        const lumoStatus expected = c.info ? lumoArgumentError : lumoNoError;
-        EXPECT_EQ(expected, c.call()) << c.name;
-        EXPECT_EQ(Outcome(expected, c.info), outcome(lumoGetLastStatus())) << c.name;
-        expectEmptyDevice(0, c.name);
-    }
-}
-
 TEST_P(RoutineTest, FailingData) {
     for (const Setting& setting : settings) {
         if (setting.capability == 12 || setting.capability == 13) continue;

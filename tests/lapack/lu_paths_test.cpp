@@ -44,7 +44,7 @@ class LuPaths : public OnSoftwareDevice {
 // i(nterchange) left, then the next block (i w s g d, the look-ahead) and the rest (i s g).
 TEST_F(LuPaths, ColumnPathRunsOnePanelAhead) {
     const auto shrunk = shrinkLu<float>();
-    auto call = getrfCall<float>(24, 20, 24, inDevice);
+    auto call = getrfCall(Matrix<float>::random(24, 20), inDevice);
     EXPECT_EQ(
         "d"
         "wu"
@@ -60,7 +60,7 @@ TEST_F(LuPaths, ColumnPathRunsOnePanelAhead) {
 // 20 x 20, the same panels, transposed: the panel is gathered and scattered by transposes.
 TEST_F(LuPaths, SquarePathWorksOnTheTranspose) {
     const auto shrunk = shrinkLu<float>();
-    auto call = getrfCall<float>(20, 20, 22, inDevice);
+    auto call = getrfCall(Matrix<float>::random(20, 20, 22), inDevice);
     EXPECT_EQ(
         "Ttd"
         "wu"
@@ -76,22 +76,22 @@ TEST_F(LuPaths, SquarePathWorksOnTheTranspose) {
 }
 
 TEST_F(LuPaths, SmallMatricesAreTheCpus) {
-    auto call = getrfCall<float>(50, 50, 50, inDevice);
+    auto call = getrfCall(Matrix<float>::random(50, 50), inDevice);
     EXPECT_EQ("", order(traceOf(*call)));
     call.reset();
     start(machine(13));  // panels of 64 columns here, 192 on later devices
-    auto early = getrfCall<float>(65, 65, 65, inDevice);
+    auto early = getrfCall(Matrix<float>::random(65, 65), inDevice);
     const auto trace = traceOf(*early);
     EXPECT_EQ(1, count(trace, "cublasStrsm"));
     EXPECT_EQ(1, count(trace, "cublasSgemm"));
 }
 
 TEST_F(LuPaths, TheSwitchToTheSquarePath) {
-    auto column = getrfCall<float>(512, 512, 512, inHost);
+    auto column = getrfCall(Matrix<float>::random(512, 512), inHost);
     auto trace = traceOf(*column);
     EXPECT_EQ(0, count(trace, "TransposeInplace_k<"));
     EXPECT_EQ(3, count(trace, "cudaMemcpy2DAsync") / 2);
-    auto square = getrfCall<float>(513, 513, 513, inHost);
+    auto square = getrfCall(Matrix<float>::random(513, 513), inHost);
     trace = traceOf(*square);
     EXPECT_EQ(2, count(trace, "TransposeInplace_k<"));
     EXPECT_EQ(6, count(trace, "cudaMemcpyAsync"));  // flat: three panels down and up
@@ -118,7 +118,7 @@ TEST_F(LuPaths, RowsBeyondSixteenBits) {
     const auto shrunk = shrinkLu<float>();
     auto a = Matrix<float>::random(66000, 18);
     for (int j = 0; j < 18; ++j) a(65990 - 3 * j, j) = 50;  // where column j's pivot comes from
-    const auto trace = traceOf(*luCall<float>({a}, inHost));
+    const auto trace = traceOf(*getrfCall(a, inHost));
     EXPECT_GT(count(trace, "KernelLASWPWide<"), 0);
 }
 

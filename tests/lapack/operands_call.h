@@ -1,8 +1,9 @@
-// A call of a routine whose operands are all matrices of one element type, by any interface.
+// A call of a routine with operands of its own, by any interface.
 #pragma once
 
 #include <functional>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 #include "lapack/harness.h"
@@ -19,16 +20,6 @@ std::vector<Interface> interfaces() {
         return {inDevice};
     else
         return {inHost, inDevice};
-}
-
-// By the export that `exportOf` finds or, where there is none, in the frame of one.
-template <class Routine, class Find, class... A>
-lumoStatus callRoutine(Interface where, Find exportOf, A... arguments) {
-    using T = typename Routine::Element;
-    if constexpr (isDouble<T>)
-        return lumo::onDevice(Routine{arguments...});
-    else
-        return callExport(exportOf(Exports<T>())[where], arguments...);
 }
 
 // Elements that nothing has been written to, by default a vector.
@@ -58,54 +49,96 @@ inline std::vector<GoodCase> operator+(std::vector<GoodCase> a, const std::vecto
     return a;
 }
 
+// --- Arguments as a call is made with them
+// --------------------------------------------------------
+
+// Without a leading dimension among the arguments.
 template <class T>
+struct Adjacent {
+    Matrix<T> elements;
+    bool onHost = false;  // whatever the interface
+};
+
+// An argument as the routine has it: an operand with its leading dimension counts as one.
+template <class A>
+struct Argument {
+    const A value;
+    Argument(A a, Interface) : value(a) {}
+    operator A() const { return value; }
+    std::tuple<A> passed() const { return value; }
+    bool untouched() const { return true; }
+    bool paddingUntouched() const { return true; }
+};
+template <class T>
+struct Argument<Matrix<T>> : Operand<T> {
+    using Operand<T>::Operand;
+    std::tuple<T*, int> passed() { return {this->at(), this->before.ld}; }
+};
+template <class T>
+struct Argument<Adjacent<T>> : Operand<T> {
+    Argument(Adjacent<T> x, Interface where)
+        : Operand<T>(std::move(x.elements), x.onHost ? inHost : where) {}
+    std::tuple<T*> passed() { return this->at(); }
+};
+
+using Shrink = std::shared_ptr<void> (*)();  // makes blocks small, or null
+
+// run() takes the arguments of the routine, check() those of this call.
+template <class Run, class Check, class... A>
 class OperandsCall : public Call {
   public:
-    using Operands = std::vector<Matrix<T>>;
-    using Run = std::function<lumoStatus(Interface, const std::vector<T*>&)>;
-    // Looks at the operands before and after.
-    using Check = std::function<void(const Operands&, const Operands&)>;
+    OperandsCall(Interface where, Shrink shrink, Run run, Check check, A... arguments)
+        : shrink_(shrink),
+          run_(run),
+          check_(check),
+          arguments_(Argument<A>(std::move(arguments), where)...) {}
 
-    OperandsCall(Operands operands, Interface interface, Run run, Check check)
-        : before_(std::move(operands)),
-          after_(before_),
-          interface_(interface),
-          run_(std::move(run)),
-          check_(std::move(check)) {
-        for (Matrix<T>& a : after_) {
-            if (interface == inDevice) onDevice_.push_back(std::make_unique<OnDevice<T>>(a));
-            pointers_.push_back(interface == inDevice ? onDevice_.back()->data() : a.data.data());
-        }
+    lumoStatus run() override {
+        const auto blocks = shrink_ ? shrink_() : nullptr;
+        return look([&](auto&... a) { return std::apply(run_, std::tuple_cat(a.passed()...)); });
     }
-
-    lumoStatus run() override { return run_(interface_, pointers_); }
     void checkResult() override {
-        fetch();
-        check_(before_, after_);
-        for (const Matrix<T>& a : after_) EXPECT_TRUE(a.paddingUntouched());
+        look(check_);
+        EXPECT_TRUE(look([](auto&... a) { return (a.paddingUntouched() && ...); }));
     }
     bool untouched() override {
-        fetch();
-        return after_ == before_;
+        return look([](auto&... a) { return (a.untouched() && ...); });
     }
-    const Operands& before() const { return before_; }
-    const Operands& results() {
-        fetch();
-        return after_;
+    // f of all arguments.
+    template <class F>
+    auto look(F f) {
+        return std::apply(f, arguments_);
+    }
+    // The operand that is argument i, counted from 0, as it is now.
+    template <std::size_t i>
+    auto result() {
+        return std::get<i>(arguments_).now();
     }
 
   private:
-    void fetch() {
-        for (std::size_t i = 0; i < onDevice_.size(); ++i) after_[i] = onDevice_[i]->download();
-    }
-
-    const Operands before_;
-    Operands after_;
-    Interface interface_;
-    Run run_;
-    Check check_;
-    std::vector<std::unique_ptr<OnDevice<T>>> onDevice_;
-    std::vector<T*> pointers_;
+    const Shrink shrink_;
+    const Run run_;
+    const Check check_;
+    std::tuple<Argument<A>...> arguments_;
 };
+
+template <class Run, class Check, class... A>
+auto operandsCall(Interface where, Shrink shrink, Run run, Check check, A... arguments) {
+    return std::make_unique<OperandsCall<Run, Check, A...>>(where, shrink, run, check,
+                                                            std::move(arguments)...);
+}
+
+// By the export that `exportsOf` finds or, where there is none, in the frame of one.
+template <class Routine, class Find, class Check, class... A>
+auto routineCall(Interface where, Shrink shrink, Find exportsOf, Check check, A... arguments) {
+    using T = typename Routine::Element;
+    auto run = [=](auto... passed) {
+        if constexpr (isDouble<T>)
+            return lumo::onDevice(Routine{passed...});
+        else
+            return callExport(exportsOf(Exports<T>())[where], passed...);
+    };
+    return operandsCall(where, shrink, run, check, std::move(arguments)...);
+}
 
 }  // namespace test

@@ -30,13 +30,6 @@ struct Jobs {
     char upperVt() const { return char(std::toupper(vt)); }
 };
 
-// The operand that holds the singular values is a vector of T, of which they fill the beginning.
-template <class T>
-std::vector<double> valuesIn(const Matrix<T>& s) {
-    const auto* first = reinterpret_cast<const RealOf<T>*>(s.data.data());
-    return {first, first + s.m};
-}
-
 // Left vectors of a tall A take its place.
 std::vector<double> referenceValues(WideMatrix& a, const char* left) {
     const int k = std::min(a.m, a.n), one = 1, size = 64 * (a.m + a.n);
@@ -53,12 +46,13 @@ std::vector<double> referenceValues(WideMatrix& a, const char* left) {
 // one side alone its vectors span A's range (row space) and take A to rows (columns) of the
 // singular values' lengths, orthogonal to each other.
 template <class T>
-void checkSvd(Jobs jobs, const std::vector<Matrix<T>>& before,
-              const std::vector<Matrix<T>>& after) {
-    const int m = before[0].m, n = before[0].n, k = std::min(m, n);
-    const WideMatrix a(before[0]);
+void checkSvd(Jobs jobs, const Operand<T>& operandA, const Operand<RealOf<T>>& operandS,
+              const Operand<T>& operandU, const Operand<T>& operandVt) {
+    const int m = operandA.before.m, n = operandA.before.n, k = std::min(m, n);
+    const WideMatrix a(operandA.before);
     WideMatrix copy = a;
-    const std::vector<double> s = valuesIn(after[1]), expected = referenceValues(copy, "N");
+    const std::vector<RealOf<T>> s = operandS.now().data;
+    const std::vector<double> expected = referenceValues(copy, "N");
     const double size = std::max(m, n) * epsilon<T>, scale = norm1(a) > 0 ? norm1(a) : 1;
     for (int i = 0; i < k; ++i) {
         EXPECT_NEAR(expected[i], s[i], svdBound * size * expected[0]) << "value " << i;
@@ -69,14 +63,15 @@ void checkSvd(Jobs jobs, const std::vector<Matrix<T>>& before,
 
     const bool left = jobs.upperU() != 'N', right = jobs.upperVt() != 'N';
     const WideMatrix u =
-        left ? leading(after[jobs.upperU() == 'O' ? 0 : 2], m, k) : WideMatrix(0, 0);
-    const WideMatrix vt =
-        right ? leading(after[jobs.upperVt() == 'O' ? 0 : 3], k, n) : WideMatrix(0, 0);
+        left ? leading((jobs.upperU() == 'O' ? operandA : operandU).now(), m, k) : WideMatrix(0, 0);
+    const WideMatrix vt = right
+                              ? leading((jobs.upperVt() == 'O' ? operandA : operandVt).now(), k, n)
+                              : WideMatrix(0, 0);
     if (jobs.upperU() == 'A') {
-        EXPECT_LT(orthogonality(WideMatrix(after[2]), epsilon<T>), svdBound);
+        EXPECT_LT(orthogonality(WideMatrix(operandU.now()), epsilon<T>), svdBound);
     }
     if (jobs.upperVt() == 'A') {
-        EXPECT_LT(orthogonality(WideMatrix(after[3]), epsilon<T>), svdBound);
+        EXPECT_LT(orthogonality(WideMatrix(operandVt.now()), epsilon<T>), svdBound);
     }
     if (left) {
         EXPECT_LT(orthogonality(u, epsilon<T>), svdBound);
@@ -95,26 +90,21 @@ void checkSvd(Jobs jobs, const std::vector<Matrix<T>>& before,
     }
 }
 
+// Vectors that are not wanted, or take A's place, have no memory.
 template <class T>
-std::unique_ptr<OperandsCall<T>> svdCall(Jobs jobs, Matrix<T> a, Interface interface, bool shrunk) {
-    const int m = a.m, n = a.n, k = std::min(m, n), lda = a.ld;
-    auto separate = [](char job) { return job == 'A' || job == 'S'; };
-    const bool hasU = separate(jobs.upperU()), hasVt = separate(jobs.upperVt());
-    auto u = blank<T>(hasU ? m : 0, hasU ? (jobs.upperU() == 'A' ? m : k) : 0, m + 1);
-    auto vt = blank<T>(hasVt ? (jobs.upperVt() == 'A' ? n : k) : 0, hasVt ? n : 0, n + 2);
-    const int ldu = hasU ? u.ld : 1, ldvt = hasVt ? vt.ld : 1;
-    auto run = [=](Interface where, const std::vector<T*>& at) {
-        const auto blocks = shrunk ? shrinkSvd<T>() : nullptr;
-        auto* const s = reinterpret_cast<RealOf<T>*>(at[1]);
-        T *const atU = hasU ? at[2] : nullptr, *const atVt = hasVt ? at[3] : nullptr;
-        return callRoutine<lumo::Gesvd<T>>(
-            where, [](auto e) { return e.gesvd; }, jobs.u, jobs.vt, m, n, at[0], lda, s, atU, ldu,
-            atVt, ldvt);
+auto svdCall(Jobs jobs, const Matrix<T>& a, Interface where, bool shrunk) {
+    const int m = a.m, n = a.n, k = std::min(m, n);
+    auto vectors = [](char job, int rows, int columns, int ld) {
+        return job == 'A' || job == 'S' ? blank<T>(rows, columns, ld) : blank<T>(0, 0);
     };
-    auto check = [jobs](const auto& before, const auto& after) { checkSvd(jobs, before, after); };
-    return std::make_unique<OperandsCall<T>>(
-        std::vector<Matrix<T>>{std::move(a), blank<T>(k), std::move(u), std::move(vt)}, interface,
-        run, check);
+    auto check = [](char u, char vt, auto, auto, const auto&... operands) {
+        checkSvd<T>({u, vt}, operands...);
+    };
+    return routineCall<lumo::Gesvd<T>>(
+        where, shrunk ? [] { return shrinkSvd<T>(); } : Shrink(), [](auto e) { return e.gesvd; },
+        check, jobs.u, jobs.vt, m, n, a, Adjacent<RealOf<T>>{blank<RealOf<T>>(k)},
+        vectors(jobs.upperU(), m, jobs.upperU() == 'A' ? m : k, m + 1),
+        vectors(jobs.upperVt(), jobs.upperVt() == 'A' ? n : k, n, n + 2));
 }
 
 std::vector<Jobs> allJobs() {
@@ -130,7 +120,7 @@ std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs, const Shapes& shap
     std::vector<GoodCase> cases;
     for (Jobs j : jobs)
         cases = cases + casesOf<T>({j.u, j.vt}, shapes, [=](int m, int n, Interface interface) {
-                    return svdCall<T>(j, Matrix<T>::random(m, n, m + 3), interface, shrunk);
+                    return svdCall(j, Matrix<T>::random(m, n, m + 3), interface, shrunk);
                 });
     return cases;
 }
@@ -144,10 +134,10 @@ std::vector<FailingCase> failingCases() {
             cases.push_back({"not finite", [=, m = m, n = n] {
                                  auto a = Matrix<T>::random(m, n);
                                  a(4, 5) = scalar<T>(bad);
-                                 auto call = svdCall<T>({'S', 'S'}, a, interfaces<T>()[0], true);
+                                 auto call = svdCall({'S', 'S'}, a, interfaces<T>()[0], true);
                                  EXPECT_EQ(lumoDataError, call->run());
                                  EXPECT_GT(lumoGetErrorInfo(), 0);
-                                 for (double s : valuesIn(call->results()[1]))
+                                 for (double s : call->template result<5>().data)
                                      EXPECT_TRUE(std::isnan(s));
                              }});
     return cases;
@@ -162,20 +152,7 @@ bool registerSvd(const std::string& letter) {
             {{1, 1}, {1, 6}, {6, 1}, {7, 5}, {8, 5}, {5, 8}, {5, 7}, {9, 9}, {21, 9}, {9, 21}},
             true) +
         svdCases<T>({{'S', 'S'}}, {{130, 110}, {110, 130}, {250, 100}, {100, 250}}, false);
-    std::vector<ArgumentCase> arguments;
-    if constexpr (!isDouble<T>)
-        arguments = argumentCases(Exports<T>::gesvd, {1, 2, 3, 4, 6, 9, 11, 5, 7, 8, 10},
-                                  {'X', 'X', -1, -1, none, 1, none, none, 1, none, 2},
-                                  {'a', 'A', 2, 3, some, 2, some, some, 2, some, 3},
-                                  {{-2, {'o', 'o', -1, -1, none, 0, none, none, 0, none, 0}},
-                                   {-9, {'N', 'N', 2, 2, none, 2, none, none, 0, none, 0}},
-                                   {-9, {'S', 'N', 2, 2, none, 2, none, none, 1, none, 0}},
-                                   {-11, {'N', 'O', 2, 2, none, 2, none, none, 1, none, 0}},
-                                   {-11, {'N', 'S', 2, 3, none, 2, none, none, 1, none, 1}},
-                                   {-5, {'N', 'S', 2, 3, none, 2, none, none, 1, none, 2}},
-                                   {0, {'A', 'A', 0, 2, none, 1, none, none, 1, none, 2}},
-                                   {0, {'A', 'A', 2, 0, none, 2, none, none, 2, none, 1}}});
-    return registerRoutine({letter + "gesvd", std::move(good), arguments, failingCases<T>(),
+    return registerRoutine({letter + "gesvd", std::move(good), failingCases<T>(),
                             svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}, false),
                             isDouble<T>, [] { return shrinkSvd<T>(2); }, true});
 }
@@ -192,12 +169,12 @@ TEST_F(SvdPaths, NoVectorsOfEarlierCalls) {
     for (auto [m, n] : {std::pair{200, 50}, {50, 200}, {60, 50}})
         for (Jobs jobs : {Jobs{'S', 'S'}, {'A', 'A'}, {'N', 'S'}, {'S', 'N'}}) {
             auto a = Matrix<float>::random(m, n);
-            ASSERT_EQ(lumoNoError, svdCall<float>(jobs, a, inHost, false)->run());
+            ASSERT_EQ(lumoNoError, svdCall(jobs, a, inHost, false)->run());
             a(7, 9) = float(std::nan(""));
-            auto call = svdCall<float>(jobs, a, inHost, false);
+            auto call = svdCall(jobs, a, inHost, false);
             EXPECT_EQ(lumoDataError, call->run());
-            for (int operand : {2, 3})
-                for (float x : call->results()[operand].data)
+            for (const auto& vectors : {call->result<6>(), call->result<7>()})
+                for (float x : vectors.data)
                     ASSERT_TRUE(std::isnan(x) || x == 0 || x == 1 || x == Matrix<float>::mark())
                         << m << " x " << n << " " << jobs.u << jobs.vt << ": " << x;
         }
@@ -230,7 +207,7 @@ class HardMatrices : public OnMachine {
     void check(const Matrix<T>& a, const char* what) {
         for (Jobs jobs : {Jobs{'A', 'A'}, {'S', 'O'}, {'N', 'N'}}) {
             SCOPED_TRACE(std::string(what) + ' ' + jobs.u + jobs.vt);
-            auto call = svdCall<T>(jobs, a, interfaces<T>()[0], true);
+            auto call = svdCall(jobs, a, interfaces<T>()[0], true);
             ASSERT_EQ(lumoNoError, call->run());
             call->checkResult();
         }

@@ -6,10 +6,12 @@
 #include <cmath>
 #include <complex>
 #include <limits>
+#include <memory>
 #include <random>
 #include <vector>
 
 #include "cudalib/managed_memory.h"
+#include "exports.h"
 #include "runtime/complex.h"
 
 namespace test {
@@ -118,6 +120,25 @@ class OnDevice {
   private:
     Matrix<T> before_;
     cudalib::ManagedMemory<T, cudalib::CudaAllocator> memory_;
+};
+
+// What a call works on, in host or in device memory: as it was before, and as it is now.
+template <class T>
+class Operand {
+  public:
+    const Matrix<T> before;
+    Operand(Matrix<T> a, Interface where) : before(std::move(a)), here_(before) {
+        if (where == inDevice) there_ = std::make_unique<OnDevice<T>>(before);
+    }
+    // Null for a matrix without columns.
+    T* at() { return before.n == 0 ? nullptr : there_ ? there_->data() : here_.data.data(); }
+    Matrix<T> now() const { return there_ ? there_->download() : here_; }
+    bool untouched() const { return now() == before; }
+    bool paddingUntouched() const { return now().paddingUntouched(); }
+
+  private:
+    Matrix<T> here_;
+    std::unique_ptr<OnDevice<T>> there_;
 };
 
 }  // namespace test
