@@ -6,8 +6,6 @@
 namespace test {
 namespace {
 
-using lumo::Complex;
-
 constexpr Wide scalars[] = {0, 1, {0.7, -0.9}};
 constexpr int sizes[] = {0, 1, 2, 3, 5, 9, 35};
 constexpr int increments[] = {1, 2, -1, -3};
@@ -20,23 +18,10 @@ std::string text(const Problem& p, Interface where, bool blocked) {
     return out.str();
 }
 
-// A good case that runs with small blocks.
-template <class T>
-class Blocked : public BlasCall<T> {
-  public:
-    using BlasCall<T>::BlasCall;
-    lumoStatus run() override {
-        const auto shrunk = shrinkBlas();
-        return BlasCall<T>::run();
-    }
-};
-
 template <class T>
 GoodCase goodCase(const Operation<T>& operation, const Problem& p, Interface where, bool blocked) {
-    return {text(p, where, blocked), [=]() -> std::unique_ptr<Call> {
-                if (blocked) return std::make_unique<Blocked<T>>(operation, p, where);
-                return std::make_unique<BlasCall<T>>(operation, p, where);
-            }};
+    return {text(p, where, blocked),
+            [=] { return std::make_unique<BlasCall<T>>(operation, p, where, blocked); }};
 }
 
 // f(letters) for every combination of an operation's letters.
@@ -88,20 +73,12 @@ std::vector<GoodCase> sweep(const Operation<T>& operation) {
     return cases;
 }
 
-template <class T>
-bool registerBlas(const std::string& letter) {
+const bool registered = forElementTypes([](auto element, const std::string& letter) {
+    using T = decltype(element);
     for (const Operation<T>& operation : operations<T>())
-        registerRoutine({letter + operation.name,
-                         goodCases(operation),
-                         {},
-                         sweep(operation),
-                         isDouble<T>,
-                         shrinkBlas});
-    return true;
-}
-
-const bool registered = registerBlas<float>("S") && registerBlas<Complex<float>>("C") &&
-                        registerBlas<double>("D") && registerBlas<Complex<double>>("Z");
+        registerRoutine({letter + operation.name, goodCases(operation), nullptr, sweep(operation),
+                         isDouble<T>, shrinkBlas});
+});
 
 }  // namespace
 }  // namespace test

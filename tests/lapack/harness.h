@@ -31,18 +31,12 @@ struct GoodCase {
     MakeCall make;
 };
 
-// Data that the routine must refuse: status 8 with this info, and what holds then.
-struct FailingCase {
-    std::string name;
-    std::function<void()> run;
-};
-
 struct Routine {
     std::string name;
     std::vector<GoodCase> good;
-    std::vector<FailingCase> failing;
-    std::vector<GoodCase> sweep;  // small: some 300 CUDA calls at most
-    bool doublePrecision;         // refused on devices without it
+    std::function<void()> failing;  // on data that the routine must refuse, if there are such
+    std::vector<GoodCase> sweep;    // small: some 300 CUDA calls at most
+    bool doublePrecision;           // refused on devices without it
     // Makes blocked paths reachable by small matrices while it lives.
     std::function<std::shared_ptr<void>()> shrinkBlocks;
     // Goes through phases that allocate, so that memory may run out when operands have been
@@ -50,7 +44,16 @@ struct Routine {
     bool phases = false;
 };
 
-// Adds a routine; returns something to initialise a variable with.
-bool registerRoutine(Routine routine);
+void registerRoutine(Routine routine);
+
+// f(element, letter) for each element type. Returns something to initialise a variable with.
+template <class F>
+bool forElementTypes(F f) {
+    f(float(), "S");
+    f(double(), "D");
+    f(lumo::Complex<float>(), "C");
+    f(lumo::Complex<double>(), "Z");
+    return true;
+}
 
 }  // namespace test

@@ -7,8 +7,6 @@
 namespace test {
 namespace {
 
-using lumo::Complex;
-
 // --- gels -------------------------------------------------------------------------------------
 
 // Of a part of column j.
@@ -72,26 +70,19 @@ std::vector<GoodCase> gelsCases(const Shapes& shapes, std::initializer_list<int>
 // A of which one column (or row, where it is wide) is zero: the triangle has a zero there, in the
 // first block or a later one.
 template <class T>
-std::vector<FailingCase> gelsFailing() {
-    std::vector<FailingCase> cases;
+void gelsFailing() {
     for (auto [m, n, zero] : {std::tuple{9, 3, 1}, {12, 9, 0}, {12, 9, 6}, {7, 12, 5}})
-        for (char trans : {'N', 'C'})
-            cases.push_back({label(std::string{trans}, m, n, interfaces<T>()[0]),
-                             [=, m = m, n = n, zero = zero] {
-                                 auto a = Matrix<T>::random(m, n);
-                                 for (int i = 0; i < std::max(m, n); ++i)
-                                     (m >= n ? a(i, zero) : a(zero, i)) = T(0);
-                                 auto call = gelsCall(trans, 2, a, interfaces<T>()[0], true);
-                                 EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call->run()));
-                             }});
-    cases.push_back({"not a number in, not a number out", [] {
-                         auto a = Matrix<T>::random(9, 6);
-                         a(4, 3) = scalar<T>(std::nan(""));
-                         auto call = gelsCall('N', 1, a, interfaces<T>()[0], true);
-                         EXPECT_EQ(lumoNoError, call->run());
-                         EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->template result<5>()))));
-                     }});
-    return cases;
+        for (char trans : {'N', 'C'}) {
+            auto a = Matrix<T>::random(m, n);
+            for (int i = 0; i < std::max(m, n); ++i) (m >= n ? a(i, zero) : a(zero, i)) = T(0);
+            auto call = gelsCall(trans, 2, a, interfaces<T>()[0], true);
+            EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call->run())) << trans << m << n;
+        }
+    auto a = Matrix<T>::random(9, 6);
+    a(4, 3) = scalar<T>(std::nan(""));
+    auto call = gelsCall('N', 1, a, interfaces<T>()[0], true);
+    EXPECT_EQ(lumoNoError, call->run());
+    EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->template result<5>()))));
 }
 
 // --- gglse ------------------------------------------------------------------------------------
@@ -146,51 +137,39 @@ std::vector<GoodCase> gglseCases(const std::vector<Constrained>& shapes, bool sh
 
 // A zero row of B makes T12 singular, a zero column of (A; B) R11.
 template <class T>
-std::vector<FailingCase> gglseFailing() {
-    std::vector<FailingCase> cases;
-    for (int info : {1, 2})
-        cases.push_back({"rank, info " + std::to_string(info), [=] {
-                             auto a = Matrix<T>::random(12, 9), b = Matrix<T>::random(6, 9, 0, 2);
-                             for (int j = 0; j < 9; ++j)
-                                 if (info == 1) b(3, j) = T(0);
-                             for (int i = 0; i < 12 && info == 2; ++i) {
-                                 a(i, 0) = T(0);
-                                 if (i < 6) b(i, 0) = T(0);
-                             }
-                             auto call = gglseCall(a, b, interfaces<T>()[0], true);
-                             EXPECT_EQ(Outcome(lumoDataError, info), outcome(call->run()));
-                             // What was not solved for is zero in host memory.
-                             const Matrix<T> x = call->template result<7>();
-                             for (int i = 0; i < 3 && interfaces<T>()[0] == inHost; ++i)
-                                 EXPECT_TRUE(x(i, 0) == T(0));
-                         }});
-    return cases;
+void gglseFailing() {
+    for (int info : {1, 2}) {
+        auto a = Matrix<T>::random(12, 9), b = Matrix<T>::random(6, 9, 0, 2);
+        for (int j = 0; j < 9 && info == 1; ++j) b(3, j) = T(0);
+        for (int i = 0; i < 12 && info == 2; ++i) a(i, 0) = b(i / 2, 0) = T(0);
+        auto call = gglseCall(a, b, interfaces<T>()[0], true);
+        EXPECT_EQ(Outcome(lumoDataError, info), outcome(call->run()));
+        // What was not solved for is zero in host memory.
+        const Matrix<T> x = call->template result<7>();
+        for (int i = 0; i < 3 && interfaces<T>()[0] == inHost; ++i) EXPECT_TRUE(x(i, 0) == T(0));
+    }
 }
 
-template <class T>
-bool registerLeastSquares(const std::string& letter) {
+const bool registered = forElementTypes([](auto element, const std::string& letter) {
+    using T = decltype(element);
     const Shapes small{{1, 1},  {6, 1},   {1, 6},   {4, 4}, {9, 9}, {30, 5},
                        {5, 30}, {17, 13}, {13, 17}, {0, 3}, {3, 0}};
-    auto gels =
-        gelsCases<T>(small, {1, 3}, true) + gelsCases<T>({{220, 110}, {110, 220}}, {2}, false);
-    registerRoutine({letter + "gels", std::move(gels), gelsFailing<T>(),
-                     gelsCases<T>({{9, 6}, {6, 9}}, {2}, true), isDouble<T>, shrinkPanels<T>});
+    registerRoutine(
+        {letter + "gels",
+         gelsCases<T>(small, {1, 3}, true) + gelsCases<T>({{220, 110}, {110, 220}}, {2}, false),
+         gelsFailing<T>, gelsCases<T>({{9, 6}, {6, 9}}, {2}, true), isDouble<T>, shrinkPanels<T>});
 
     // No constraints, nothing but constraints, both, fewer equations than unknowns, the fewest
     // that there may be.
     const std::vector<Constrained> few{{1, 1, 0},  {9, 6, 0},   {6, 6, 6},   {0, 5, 5},
                                        {9, 9, 9},  {20, 12, 5}, {12, 9, 6},  {9, 12, 5},
                                        {7, 12, 5}, {30, 4, 2},  {10, 20, 15}};
-    auto gglse =
-        gglseCases<T>(few, true) + gglseCases<T>({{250, 210, 100}, {130, 220, 140}}, false);
-    return registerRoutine({letter + "gglse", std::move(gglse), gglseFailing<T>(),
-                            gglseCases<T>({{9, 6, 5}, {5, 8, 4}}, true), isDouble<T>,
-                            shrinkPanels<T>, true});
-}
-
-const bool registered =
-    registerLeastSquares<float>("S") && registerLeastSquares<Complex<float>>("C") &&
-    registerLeastSquares<double>("D") && registerLeastSquares<Complex<double>>("Z");
+    registerRoutine(
+        {letter + "gglse",
+         gglseCases<T>(few, true) + gglseCases<T>({{250, 210, 100}, {130, 220, 140}}, false),
+         gglseFailing<T>, gglseCases<T>({{9, 6, 5}, {5, 8, 4}}, true), isDouble<T>, shrinkPanels<T>,
+         true});
+});
 
 // A device that fails leaves bad data behind; the failure is told, not the data's.
 TEST_F(OnSoftwareDevice, FailureComesBeforeBadData) {

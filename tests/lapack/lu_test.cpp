@@ -4,8 +4,6 @@
 namespace test {
 namespace {
 
-using lumo::Complex;
-
 // A matrix whose column `zero` is zero: the factorisation meets an exactly zero pivot there.
 template <class T>
 Matrix<T> singular(int n, int zero) {
@@ -34,26 +32,22 @@ std::vector<GoodCase> getrfGoodCases() {
 }
 
 template <class T>
-std::vector<FailingCase> getrfFailingCases() {
-    std::vector<FailingCase> cases;
+void getrfFailing() {
     // In the first panel, at its end, in a later one, in the last; the transposed path and not.
     for (auto [n, zero] :
          {std::pair{6, 2}, {17, 2}, {17, 7}, {17, 16}, {33, 0}, {33, 12}, {33, 32}})
-        for (Interface interface : interfaces<T>())
-            cases.push_back({label("singular", n, zero, interface), [=, n = n, zero = zero] {
-                                 auto call = getrfCall(singular<T>(n, zero), interface);
-                                 EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call->run()));
-                                 call->checkResult();
-                             }});
-    cases.push_back({"not a number in, not a number out", [] {
-                         auto a = Matrix<T>::random(30, 30);
-                         a(11, 12) = scalar<T>(std::nan(""));
-                         auto call = getrfCall(a, interfaces<T>()[0]);
-                         const lumoStatus status = call->run();
-                         EXPECT_TRUE(status == lumoNoError || status == lumoDataError);
-                         EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->template result<2>()))));
-                     }});
-    return cases;
+        for (Interface interface : interfaces<T>()) {
+            SCOPED_TRACE(label("singular", n, zero, interface));
+            auto call = getrfCall(singular<T>(n, zero), interface);
+            EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call->run()));
+            call->checkResult();
+        }
+    auto a = Matrix<T>::random(30, 30);
+    a(11, 12) = scalar<T>(std::nan(""));
+    auto call = getrfCall(a, interfaces<T>()[0]);
+    const lumoStatus status = call->run();
+    EXPECT_TRUE(status == lumoNoError || status == lumoDataError);
+    EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->template result<2>()))));
 }
 
 template <class T>
@@ -69,40 +63,33 @@ std::vector<GoodCase> gesvGoodCases() {
 }
 
 template <class T>
-std::vector<FailingCase> gesvFailingCases() {
-    std::vector<FailingCase> cases;
+void gesvFailing() {
     for (int n : {6, 17, 33})
-        for (Interface interface : interfaces<T>())
-            cases.push_back({label("singular", n, n, interface), [=] {
-                                 auto call = gesvCall(singular<T>(n, 3), Matrix<T>::random(n, 2),
-                                                      interface);
-                                 EXPECT_EQ(Outcome(lumoDataError, 4), outcome(call->run()));
-                                 EXPECT_EQ(lumoDataError, lumoGetLastStatus());
-                                 call->look([](auto, auto, auto& a, auto& ipiv, auto& b) {
-                                     checkFactors(a, ipiv);
-                                     EXPECT_TRUE(b.untouched());
-                                 });
-                             }});
-    return cases;
+        for (Interface interface : interfaces<T>()) {
+            SCOPED_TRACE(label("singular", n, n, interface));
+            auto call = gesvCall(singular<T>(n, 3), Matrix<T>::random(n, 2), interface);
+            EXPECT_EQ(Outcome(lumoDataError, 4), outcome(call->run()));
+            EXPECT_EQ(lumoDataError, lumoGetLastStatus());
+            call->look([](auto, auto, auto& a, auto& ipiv, auto& b) {
+                checkFactors(a, ipiv);
+                EXPECT_TRUE(b.untouched());
+            });
+        }
 }
 
-template <class T>
-bool registerLu(const std::string& letter) {
-    registerRoutine({letter + "getrf", getrfGoodCases<T>(), getrfFailingCases<T>(),
-                     casesOf<T>("getrf", {{6, 6}, {17, 17}, {21, 21}, {25, 17}},
-                                [](int m, int n, Interface i) {
-                                    return getrfCall(Matrix<T>::random(m, n, m + 1), i);
-                                }),
+const bool registered = forElementTypes([](auto element, const std::string& letter) {
+    using T = decltype(element);
+    auto getrf = [](int m, int n, Interface i) {
+        return getrfCall(Matrix<T>::random(m, n, m + 1), i);
+    };
+    registerRoutine({letter + "getrf", getrfGoodCases<T>(), getrfFailing<T>,
+                     casesOf<T>("getrf", {{6, 6}, {17, 17}, {21, 21}, {25, 17}}, getrf),
                      isDouble<T>, shrinkLu<T>});
-    return registerRoutine(
-        {letter + "gesv", gesvGoodCases<T>(), gesvFailingCases<T>(),
-         casesOf<T>("gesv", {{6, 2}, {17, 2}, {21, 2}},
-                    [](int n, int nrhs, Interface i) { return gesvCall<T>(n, nrhs, 1, i); }),
-         isDouble<T>, shrinkLu<T>});
-}
-
-const bool registered = registerLu<float>("S") && registerLu<Complex<float>>("C") &&
-                        registerLu<double>("D") && registerLu<Complex<double>>("Z");
+    auto gesv = [](int n, int nrhs, Interface i) { return gesvCall<T>(n, nrhs, 1, i); };
+    registerRoutine({letter + "gesv", gesvGoodCases<T>(), gesvFailing<T>,
+                     casesOf<T>("gesv", {{6, 2}, {17, 2}, {21, 2}}, gesv), isDouble<T>,
+                     shrinkLu<T>});
+});
 
 }  // namespace
 }  // namespace test

@@ -14,8 +14,6 @@ extern "C" void zgesvd_(const char*, const char*, const int*, const int*, std::c
 namespace test {
 namespace {
 
-using lumo::Complex;
-
 // Panels of so many columns in the reduction and of 4 elsewhere.
 template <class T>
 std::shared_ptr<void> shrinkSvd(int columns = 4) {
@@ -127,38 +125,30 @@ std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs, const Shapes& shap
 
 // NaN and infinity come out as such, with a status, on both sides of the crossover.
 template <class T>
-std::vector<FailingCase> failingCases() {
-    std::vector<FailingCase> cases;
+void failing() {
     for (double bad : {std::nan(""), HUGE_VAL})
-        for (auto [m, n] : {std::pair{9, 9}, {20, 6}, {6, 20}})
-            cases.push_back({"not finite", [=, m = m, n = n] {
-                                 auto a = Matrix<T>::random(m, n);
-                                 a(4, 5) = scalar<T>(bad);
-                                 auto call = svdCall({'S', 'S'}, a, interfaces<T>()[0], true);
-                                 EXPECT_EQ(lumoDataError, call->run());
-                                 EXPECT_GT(lumoGetErrorInfo(), 0);
-                                 for (double s : call->template result<5>().data)
-                                     EXPECT_TRUE(std::isnan(s));
-                             }});
-    return cases;
+        for (auto [m, n] : {std::pair{9, 9}, {20, 6}, {6, 20}}) {
+            auto a = Matrix<T>::random(m, n);
+            a(4, 5) = scalar<T>(bad);
+            auto call = svdCall({'S', 'S'}, a, interfaces<T>()[0], true);
+            EXPECT_EQ(lumoDataError, call->run());
+            EXPECT_GT(lumoGetErrorInfo(), 0);
+            for (double s : call->template result<5>().data) EXPECT_TRUE(std::isnan(s));
+        }
 }
 
-template <class T>
-bool registerSvd(const std::string& letter) {
+const bool registered = forElementTypes([](auto element, const std::string& letter) {
+    using T = decltype(element);
     // Both sides of the crossover (8 x 5, 7 x 5) and of the panels, square, one row, one column.
-    auto good =
-        svdCases<T>(
-            allJobs(),
-            {{1, 1}, {1, 6}, {6, 1}, {7, 5}, {8, 5}, {5, 8}, {5, 7}, {9, 9}, {21, 9}, {9, 21}},
-            true) +
-        svdCases<T>({{'S', 'S'}}, {{130, 110}, {110, 130}, {250, 100}, {100, 250}}, false);
-    return registerRoutine({letter + "gesvd", std::move(good), failingCases<T>(),
-                            svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}, false),
-                            isDouble<T>, [] { return shrinkSvd<T>(2); }, true});
-}
-
-const bool registered = registerSvd<float>("S") && registerSvd<Complex<float>>("C") &&
-                        registerSvd<double>("D") && registerSvd<Complex<double>>("Z");
+    const Shapes small{{1, 1}, {1, 6}, {6, 1}, {7, 5},  {8, 5},
+                       {5, 8}, {5, 7}, {9, 9}, {21, 9}, {9, 21}};
+    const Shapes large{{130, 110}, {110, 130}, {250, 100}, {100, 250}};
+    registerRoutine({letter + "gesvd",
+                     svdCases<T>(allJobs(), small, true) + svdCases<T>({{'S', 'S'}}, large, false),
+                     failing<T>,
+                     svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}, false),
+                     isDouble<T>, [] { return shrinkSvd<T>(2); }, true});
+});
 
 class SvdPaths : public OnSoftwareDevice {};
 

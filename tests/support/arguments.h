@@ -1,7 +1,6 @@
 // Bad arguments, in the order in which a function looks at them.
 #pragma once
 
-#include <cstddef>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -35,20 +34,5 @@ Checks<A...> checksInOrder(const std::vector<int>& order, std::tuple<A...> bad,
     }
     return checks;
 }
-
-constexpr std::nullptr_t none = nullptr;
-
-// An operand for a call that does not come to look at it, or a scalar.
-struct Some {
-    template <class X>
-    operator X() const {
-        alignas(16) static char memory[256];
-        if constexpr (std::is_pointer_v<X>)
-            return reinterpret_cast<X>(memory);
-        else
-            return X{};
-    }
-};
-constexpr Some some;
 
 }  // namespace test

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <complex>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <random>
@@ -133,7 +134,12 @@ class Operand {
     // Null for a matrix without columns.
     T* at() { return before.n == 0 ? nullptr : there_ ? there_->data() : here_.data.data(); }
     Matrix<T> now() const { return there_ ? there_->download() : here_; }
-    bool untouched() const { return now() == before; }
+    // To the bit: what is not a number is so, too.
+    bool untouched() const {
+        const Matrix<T> after = now();
+        return before.data.empty() || std::memcmp(before.data.data(), after.data.data(),
+                                                  before.data.size() * sizeof(T)) == 0;
+    }
     bool paddingUntouched() const { return now().paddingUntouched(); }
 
   private:
