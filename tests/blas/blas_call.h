@@ -33,7 +33,7 @@ struct Problem {
 template <class T>
 class BlasCall : public Call {
   public:
-    // By blocks: with small ones.
+    // Blocked: with small blocks, so that it goes by several.
     BlasCall(const Operation<T>& operation, const Problem& p, Interface where, bool blocked = false)
         : operation_(operation),
           problem_(p),

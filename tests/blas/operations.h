@@ -56,7 +56,7 @@ struct Operation {
     bool blocked = false;    // large ones go by blocks
 
     std::function<lumoStatus(Interface, const Arguments<T>&)> call{};
-    int operands = 0, scalars = 0;  // without b; without beta
+    int operands = 0, scalars = 0;  // 2 without b; 1 without beta
 
     // The first one of each option.
     std::string firstLetters() const {
@@ -78,8 +78,9 @@ class InOrder {
         if constexpr (std::is_same_v<To, char>) {
             return *letter_++;
         } else if constexpr (std::is_same_v<To, int>) {
-            if (!scaled_) return *size_ == 'm' ? (++size_, p_.m) : *size_++ == 'n' ? p_.n : p_.k;
-            return ld_;
+            if (scaled_) return ld_;
+            const char size = *size_++;
+            return size == 'm' ? p_.m : size == 'n' ? p_.n : p_.k;
         } else if constexpr (!std::is_pointer_v<To>) {
             return as<To>(std::exchange(scaled_, true) ? p_.beta : p_.alpha);
         } else if constexpr (std::is_const_v<std::remove_pointer_t<To>>) {
@@ -183,9 +184,10 @@ std::vector<Operation<T>> operations() {
             exports,
             {name, {"LR", "UL"}, "mn", symmShapes, symmSum<T>, 1, -1, -1, hermitian, true});
     };
-    auto rank = [](const char* name, const char* trans, const auto& exports, auto sum, bool real) {
-        return withExports<T>(exports,
-                              {name, {"UL", trans}, "nk", rankShapes, sum, -1, -1, 0, real, true});
+    auto rank = [](const char* name, const char* trans, const auto& exports, auto sum,
+                   bool hermitian) {
+        return withExports<T>(
+            exports, {name, {"UL", trans}, "nk", rankShapes, sum, -1, -1, 0, hermitian, true});
     };
     auto triangular = [](const char* name, const auto& exports) {
         return withExports<T>(

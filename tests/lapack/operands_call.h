@@ -49,8 +49,7 @@ inline std::vector<GoodCase> operator+(std::vector<GoodCase> a, const std::vecto
     return a;
 }
 
-// --- Arguments as a call is made with them
-// --------------------------------------------------------
+// --- The arguments of a call --------------------------------------------------------------------
 
 // Without a leading dimension among the arguments.
 template <class T>
@@ -59,7 +58,7 @@ struct Adjacent {
     bool onHost = false;  // whatever the interface
 };
 
-// An argument as the routine has it: an operand with its leading dimension counts as one.
+// An operand and its leading dimension, if it has one, are one argument here, passed as two.
 template <class A>
 struct Argument {
     const A value;
@@ -83,7 +82,7 @@ struct Argument<Adjacent<T>> : Operand<T> {
 
 using Shrink = std::shared_ptr<void> (*)();  // makes blocks small, or null
 
-// run() takes the arguments of the routine, check() those of this call.
+// run() takes what is passed; check() the arguments, operands as they were and as they are.
 template <class Run, class Check, class... A>
 class OperandsCall : public Call {
   public:
