@@ -9,13 +9,11 @@ namespace lumo {
 template <class T>
 constexpr char adjointLetter = isComplex<T> ? 'C' : 'T';
 
-// C := alpha op(A) op(B) + beta C. The device function does not check its arguments: what CUBLAS
-// makes of them is the result.
+// C := alpha op(A) op(B) + beta C.
 template <class T>
 struct Gemm {
     using Element = T;
     static constexpr Family family = Family::blas;
-    static constexpr bool deviceChecks = false;
     char transa, transb;
     int m, n, k;
     T alpha;
@@ -65,6 +63,10 @@ struct Gemm {
     void splitRows();
     int runFirstHalf(int Gemm::*size);
 };
+
+// The device function does not check its arguments: what CUBLAS makes of them is the result.
+template <class T>
+constexpr bool deviceChecks<Gemm<T>> = false;
 
 // C := alpha op(A) op(B) + beta C with C m x n, on device matrices, op "N", "T" or "C". Instances:
 // the four element types. Arguments are left to CUBLAS to check; a null operand that has elements

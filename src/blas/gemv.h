@@ -13,7 +13,6 @@ template <class T>
 struct Gemv {
     using Element = T;
     static constexpr Family family = Family::blas;
-    static constexpr bool deviceChecks = true;
     char trans;
     int m, n;
     T alpha;

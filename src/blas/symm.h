@@ -11,7 +11,6 @@ template <class T>
 struct Symm {
     using Element = T;
     static constexpr Family family = Family::blas;
-    static constexpr bool deviceChecks = true;
     char side, uplo;
     int m, n;
     T alpha;

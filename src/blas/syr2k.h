@@ -12,7 +12,6 @@ template <class T, class Beta, char transpose>
 struct Rank2Update {
     using Element = T;
     static constexpr Family family = Family::blas;
-    static constexpr bool deviceChecks = true;
     char uplo, trans;
     int n, k;
     T alpha;

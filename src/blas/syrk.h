@@ -12,7 +12,6 @@ template <class T, class Scalar, char transpose>
 struct RankUpdate {
     using Element = T;
     static constexpr Family family = Family::blas;
-    static constexpr bool deviceChecks = true;
     char uplo, trans;
     int n, k;
     Scalar alpha;

@@ -14,7 +14,6 @@ template <class T, Triangular kind>
 struct TriangularOperation {
     using Element = T;
     static constexpr Family family = Family::blas;
-    static constexpr bool deviceChecks = true;
     char side, uplo, transa, diag;
     int m, n;
     T alpha;

@@ -12,9 +12,10 @@ namespace cudalib {
 // Pushes one argument at the next multiple of its alignment.
 template <class T>
 bool push(const T& argument, std::size_t& offset) {
+    constexpr std::size_t size = sizeof(T);  // NOLINT(bugprone-sizeof-expression): of the pointer
     offset = (offset + alignof(T) - 1) / alignof(T) * alignof(T);
-    if (cudaSetupArgument(&argument, sizeof(T), offset) != cudaSuccess) return false;
-    offset += sizeof(T);
+    if (cudaSetupArgument(&argument, size, offset) != cudaSuccess) return false;
+    offset += size;
     return true;
 }
 

@@ -11,7 +11,6 @@ template <class T>
 struct Gels {
     using Element = T;
     static constexpr Family family = Family::lapack;
-    static constexpr bool deviceChecks = true;
     char trans;
     int m, n, nrhs;
     T* a;

@@ -11,7 +11,6 @@ template <class T>
 struct Geqrf {
     using Element = T;
     static constexpr Family family = Family::lapack;
-    static constexpr bool deviceChecks = true;
     int m, n;
     T* a;
     int lda;

@@ -13,7 +13,6 @@ template <class T>
 struct Gesv {
     using Element = T;
     static constexpr Family family = Family::lapack;
-    static constexpr bool deviceChecks = true;
     int n, nrhs;
     T* a;
     int lda;

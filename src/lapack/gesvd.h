@@ -12,7 +12,6 @@ template <class T>
 struct Gesvd {
     using Element = T;
     static constexpr Family family = Family::lapack;
-    static constexpr bool deviceChecks = true;
     char jobu, jobvt;
     int m, n;
     T* a;

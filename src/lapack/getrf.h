@@ -13,7 +13,6 @@ template <class T>
 struct Getrf {
     using Element = T;
     static constexpr Family family = Family::lapack;
-    static constexpr bool deviceChecks = true;
     int m, n;
     T* a;
     int lda;

@@ -11,7 +11,6 @@ template <class T>
 struct Gglse {
     using Element = T;
     static constexpr Family family = Family::lapack;
-    static constexpr bool deviceChecks = true;
     int m, n, p;
     T* a;
     int lda;

@@ -23,6 +23,10 @@ namespace lumo {
 // well; one of the BLAS does the work itself.
 enum class Family { blas, lapack };
 
+// Whether the device function checks its arguments.
+template <class Routine>
+constexpr bool deviceChecks = true;
+
 // What a call does with an operand; `none` where it does not look at it. Of `scratch` it reads what
 // the caller has there, and leaves nothing of use.
 enum class Access { none, in, out, inOut, scratch };

@@ -34,7 +34,7 @@ void runUnlessEmpty(Routine& routine) {
 template <class Routine>
 lumoStatus onDevice(Routine routine) {
     return computeFrame<typename Routine::Element>(deviceCall, [&] {
-        if constexpr (!Routine::deviceChecks) return routine.run();
+        if constexpr (!deviceChecks<Routine>) return routine.run();
         checkArguments(routine);
         runUnlessEmpty(routine);
     });
