@@ -1,4 +1,5 @@
-// The kernels that device source units registered at load, found again by host stub.
+// The kernels that device source units registered at load, found again by the
+// handles that they are launched by.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +9,7 @@
 
 namespace platform {
 
-// The kernel behind a host stub, or null if none (or no more) is registered for it.
+// The kernel behind a handle, or null if none (or no more) is registered for it.
 const Kernel* findKernel(const void* stub);
 
 // Every kernel registered at present, in order of registration.

@@ -1,7 +1,7 @@
 #!/bin/sh
 # clang-tidy over the library, the command, the examples and the benchmarks, as far as they are
 # built here (some need CUDA or MPI); fails on any finding. The kernel files (.cu) are left out:
-# their host stubs use compiler-specific assembly.
+# their registration uses compiler-specific assembly.
 set -eu
 cd "$(dirname "$0")/.."
 built=$(mktemp)

@@ -47,7 +47,7 @@ struct BdsqrTuning {
 template <class T>
 inline BdsqrTuning bdsqrTuning{6};
 
-// Orders up to which a problem is small (frame.h), measured.
+// Orders up to which a problem is small (routine/description.h), measured.
 constexpr int smallLu = 256, smallSvd = 48;
 
 }  // namespace lumo
