@@ -53,8 +53,11 @@ add_library(lumo_objects OBJECT
     src/blas/syr2k.cpp
     src/blas/syrk.cpp
     src/blas/triangular.cpp
+    src/common/exceptions.cpp
+    src/common/state.cpp
+    src/common/threads.cpp
+    src/cudalib/exceptions.cpp
     src/cudalib/maps.cpp
-    src/cudalib/memory_exports.cpp
     src/cudalib/transfer.cpp
     src/cudalib/workspace_pool.cpp
     src/lapack/apply_q.cpp
@@ -76,13 +79,11 @@ add_library(lumo_objects OBJECT
     src/lapack/trtrs.cpp
     src/runtime/device_exports.cpp
     src/runtime/devices.cpp
-    src/runtime/exceptions.cpp
     src/runtime/frame.cpp
     src/runtime/hooks.cpp
     src/runtime/initialize.cpp
-    src/runtime/state.cpp
+    src/runtime/memory_exports.cpp
     src/runtime/status_exports.cpp
-    src/runtime/threads.cpp
     ${LUMO_LAUNCHERS}
     ${LUMO_KERNELS})
 

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo::dropin {
 

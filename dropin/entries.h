@@ -8,8 +8,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "common/letters.h"
 #include "dropin/serve.h"
-#include "runtime/letters.h"
 
 namespace lumo::dropin {
 

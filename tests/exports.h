@@ -3,8 +3,8 @@
 
 #include <type_traits>
 
+#include "common/complex.h"
 #include "lumo.h"
-#include "runtime/complex.h"
 
 namespace test {
 

@@ -5,10 +5,10 @@
 #include <future>
 #include <thread>
 
+#include "common/threads.h"
 #include "cudalib/workspace_pool.h"
 #include "runtime/devices.h"
 #include "runtime/frame.h"
-#include "runtime/threads.h"
 #include "support/machine.h"
 
 namespace {

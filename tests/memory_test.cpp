@@ -6,9 +6,9 @@
 #include <thread>
 
 #include "cudalib/Algorithm/Memset.h"
-#include "cudalib/host_bound_matrix.h"
 #include "cudalib/managed_memory.h"
 #include "lumo_memory.h"
+#include "routine/host_bound_matrix.h"
 #include "runtime/frame.h"
 #include "support/arguments.h"
 #include "support/machine.h"
@@ -17,6 +17,7 @@
 namespace {
 
 using namespace cudalib;
+using namespace lumo;
 using test::Matrix, test::Outcome, test::outcome, test::whatOf;
 using Cf = lumo::Complex<float>;
 using Cd = lumo::Complex<double>;

@@ -4,8 +4,8 @@
 #include <complex>
 #include <type_traits>
 
+#include "common/complex.h"
 #include "platform/cuda3.h"
-#include "runtime/complex.h"
 
 namespace lumo::cublas {
 

@@ -4,8 +4,8 @@
 
 #include "blas/cublas.h"
 #include "blas/tuning.h"
+#include "common/matrix.h"
 #include "routine/exports.h"
-#include "runtime/matrix.h"
 
 namespace lumo {
 namespace {

@@ -5,8 +5,8 @@
 #include "blas/cublas.h"
 #include "blas/gemm.h"
 #include "blas/tuning.h"
+#include "common/matrix.h"
 #include "routine/exports.h"
-#include "runtime/matrix.h"
 
 namespace lumo {
 

@@ -13,7 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 #ifdef __CUDACC__
 namespace cudalib {  // to a device, a map is a name

@@ -28,8 +28,8 @@
 #include <utility>
 #include <vector>
 
+#include "common/element_types.h"
 #include "cudalib/block.h"
-#include "runtime/element_types.h"
 
 #ifdef __CUDACC__
 #define LUMO_KERNEL __global__

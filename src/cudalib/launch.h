@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "common/element_types.h"
 #include "cudalib/maps.h"
-#include "runtime/element_types.h"
 
 namespace cudalib {
 

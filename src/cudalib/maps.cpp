@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "runtime/exceptions.h"
+#include "cudalib/exceptions.h"
 
 namespace cudalib {
 namespace {

@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "common/threads.h"
 #include "cudalib/managed_memory.h"
-#include "runtime/threads.h"
 
 namespace cudalib {
 namespace {

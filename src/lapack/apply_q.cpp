@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
+#include "common/element_types.h"
 #include "lapack/block_reflector.h"
 #include "lapack/cpu_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
-#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {

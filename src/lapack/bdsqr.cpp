@@ -2,11 +2,12 @@
 
 #include <vector>
 
+#include "common/element_types.h"
+#include "common/exceptions.h"
+#include "common/letters.h"
 #include "lapack/bdsqr_vectors.h"
 #include "lapack/dqds.h"
 #include "lapack/tuning.h"
-#include "runtime/element_types.h"
-#include "runtime/letters.h"
 
 namespace lumo {
 namespace {

@@ -1,7 +1,7 @@
 // Singular values of a bidiagonal matrix, and its rotations on matrices of vectors (LAPACK xBDSQR).
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

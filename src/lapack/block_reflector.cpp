@@ -7,8 +7,8 @@
 #include "basic/Set/Set.h"
 #include "blas/cublas.h"
 #include "blas/gemm.h"
+#include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
-#include "runtime/exceptions.h"
 
 namespace lumo {
 namespace {

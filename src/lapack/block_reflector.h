@@ -2,8 +2,8 @@
 // form and apply them.
 #pragma once
 
+#include "common/complex.h"
 #include "cudalib/workspace_pool.h"
-#include "runtime/complex.h"
 
 namespace lumo {
 

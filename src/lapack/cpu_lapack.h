@@ -6,9 +6,9 @@
 #include <memory>
 #include <vector>
 
+#include "common/complex.h"
+#include "common/exceptions.h"
 #include "platform/cuda3.h"
-#include "runtime/complex.h"
-#include "runtime/exceptions.h"
 
 namespace lumo::cpu {
 

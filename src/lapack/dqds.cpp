@@ -8,8 +8,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "common/element_types.h"
 #include "lapack/bdsqr_scalars.h"
-#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {

@@ -5,13 +5,14 @@
 
 #include "basic/Copy/Copy.h"
 #include "blas/gemm.h"
+#include "common/element_types.h"
+#include "common/exceptions.h"
+#include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
 #include "cudalib/workspace_pool.h"
 #include "lapack/cpu_lapack.h"
 #include "lapack/labrd.h"
 #include "lapack/tuning.h"
-#include "runtime/element_types.h"
-#include "runtime/exceptions.h"
 
 namespace lumo {
 namespace {

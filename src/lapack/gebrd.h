@@ -1,7 +1,7 @@
 // Reduction to bidiagonal form (LAPACK xGEBRD).
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

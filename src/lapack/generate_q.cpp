@@ -4,10 +4,10 @@
 
 #include "basic/Copy/Copy.h"
 #include "basic/LASET/LASET.h"
+#include "common/element_types.h"
 #include "lapack/block_reflector.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
-#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {

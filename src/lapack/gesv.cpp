@@ -1,5 +1,6 @@
 #include "lapack/gesv.h"
 
+#include "common/matrix.h"
 #include "lapack/cpu_lapack.h"
 #include "lapack/getrf.h"
 #include "lapack/getrs.h"
@@ -7,7 +8,6 @@
 #include "lapack/tuning.h"
 #include "platform/reciprocal.h"
 #include "routine/exports.h"
-#include "runtime/matrix.h"
 
 namespace lumo {
 namespace {

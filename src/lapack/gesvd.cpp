@@ -5,6 +5,7 @@
 #include "basic/LACPY/LACPY.h"
 #include "basic/LASET/LASET.h"
 #include "blas/gemm.h"
+#include "common/matrix.h"
 #include "lapack/bdsqr.h"
 #include "lapack/cpu_lapack.h"
 #include "lapack/gebrd.h"
@@ -13,7 +14,6 @@
 #include "lapack/orthogonal_factorization.h"
 #include "lapack/tuning.h"
 #include "routine/exports.h"
-#include "runtime/matrix.h"
 
 namespace lumo {
 namespace {

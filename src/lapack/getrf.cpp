@@ -6,12 +6,12 @@
 #include "basic/Transpose/Transpose.h"
 #include "blas/cublas.h"
 #include "blas/gemm.h"
+#include "common/element_types.h"
 #include "lapack/cpu_lapack.h"
 #include "lapack/panel_transfer.h"
 #include "lapack/pivots.h"
 #include "lapack/tuning.h"
 #include "routine/exports.h"
-#include "runtime/element_types.h"
 
 namespace lumo {
 

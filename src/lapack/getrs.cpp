@@ -4,9 +4,9 @@
 
 #include "basic/LASWP/LASWP.h"
 #include "blas/cublas.h"
-#include "runtime/element_types.h"
-#include "runtime/exceptions.h"
-#include "runtime/letters.h"
+#include "common/element_types.h"
+#include "common/exceptions.h"
+#include "common/letters.h"
 
 namespace lumo {
 

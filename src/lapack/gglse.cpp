@@ -2,12 +2,12 @@
 
 #include "basic/Set/Set.h"
 #include "blas/cublas.h"
+#include "common/matrix.h"
 #include "cudalib/workspace_pool.h"
 #include "lapack/apply_q.h"
 #include "lapack/orthogonal_factorization.h"
 #include "lapack/trtrs.h"
 #include "routine/exports.h"
-#include "runtime/matrix.h"
 
 namespace lumo {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <vector>
 
+#include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
-#include "runtime/exceptions.h"
 
 namespace lumo {
 

@@ -8,7 +8,7 @@
 #include "blas/gemm.h"
 #include "blas/gemv/gemvt.h"
 #include "brd/brd/brd.h"
-#include "runtime/matrix.h"
+#include "common/matrix.h"
 
 namespace lumo {
 namespace {

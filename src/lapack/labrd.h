@@ -1,7 +1,7 @@
 // Reduction of the first rows and columns of a matrix to bidiagonal form (LAPACK xLABRD).
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

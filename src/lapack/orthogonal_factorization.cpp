@@ -6,13 +6,13 @@
 
 #include "basic/Conjugate/Conjugate.h"
 #include "blas/gemm.h"
+#include "common/element_types.h"
 #include "lapack/block_reflector.h"
 #include "lapack/cpu_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/panel_transfer.h"
 #include "lapack/tuning.h"
 #include "runtime/devices.h"
-#include "runtime/element_types.h"
 
 namespace lumo {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <vector>
 
+#include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
-#include "runtime/exceptions.h"
 
 namespace lumo {
 

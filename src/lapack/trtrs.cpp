@@ -4,10 +4,11 @@
 #include <vector>
 
 #include "blas/cublas.h"
+#include "common/element_types.h"
+#include "common/exceptions.h"
+#include "common/letters.h"
+#include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
-#include "runtime/element_types.h"
-#include "runtime/exceptions.h"
-#include "runtime/letters.h"
 
 namespace lumo {
 

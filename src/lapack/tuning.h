@@ -2,8 +2,8 @@
 // reach blocked paths with small matrices.
 #pragma once
 
-#include "runtime/complex.h"
-#include "runtime/state.h"
+#include "common/complex.h"
+#include "common/state.h"
 
 namespace lumo {
 

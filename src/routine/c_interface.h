@@ -2,8 +2,8 @@
 // for functions of C++.
 #pragma once
 
+#include "common/complex.h"
 #include "lumo.h"
-#include "runtime/complex.h"
 
 namespace lumo {
 

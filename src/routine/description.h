@@ -14,8 +14,8 @@
 
 #include <type_traits>
 
-#include "runtime/complex.h"
-#include "runtime/letters.h"
+#include "common/complex.h"
+#include "common/letters.h"
 
 namespace lumo {
 

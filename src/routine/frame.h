@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <climits>
 
-#include "cudalib/host_bound_matrix.h"
 #include "routine/description.h"
+#include "routine/host_bound_matrix.h"
 #include "runtime/frame.h"
 
 namespace lumo {
@@ -42,40 +42,40 @@ lumoStatus onDevice(Routine routine) {
 
 // --- Copies of host operands -----------------------------------------------------------------
 
-inline cudalib::TransferMode transferOf(Access access) {
+inline TransferMode transferOf(Access access) {
     switch (access) {
         case Access::in:
-            return cudalib::upload;
+            return upload;
         case Access::out:
-            return cudalib::download;
+            return download;
         case Access::inOut:
         case Access::scratch:
-            return cudalib::uploadAndDownload;
+            return uploadAndDownload;
         case Access::none:
             break;
     }
-    return cudalib::noTransfer;
+    return noTransfer;
 }
 
 // Of a result that is not all that lies there, the rest has to come back as it was.
-inline cudalib::TransferMode transferOfPart(Access access) {
+inline TransferMode transferOfPart(Access access) {
     return transferOf(access == Access::out ? Access::inOut : access);
 }
 
 template <class P, class T = typename MatrixOperand<P>::Element>
-cudalib::HostBoundMatrix<T> copyOf(const MatrixOperand<P>& o) {
+HostBoundMatrix<T> copyOf(const MatrixOperand<P>& o) {
     return {{unsigned(o.rows), unsigned(o.columns)},
             const_cast<T*>(o.pointer),
             o.ld ? *o.ld : o.rows,
             o.triangle ? transferOfPart(o.access) : transferOf(o.access),
             1,
-            o.factorized ? cudalib::pitched : cudalib::anywhere};
+            o.factorized ? pitched : anywhere};
 }
 // A vector lies in memory from its least address on, whichever way its elements are counted. The
 // copy keeps this order and leaves out what lies between. Without a product a result stays as it
 // is.
 template <class P, class T = typename VectorOperand<P>::Element>
-cudalib::HostBoundMatrix<T, cudalib::CudaAllocator> copyOf(const VectorOperand<P>& o) {
+HostBoundMatrix<T, cudalib::CudaAllocator> copyOf(const VectorOperand<P>& o) {
     const int gap = o.increment < 0 ? -std::max(o.increment, -INT_MAX) : o.increment;
     return {{1, unsigned(o.length)}, const_cast<T*>(o.pointer), gap, transferOfPart(o.access)};
 }

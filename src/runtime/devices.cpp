@@ -5,7 +5,7 @@
 #include <memory>
 #include <mutex>
 
-#include "runtime/exceptions.h"
+#include "cudalib/exceptions.h"
 
 namespace lumo {
 namespace {

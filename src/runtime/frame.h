@@ -5,10 +5,11 @@
 #include <type_traits>
 #include <utility>
 
-#include "runtime/complex.h"
-#include "runtime/exceptions.h"
+#include "common/complex.h"
+#include "common/exceptions.h"
+#include "common/state.h"
+#include "cudalib/exceptions.h"
 #include "runtime/hooks.h"
-#include "runtime/state.h"
 
 namespace lumo {
 

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "runtime/threads.h"
+#include "common/threads.h"
 
 namespace lumo {
 namespace {

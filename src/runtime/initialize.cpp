@@ -1,10 +1,11 @@
 // lumoInitialize, lumoShutdown, lumoFreeBuffers.
 #include <cstdlib>
 
+#include "common/threads.h"
 #include "cudalib/workspace_pool.h"
 #include "runtime/devices.h"
 #include "runtime/frame.h"
-#include "runtime/threads.h"
+#include "runtime/reset.h"
 
 namespace {
 
@@ -43,6 +44,13 @@ lumoStatus bringUp() {
 }
 
 }  // namespace
+
+void lumo::resetRuntime() {
+    resetState();
+    clearHooks();
+    forgetThreads();
+    forgetDevices();
+}
 
 lumoStatus lumoInitialize() {
     lumo::setInfo(0);

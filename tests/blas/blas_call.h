@@ -5,8 +5,8 @@
 
 #include "blas/operations.h"
 #include "blas/tuning.h"
-#include "lapack/harness.h"
-#include "runtime/letters.h"
+#include "common/letters.h"
+#include "support/harness.h"
 
 namespace test {
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "blas/blas_call.h"
+#include "routine/blas_allocator.h"
 
 namespace test {
 namespace {

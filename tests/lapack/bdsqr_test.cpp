@@ -5,9 +5,9 @@
 #include <functional>
 #include <set>
 
+#include "common/letters.h"
 #include "lapack/tuning.h"
 #include "residuals.h"
-#include "runtime/letters.h"
 #include "support/kernels.h"
 
 namespace test {

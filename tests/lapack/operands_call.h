@@ -6,9 +6,9 @@
 #include <tuple>
 #include <vector>
 
-#include "lapack/harness.h"
 #include "residuals.h"
 #include "routine/frame.h"
+#include "support/harness.h"
 #include "support/matrix.h"
 
 namespace test {

@@ -2,7 +2,7 @@
 // element, what was launched, and what was refused.
 #pragma once
 
-#include "runtime/exceptions.h"
+#include "common/exceptions.h"
 #include "support/arguments.h"
 #include "support/machine.h"
 #include "support/matrix.h"

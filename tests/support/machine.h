@@ -12,7 +12,7 @@
 #include "lumo.h"
 #include "platform/cuda3.h"
 #include "platform/software/control.h"
-#include "runtime/state.h"
+#include "runtime/reset.h"
 
 namespace test {
 

@@ -11,9 +11,9 @@
 #include <random>
 #include <vector>
 
+#include "common/complex.h"
 #include "cudalib/managed_memory.h"
 #include "exports.h"
-#include "runtime/complex.h"
 
 namespace test {
 

@@ -1,7 +1,7 @@
 // Copies of matrices, vectors and single elements in device memory, between real and complex too.
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

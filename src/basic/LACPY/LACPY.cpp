@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "common/exceptions.h"
+#include "common/letters.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
-#include "runtime/letters.h"
 
 template <class T>
 void LACPY_G_Kernel(int m, int n, T* a, int lda, T* b, int ldb);

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "common/exceptions.h"
+#include "common/letters.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
-#include "runtime/letters.h"
 
 template <class T>
 void LASET_k(char uplo, int m, int n, T alpha, T beta, T* a, int lda);

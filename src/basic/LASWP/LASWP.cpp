@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "common/exceptions.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
 
 template <class Map, class T>
 void KernelLASWP(int n, T* a, int lda, int start, int count, lumo::swstruct piv);

@@ -1,8 +1,8 @@
 // Weighted sums of device matrices, transposed or not.
 #pragma once
 
+#include "common/complex.h"
 #include "platform/cuda3.h"
-#include "runtime/complex.h"
 
 namespace lumo {
 

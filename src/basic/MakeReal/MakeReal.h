@@ -1,7 +1,7 @@
 // Dropping an imaginary part, in device memory.
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

@@ -1,7 +1,7 @@
 #include "basic/lar2v/lar2v.h"
 
+#include "common/exceptions.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
 
 template <class T, class... Real>
 void LAR2V_k(int n, T* x, T* y, T* z, int incx, const lumo::RealOf<T>* c, const T* s, int incc);

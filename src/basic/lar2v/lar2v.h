@@ -1,7 +1,7 @@
 // Plane rotations from both sides of 2 x 2 matrices in device memory (LAPACK xLAR2V).
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

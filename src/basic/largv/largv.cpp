@@ -1,7 +1,7 @@
 #include "basic/largv/largv.h"
 
+#include "common/exceptions.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
 
 template <class T, class... Real>
 void LARGV_k(int n, T* x, int incx, T* y, int incy, lumo::RealOf<T>* c, int incc);

@@ -1,7 +1,7 @@
 // Generation of plane rotations in device memory (LAPACK xLARGV).
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

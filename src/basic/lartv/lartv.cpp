@@ -1,7 +1,7 @@
 #include "basic/lartv/lartv.h"
 
+#include "common/exceptions.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
 
 template <class T>
 void LARTV_k(int n, T* x, int incx, T* y, int incy, const lumo::RealOf<T>* c, const T* s, int incc);

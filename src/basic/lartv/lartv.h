@@ -1,7 +1,7 @@
 // Plane rotations of the elements of two vectors in device memory (LAPACK xLARTV).
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

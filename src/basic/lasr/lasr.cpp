@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "basic/lasr/shape.h"
+#include "common/exceptions.h"
+#include "common/letters.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
-#include "runtime/letters.h"
 
 template <class Map, char side, char pivot, char direct, class T>
 void LASR_k(int m, int n, const lumo::RealOf<T>* c, const lumo::RealOf<T>* s, T* a, int lda);

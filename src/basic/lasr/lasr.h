@@ -1,7 +1,7 @@
 // A sequence of plane rotations, applied to a matrix (LAPACK xLASR).
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

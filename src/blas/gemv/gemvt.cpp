@@ -4,9 +4,9 @@
 
 #include "blas/cublas.h"
 #include "blas/gemv/shape.h"
+#include "common/exceptions.h"
+#include "common/letters.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
-#include "runtime/letters.h"
 
 template <class T, int rows, int unrolled, bool conjugated>
 void gemvt_k(int m, int n, int wholeRows, T alpha, const T* a, int lda, T beta, const T* x,

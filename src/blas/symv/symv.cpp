@@ -4,10 +4,10 @@
 
 #include "blas/cublas.h"
 #include "blas/symv/shape.h"
+#include "common/exceptions.h"
+#include "common/letters.h"
+#include "common/state.h"
 #include "cudalib/launch.h"
-#include "runtime/exceptions.h"
-#include "runtime/letters.h"
-#include "runtime/state.h"
 
 template <class T>
 void symv_init_k(int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy);

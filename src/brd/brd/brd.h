@@ -1,7 +1,7 @@
 // Small steps of the bidiagonal reduction on single elements of device memory.
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 

@@ -1,10 +1,6 @@
-#include "runtime/state.h"
+#include "common/state.h"
 
 #include <atomic>
-
-#include "runtime/devices.h"
-#include "runtime/hooks.h"
-#include "runtime/threads.h"
 
 namespace lumo {
 namespace {
@@ -76,15 +72,11 @@ void setDeviceAbilities(int value) {
     capability.store(value, std::memory_order_relaxed);
 }
 
-void resetRuntime() {
+void resetState() {
     setInitialized(false);
-    hasDoublePrecision = false;
-    capability = -1;
+    setDeviceAbilities(-1);
     setLastStatus(lumoNoError);
     setInfo(0);
-    clearHooks();
-    forgetThreads();
-    forgetDevices();
 }
 
 }  // namespace lumo

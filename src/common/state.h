@@ -28,7 +28,7 @@ bool doublePrecision();
 int computeCapability();
 void setDeviceAbilities(int capability);
 
-// Everything as it was when the library was loaded, for tests that describe another machine.
-void resetRuntime();
+// All of this as it was when the library was loaded.
+void resetState();
 
 }  // namespace lumo

@@ -5,8 +5,9 @@
 #include <optional>
 
 #include "cudalib/managed_memory.h"
+#include "routine/blas_allocator.h"
 
-namespace cudalib {
+namespace lumo {
 
 enum Residence { anywhere, pitched };
 enum TransferMode { noTransfer = 0, upload = 2, download = 4, uploadAndDownload = 6 };
@@ -20,17 +21,17 @@ enum TransferMode { noTransfer = 0, upload = 2, download = 4, uploadAndDownload 
 //
 // Where the device's memory is the host's, the matrix is its own copy; a pitched one only if its
 // leading dimension is good to work with.
-template <class T, template <class> class Alloc = lumo::BlasAllocator>
+template <class T, template <class> class Alloc = BlasAllocator>
 class HostBoundMatrix {
   public:
     // An empty matrix, or one that is transferred neither way, allocates nothing. Throws if there
     // is nothing at `host`, if the device has no memory or if the upload fails.
-    HostBoundMatrix(Extent extent, T* host, int hostLd, TransferMode mode, unsigned depth = 1,
-                    Residence residence = anywhere)
+    HostBoundMatrix(cudalib::Extent extent, T* host, int hostLd, TransferMode mode,
+                    unsigned depth = 1, Residence residence = anywhere)
         : rows_(extent.rows), host_(host), hostLd_(hostLd), mode_(mode) {
         if (!extent.rows || !extent.columns || !depth) mode_ = noTransfer;
         if (mode_ == noTransfer) return;
-        if (!host) throw CudaRuntimeException(cudaErrorInvalidValue);
+        if (!host) throw cudalib::CudaRuntimeException(cudaErrorInvalidValue);
         shared_ = platform::sharesMemory() && (residence == anywhere || worksWell(extent));
         if (shared_) return;
         memory_.emplace(extent, depth);
@@ -65,13 +66,13 @@ class HostBoundMatrix {
   private:
     // Columns that are far apart by a power of two compete for the same places in a cache; what
     // fits into it whole does not mind.
-    bool worksWell(Extent extent) const {
+    bool worksWell(cudalib::Extent extent) const {
         constexpr std::size_t spread = 1024, cache = std::size_t(1) << 20;
         const std::size_t pitch = std::size_t(hostLd_) * sizeof(T);
         return pitch % spread != 0 || pitch * extent.columns <= cache;
     }
 
-    std::optional<ManagedMemory<T, Alloc>> memory_;  // where there is a copy
+    std::optional<cudalib::ManagedMemory<T, Alloc>> memory_;  // where there is a copy
     bool shared_ = false;
     unsigned rows_;
     T* host_;
@@ -80,4 +81,4 @@ class HostBoundMatrix {
     int exceptions_ = std::uncaught_exceptions();
 };
 
-}  // namespace cudalib
+}  // namespace lumo

@@ -1,4 +1,4 @@
-#include "runtime/threads.h"
+#include "common/threads.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>

@@ -1,7 +1,9 @@
-#include "lapack/harness.h"
+#include "support/harness.h"
 
 #include <algorithm>
 #include <map>
+
+#include "common/state.h"
 
 namespace test {
 namespace {

@@ -1,7 +1,7 @@
 // The types that the library computes in, and templates made for all of them.
 #pragma once
 
-#include "runtime/complex.h"
+#include "common/complex.h"
 
 namespace lumo {
 
