@@ -18,7 +18,7 @@
 #include "basic/LASWP/LASWP.h"
 #include "basic/Transpose/Transpose.h"
 #include "basic/lasr/lasr.h"
-#include "blas/gemv/gemvt.h"
+#include "blas/gemv/gemv.h"
 #include "platform/cuda3.h"
 
 extern "C" void sgemv_(const char*, const int*, const int*, const float*, const float*, const int*,

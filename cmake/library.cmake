@@ -20,11 +20,14 @@ set(LUMO_KERNEL_UNITS
     src/basic/largv/largv
     src/basic/lartv/lartv
     src/basic/lasr/lasr
-    src/blas/gemv/gemvt
+    src/blas/gemv/gemv
     src/blas/symv/symv
-    src/brd/brd/brd
+    src/brd/brd/TakeHead
     src/cudalib/Algorithm/Memset)
-list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cpp OUTPUT_VARIABLE LUMO_LAUNCHERS)
+# A launcher that only launches stands in its header.
+set(LUMO_LAUNCHERS ${LUMO_KERNEL_UNITS})
+list(REMOVE_ITEM LUMO_LAUNCHERS src/brd/brd/TakeHead)
+list(TRANSFORM LUMO_LAUNCHERS APPEND .cpp)
 list(TRANSFORM LUMO_KERNEL_UNITS APPEND .cu OUTPUT_VARIABLE LUMO_KERNELS)
 
 add_library(lumo_objects OBJECT

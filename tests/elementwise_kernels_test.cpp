@@ -230,9 +230,10 @@ TYPED_TEST_SUITE(RealAndComplex, Reals);
 
 template <class From, class To>
 void convertTriangle() {
-    onMatrices<From, To>(lumo::convertTriangle<From, To>, [](From a, To b, int i, int j) {
-        return i <= j ? scalar<To>(wide(a).real(), wide(a).imag()) : b;
-    });
+    onMatrices<From, To>(lumo::precisionConvertTriangular<From, To>,
+                         [](From a, To b, int i, int j) {
+                             return i <= j ? scalar<To>(wide(a).real(), wide(a).imag()) : b;
+                         });
 }
 
 TYPED_TEST(RealAndComplex, Conversions) {

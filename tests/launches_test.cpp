@@ -23,7 +23,7 @@
 #include "basic/largv/largv.h"
 #include "basic/lartv/lartv.h"
 #include "basic/lasr/lasr.h"
-#include "blas/gemv/gemvt.h"
+#include "blas/gemv/gemv.h"
 #include "blas/symv/symv.h"
 #include "cudalib/Algorithm/Memset.h"
 #include "platform/registry.h"

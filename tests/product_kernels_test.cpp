@@ -1,5 +1,5 @@
 // Matrix-vector products.
-#include "blas/gemv/gemvt.h"
+#include "blas/gemv/gemv.h"
 #include "blas/symv/symv.h"
 #include "residuals.h"
 #include "support/kernels.h"

@@ -6,8 +6,8 @@
 #include "basic/larfg/larfg.h"
 #include "blas/cublas.h"
 #include "blas/gemm.h"
-#include "blas/gemv/gemvt.h"
-#include "brd/brd/brd.h"
+#include "blas/gemv/gemv.h"
+#include "brd/brd/TakeHead.h"
 #include "common/matrix.h"
 
 namespace lumo {

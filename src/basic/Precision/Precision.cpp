@@ -9,7 +9,7 @@ void PrecisionConvertTriangular_k(int m, int n, const From* src, int ldsrc, To* 
 namespace lumo {
 
 template <class From, class To>
-void convertTriangle(int m, int n, const From* src, int ldsrc, To* dst, int lddst) {
+void precisionConvertTriangular(int m, int n, const From* src, int ldsrc, To* dst, int lddst) {
     using cudalib::TriangularMap2D;
     cudalib::forEachSlab(m, n, [&](const cudalib::Slab& slab) {
         if (!slab.part('U')) return cudaSuccess;
@@ -20,9 +20,9 @@ void convertTriangle(int m, int n, const From* src, int ldsrc, To* dst, int ldds
     });
 }
 
-LUMO_INSTANTIATE_ONE(convertTriangle<float, double>)
-LUMO_INSTANTIATE_ONE(convertTriangle<double, float>)
-LUMO_INSTANTIATE_ONE(convertTriangle<Complex<float>, Complex<double>>)
-LUMO_INSTANTIATE_ONE(convertTriangle<Complex<double>, Complex<float>>)
+LUMO_INSTANTIATE_ONE(precisionConvertTriangular<float, double>)
+LUMO_INSTANTIATE_ONE(precisionConvertTriangular<double, float>)
+LUMO_INSTANTIATE_ONE(precisionConvertTriangular<Complex<float>, Complex<double>>)
+LUMO_INSTANTIATE_ONE(precisionConvertTriangular<Complex<double>, Complex<float>>)
 
 }  // namespace lumo

@@ -7,6 +7,6 @@ namespace lumo {
 // precision; the rest of dst is left alone. From and To: float and double or their complex types,
 // in either order. An empty matrix launches nothing.
 template <class From, class To>
-void convertTriangle(int m, int n, const From* src, int ldsrc, To* dst, int lddst);
+void precisionConvertTriangular(int m, int n, const From* src, int ldsrc, To* dst, int lddst);
 
 }  // namespace lumo

@@ -1,4 +1,4 @@
-#include "blas/gemv/gemvt.h"
+#include "blas/gemv/gemv.h"
 
 #include <algorithm>
 

@@ -1,4 +1,5 @@
-#include "brd/brd/brd.h"
+// A small step of the bidiagonal reduction on single elements of device memory.
+#pragma once
 
 #include "cudalib/launch.h"
 
@@ -7,11 +8,11 @@ void TakeHead_k(T* head, lumo::RealOf<T>* value);
 
 namespace lumo {
 
+// *value := *head, which is real, and *head := 1: the reflector of which it is the head is then
+// stored as a whole vector.
 template <class T>
 void takeHead(T* head, RealOf<T>* value) {
     cudalib::launch(cudalib::OneThread(), &TakeHead_k<T>, head, value);
 }
-
-LUMO_INSTANTIATE(takeHead)
 
 }  // namespace lumo
