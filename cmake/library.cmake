@@ -10,6 +10,7 @@ set(LUMO_KERNEL_UNITS
     src/basic/LASWP/LASWP
     src/basic/MADD/MADD
     src/basic/MakeReal/MakeReal
+    src/basic/PermuteRows/PermuteRows
     src/basic/Precision/Precision
     src/basic/Scale/Scale
     src/basic/Set/Set
@@ -77,6 +78,7 @@ add_library(lumo_objects OBJECT
     src/lapack/getrs.cpp
     src/lapack/gglse.cpp
     src/lapack/labrd.cpp
+    src/lapack/lu_pipeline.cpp
     src/lapack/orgbr.cpp
     src/lapack/orthogonal_factorization.cpp
     src/lapack/trtrs.cpp

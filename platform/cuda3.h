@@ -25,6 +25,7 @@ constexpr cudaMemcpyKind cudaMemcpyDeviceToDevice = 3;
 using dim3 = platform::Dim3;
 using cudaDeviceProp = platform::DeviceProperties;
 using cudaStream_t = platform::Stream;
+using cudaEvent_t = platform::Event;
 
 extern "C" {
 void** __cudaRegisterFatBinary(void* image);

@@ -11,7 +11,7 @@
 
 namespace platform {
 
-constexpr unsigned tableVersion = 4;
+constexpr unsigned tableVersion = 5;
 
 struct Dim3 {
     unsigned x, y, z;
@@ -70,6 +70,7 @@ struct FatBinary {
 };
 
 using Stream = void*;
+using Event = void*;
 
 // What the algorithms work in panels for: to factorise an m x n matrix, or to apply reflectors of
 // order m to n rows or columns.

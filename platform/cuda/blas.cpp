@@ -32,6 +32,7 @@ struct Lease {
 };
 
 thread_local Lease lease;
+thread_local cudaStream_t kernelStream = nullptr;
 thread_local int errorWord = cuda3::CUBLAS_STATUS_SUCCESS;
 
 // A new handle needs tens of megabytes on the device, and CUBLAS says "not initialized" where it
@@ -71,7 +72,7 @@ cublasStatus_t blasHandle(cublasHandle_t& handle) {
         lease.generation = h.generation;
     }
     handle = lease.handle;
-    return CUBLAS_STATUS_SUCCESS;
+    return cublasSetStream(handle, kernelStream);
 }
 
 // After a failure the next call that needs a handle tries again.
@@ -100,6 +101,11 @@ int cublasShutdown() {
     }
     h.all.clear();
     h.idle.clear();
+    return cuda3::CUBLAS_STATUS_SUCCESS;
+}
+
+int cublasSetKernelStream(platform::Stream stream) {
+    kernelStream = static_cast<cudaStream_t>(stream);
     return cuda3::CUBLAS_STATUS_SUCCESS;
 }
 

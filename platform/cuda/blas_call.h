@@ -12,7 +12,7 @@ using platform::oneOf;
 // Sets the thread's error word unless it tells an earlier error.
 void noteBlas(int status);
 
-// The calling thread's handle, on the default stream and in true single precision (no TF32),
+// The calling thread's handle, on its kernel stream and in true single precision (no TF32),
 // which is CUBLAS's default math mode.
 cublasStatus_t blasHandle(cublasHandle_t& handle);
 

@@ -23,6 +23,14 @@ int cublasShutdown() {
 
 void resetBlas() {
     blasReady = false;
+    blasStream = nullptr;
+}
+
+int cublasSetKernelStream(platform::Stream stream) {
+    const Injected fault = observe("cublasSetKernelStream", stream);
+    blasStream = stream;
+    if (fault.hit) setCublasError(fault.cublasError);
+    return fault.hit ? fault.cublasError : CUBLAS_STATUS_SUCCESS;
 }
 
 int cublasGetError() {

@@ -19,8 +19,9 @@ namespace software {
 
 using blas::Routines;
 
-// Whether CUBLAS has been started.
+// Whether CUBLAS has been started, and the stream of the calling thread's routines.
 inline std::atomic<bool> blasReady{false};
+inline thread_local platform::Stream blasStream = nullptr;
 
 // The names of CUBLAS, which traces show.
 template <class T>
@@ -101,7 +102,7 @@ T* elementsOf(const platform::BlasOperand& o) {
 }
 
 // The state of CUBLAS and the device's capability, then run(elements behind the operands, tile) for
-// every tile, on the default stream. Without elements in the result there is nothing to do.
+// every tile. Without elements in the result there is nothing to do.
 template <class T, std::size_t n, class Run>
 void submitRoutine(const platform::BlasOperands<n>& operands, const Tiles& tiles, const Run& run) {
     if (!blasReady) return setCublasError(CUBLAS_STATUS_NOT_INITIALIZED);
@@ -121,7 +122,7 @@ void submitRoutine(const platform::BlasOperands<n>& operands, const Tiles& tiles
         const platform::OneBlasThread alone;
         run(elements, tiles[k]);
     };
-    submit(nullptr, {item, tiles.count(), tiles.work()});
+    submit(blasStream, {item, tiles.count(), tiles.work()});
 }
 
 // A call of a CUBLAS routine: traced, failed on request, or submitted.

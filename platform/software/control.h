@@ -70,7 +70,7 @@ struct Usage {
     std::size_t devicePeak;       // the most since the start or the last resetPeak()
     std::size_t pageLockedBytes;  // page-locked host memory, likewise
     std::size_t pageLockedPeak;
-    int streams;  // created and not destroyed
+    int streams;  // and events, created and not destroyed
     // Writes just outside a block, and accesses where no memory is, seen in strict mode.
     int violations;
 };

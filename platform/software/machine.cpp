@@ -208,6 +208,38 @@ int streamSynchronize(platform::Stream stream) {
     return call<OnFault::perform>("cudaStreamSynchronize", body, stream);
 }
 
+int eventCreate(platform::Event* event) {
+    auto body = [&] {
+        if (int error = bindContext()) return error;
+        *event = createEvent();
+        return int(cudaSuccess);
+    };
+    return call("cudaEventCreate", body);
+}
+
+int eventDestroy(platform::Event event) {
+    auto body = [&] { return destroyEvent(event) ? cudaSuccess : cudaErrorInvalidResourceHandle; };
+    return call<OnFault::perform>("cudaEventDestroy", body, event);
+}
+
+int eventRecord(platform::Event event, platform::Stream stream) {
+    auto body = [&] {
+        if (!isEvent(event) || !isStream(stream)) return cudaErrorInvalidResourceHandle;
+        recordEvent(event, stream);
+        return cudaSuccess;
+    };
+    return call("cudaEventRecord", body, event, stream);
+}
+
+int streamWaitEvent(platform::Stream stream, platform::Event event, unsigned flags) {
+    auto body = [&] {
+        if (!isEvent(event) || !isStream(stream)) return cudaErrorInvalidResourceHandle;
+        waitForEvent(stream, event);
+        return cudaSuccess;
+    };
+    return call("cudaStreamWaitEvent", body, stream, event, flags);
+}
+
 int threadSynchronize() {
     auto body = [&] {
         // A device that was asked for by number is taken for good here; a mere synchronisation

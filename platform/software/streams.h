@@ -24,8 +24,18 @@ platform::Stream createStream();
 bool isStream(platform::Stream stream);
 // What is still pending on the stream runs later, as on a GPU.
 bool destroyStream(platform::Stream stream);
+// Streams and events created and not destroyed.
 int liveStreams();
-// Drops all streams and pending operations without running them.
+
+// An event stands for what a stream has been given up to the event's last record; until there is
+// one, for nothing. A wait keeps what the stream is given after it behind that.
+platform::Event createEvent();
+bool isEvent(platform::Event event);
+bool destroyEvent(platform::Event event);
+void recordEvent(platform::Event event, platform::Stream stream);
+void waitForEvent(platform::Stream stream, platform::Event event);
+
+// Drops all streams, events and pending operations without running them.
 void resetStreams();
 
 // A failure of something that ran; the next synchronisation reports it.

@@ -2,6 +2,8 @@
 // paths with small matrices.
 #pragma once
 
+#include "common/state.h"
+
 namespace lumo {
 
 struct BlasTuning {
@@ -12,9 +14,10 @@ struct BlasTuning {
 
 inline BlasTuning blasTuning;
 
-// Whether an operation on symmetric matrices, or with a symmetric result, goes by blocks.
+// Whether an operation on symmetric matrices, or with a symmetric result, goes by blocks. They
+// would not fill a modern device, whose CUBLAS needs none.
 inline bool large(int size1, int size2) {
-    return size1 > blasTuning.unblocked && size2 > blasTuning.unblocked;
+    return size1 > blasTuning.unblocked && size2 > blasTuning.unblocked && !deviceIsModern();
 }
 
 }  // namespace lumo

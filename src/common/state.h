@@ -26,6 +26,11 @@ void setInitialized(bool yes);
 bool doublePrecision();
 // The device's capability as major times 10 plus minor, -1 before the first initialisation.
 int computeCapability();
+// Whether that is 7.0 or more: such a device does so much at a time that what stands between the
+// products decides, so it has narrower panels, and algorithms with fewer launches.
+inline bool deviceIsModern() {
+    return computeCapability() >= 70;
+}
 void setDeviceAbilities(int capability);
 
 // All of this as it was when the library was loaded.

@@ -6,6 +6,7 @@
 
 #include "common/element_types.h"
 #include "cudalib/maps.h"
+#include "cudalib/streams.h"
 
 namespace cudalib {
 
@@ -28,13 +29,13 @@ void launchConfigured(void (*kernel)(Parameters...), Arguments... arguments) {
         cudaLaunch(reinterpret_cast<const char*>(kernel));
 }
 
-// Launches a kernel on the default stream. If the configuration fails, nothing is launched; its
-// error is returned for those who want to know.
+// Launches a kernel on the thread's current stream. If the configuration fails, nothing is
+// launched; its error is returned for those who want to know.
 template <class Map, class Kernel, class... Arguments>
 cudaError_t launch(const Map& map, Kernel* kernel, Arguments... arguments) {
     const dim3 block = map.blockShape();
     const dim3 grid = map.gridShape();
-    const cudaError_t error = cudaConfigureCall(grid, block, 0, nullptr);
+    const cudaError_t error = cudaConfigureCall(grid, block, 0, currentStream);
     if (error == cudaSuccess) launchConfigured(kernel, arguments...);
     return error;
 }

@@ -25,10 +25,11 @@ bool reciprocalOverflows(T pivot) {
 template <class T>
 void Gesv<T>::run() const {
     Pivots pivots(n);
+    const LuSolve<T> solve(n, nrhs);
     const int zeroPivot = getrf(n, n, a, lda, pivots.data());
     pivots.deliver(ipiv);
     if (zeroPivot) throwDataError(zeroPivot);
-    getrs('N', n, nrhs, a, lda, pivots.data(), b, ldb);
+    solve.run(a, lda, pivots.data(), b, ldb);
 }
 
 template <class T>

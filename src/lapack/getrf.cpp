@@ -8,6 +8,7 @@
 #include "blas/gemm.h"
 #include "common/element_types.h"
 #include "lapack/cpu_lapack.h"
+#include "lapack/lu_pipeline.h"
 #include "lapack/panel_transfer.h"
 #include "lapack/pivots.h"
 #include "lapack/tuning.h"
@@ -30,6 +31,8 @@ class LuFactorization {
         nb_ = wish ? wish : 2 * tuning.base.current();
         if (nb_ < 2 || nb_ >= steps_)
             unblocked();
+        else if (deviceIsModern())
+            return pipelinedGetrf(m_, n_, a_, lda_, ipiv_, nb_);
         else if (!wish && m_ == n_ && m_ >= tuning.squareOrder)
             transposed();
         else

@@ -7,8 +7,29 @@
 #include "common/element_types.h"
 #include "common/exceptions.h"
 #include "common/letters.h"
+#include "common/state.h"
 
 namespace lumo {
+
+template <class T>
+LuSolve<T>::LuSolve(int n, int nrhs) : n_(n), nrhs_(nrhs) {
+    if (deviceIsModern()) permutation_.emplace(n, nrhs);
+}
+
+template <class T>
+void LuSolve<T>::run(const T* a, int lda, const int* ipiv, T* b, int ldb) const {
+    if (permutation_)
+        permutation_->apply(ipiv, b, ldb);
+    else
+        LASWP(nrhs_, b, ldb, 1, n_, ipiv, 1);
+    cublas::trsm('L', 'L', 'N', 'U', n_, nrhs_, T(1), a, lda, b, ldb);
+    cublas::trsm('L', 'U', 'N', 'N', n_, nrhs_, T(1), a, lda, b, ldb);
+}
+
+template class LuSolve<float>;
+template class LuSolve<double>;
+template class LuSolve<Complex<float>>;
+template class LuSolve<Complex<double>>;
 
 template <class T>
 void getrs(char trans, int n, int nrhs, const T* a, int lda, const int* ipiv, T* b, int ldb) {
@@ -26,9 +47,7 @@ void getrs(char trans, int n, int nrhs, const T* a, int lda, const int* ipiv, T*
     if (n == 0 || nrhs == 0) return;
     if (trans != 'N') throwFeatureNotImplemented();
 
-    LASWP(nrhs, b, ldb, 1, n, ipiv, 1);
-    cublas::trsm('L', 'L', 'N', 'U', n, nrhs, T(1), a, lda, b, ldb);
-    cublas::trsm('L', 'U', 'N', 'N', n, nrhs, T(1), a, lda, b, ldb);
+    LuSolve<T>(n, nrhs).run(a, lda, ipiv, b, ldb);
 }
 
 LUMO_INSTANTIATE(getrs)

@@ -38,9 +38,11 @@ class Factorization {
         const int lines = columns() ? n_ : m_;
         // One panel of all lines leaves nothing to update.
         const int updated = lines > nb_ ? lines : 0, width = updated ? nb_ : 0;
-        hostT_.resize(std::size_t(nb_) * std::size_t(nb_));
+        const bool overlap = copiesOverlap();
+        streamed_ = overlap && deviceIsModern();
+        factor_.emplace(nb_, streamed_);
         PanelTransfer<T> panel(unsigned(columns() ? m_ : nb_), unsigned(columns() ? nb_ : n_),
-                               copiesOverlap());
+                               overlap);
         BlockReflector<T> reflector(kind_, width);
         // W spares a GPU a triangular product for each update, at the cost of a product for each
         // panel, for which the next one waits.
@@ -49,15 +51,20 @@ class Factorization {
             y(std::size_t(width) * std::size_t(updated));
         tau_.emplace(deviceTau_, k_, HostTau<T>::writesBack);
 
+        std::optional<StreamBesidePanel> device;
+        if (streamed_) device.emplace(panel.stream());
+
         int done = 0;
         download(panel, done);
         for (; done < inPanels; done += nb_) {
             const Panel p = at(done);
             panel.wait();
             factorizePanel(panel.host(), panel.ld(), p);
-            if (!panel.shared()) sendPanel(panel.host(), p);
+            sendPanel(panel, p);
+            if (p.left > 0) sendFactor(panel, reflector, p.count);
+            if (device) device->waitForPanel();
             if (p.left <= 0) continue;
-            sendFactor(reflector, p.count);
+            finishFactor(reflector, p.count);
             reflector.expose(p.start, lda_, p.order, p.count);
             if (formsW_) formW(p, reflector, w.data());
             auto updateLines = [&](int first, int lines) {
@@ -68,7 +75,10 @@ class Factorization {
             };
             const int next = std::min(p.left, nb_);
             updateLines(0, next);
-            if (done + nb_ < inPanels) download(panel, done + nb_);
+            if (done + nb_ < inPanels) {
+                if (device) device->panelWaits();
+                download(panel, done + nb_);
+            }
             updateLines(next, p.left - next);
             reflector.restore();
         }
@@ -86,6 +96,23 @@ class Factorization {
         int left;   // lines after it
         int firstTau;
         int rows, columns;  // its shape in A
+    };
+
+    // The triangular factor of a panel, nb x nb, page-locked if it travels while the CPU goes on.
+    class HostFactor {
+      public:
+        HostFactor(int nb, bool pageLocked) {
+            if (pageLocked)
+                locked_ = Locked({unsigned(nb), unsigned(nb)});
+            else
+                plain_.resize(std::size_t(nb) * std::size_t(nb));
+        }
+        T* data() { return plain_.empty() ? locked_.data() : plain_.data(); }
+
+      private:
+        using Locked = cudalib::ManagedMemory<T, cudalib::PageLockedAllocator>;
+        std::vector<T> plain_;
+        Locked locked_;
     };
 
     bool columns() const { return kind_ == Reflectors::ofQr; }
@@ -108,10 +135,13 @@ class Factorization {
         panel.startDownload(p.start, lda_, p.rows, p.columns);
     }
 
-    void sendPanel(const T* host, const Panel& p) {
-        cudalib::checkCudaError(cudalib::copy2D(p.start, bytes(lda_), host, bytes(p.rows),
-                                                bytes(p.rows), std::size_t(p.columns),
-                                                cudaMemcpyHostToDevice));
+    void sendPanel(PanelTransfer<T>& panel, const Panel& p) {
+        if (streamed_)
+            panel.startUpload(p.start, lda_, p.rows, p.columns);
+        else if (!panel.shared())
+            cudalib::checkCudaError(
+                cudalib::copy2D(p.start, bytes(lda_), panel.host(), bytes(p.rows), bytes(p.rows),
+                                std::size_t(p.columns), cudaMemcpyHostToDevice));
     }
 
     // The panel's factors, tau and T. The LQ factors of a matrix are the adjoints of the QR factors
@@ -119,9 +149,9 @@ class Factorization {
     // are the RQ factors, with reversed tau and T.
     void factorizePanel(T* panel, int ld, const Panel& p) {
         T* const tau = tau_->data() + p.firstTau;
-        T* const t = hostT_.data();
+        T* const t = factor_->data();
         const int count = p.count;
-        std::fill(hostT_.begin(), hostT_.end(), zero);
+        std::fill(t, t + nb_ * nb_, zero);
         if (columns()) {
             cpu::geqrt3(p.order, count, panel, ld, t, count);
         } else {
@@ -159,16 +189,23 @@ class Factorization {
                 }
     }
 
-    void sendFactor(BlockReflector<T>& reflector, int count) {
-        if (!formsW_)
-            return cudalib::checkCudaError(
-                cudalib::copy2D(reflector.t(), bytes(nb_), hostT_.data(), bytes(count),
-                                bytes(count), std::size_t(count), cudaMemcpyHostToDevice));
-        cudalib::checkCudaError(cudaMemcpy(reflector.t(), hostT_.data(),
-                                           bytes(count) * std::size_t(count),
-                                           cudaMemcpyHostToDevice));
+    void sendFactor(const PanelTransfer<T>& panel, const BlockReflector<T>& reflector, int count) {
+        const std::size_t row = bytes(count);
+        if (streamed_)
+            cudalib::checkCudaError(cudaMemcpyAsync(reflector.t(), factor_->data(), row * count,
+                                                    cudaMemcpyHostToDevice, panel.stream()));
+        else if (formsW_)
+            cudalib::checkCudaError(
+                cudaMemcpy(reflector.t(), factor_->data(), row * count, cudaMemcpyHostToDevice));
+        else
+            cudalib::checkCudaError(cudalib::copy2D(reflector.t(), bytes(nb_), factor_->data(), row,
+                                                    row, std::size_t(count),
+                                                    cudaMemcpyHostToDevice));
+    }
+    // factorizePanel() has left T^H of QR without its conjugation.
+    void finishFactor(const BlockReflector<T>& reflector, int count) {
         if constexpr (isComplex<T>)
-            if (columns()) conjugateMatrix(count, count, reflector.t(), count);
+            if (columns() && formsW_) conjugateMatrix(count, count, reflector.t(), count);
     }
 
     // QR: W = T^H V^H, count x order. LQ and RQ, which apply H to the right: W = V T, order x
@@ -225,7 +262,10 @@ class Factorization {
     std::optional<HostTau<T>> tau_;
     int nb_ = 0;
     bool formsW_ = true;
-    std::vector<T> hostT_, adjoint_;
+    // Whether panels and factors travel on the panel's stream while the device works on another.
+    bool streamed_ = false;
+    std::optional<HostFactor> factor_;
+    std::vector<T> adjoint_;
 };
 
 }  // namespace

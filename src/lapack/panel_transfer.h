@@ -3,6 +3,7 @@
 #pragma once
 
 #include "cudalib/managed_memory.h"
+#include "cudalib/streams.h"
 #include "cudalib/transfer.h"
 
 namespace lumo {
@@ -51,6 +52,7 @@ class PanelTransfer {
                                                 std::size_t(columns), cudaMemcpyHostToDevice,
                                                 mode(), stream_));
     }
+    cudaStream_t stream() const { return stream_; }
     void wait() { cudalib::checkCudaError(cudaStreamSynchronize(stream_)); }
 
   private:
@@ -66,6 +68,21 @@ class PanelTransfer {
     T* part_ = nullptr;
     int ld_ = 0;
     cudaStream_t stream_ = nullptr;
+};
+
+// A stream of the device's own beside a panel's, so that the panel travels while the device works.
+// Each waits for the other where told to; the host waits for neither.
+class StreamBesidePanel {
+  public:
+    explicit StreamBesidePanel(cudaStream_t panel) : panel_(panel) { panelWaits(); }
+    // What the panel's stream is given from now on finds all done that this one has been given.
+    void panelWaits() const { handOver_.order(device_, panel_); }
+    void waitForPanel() const { handOver_.order(panel_, device_); }
+
+  private:
+    cudaStream_t panel_;
+    cudalib::Event handOver_;
+    cudalib::OwnStream device_;
 };
 
 }  // namespace lumo

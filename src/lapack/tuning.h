@@ -7,13 +7,15 @@
 
 namespace lumo {
 
-// By compute capability: 1.0 to 1.3, and everything else.
+// By compute capability: 1.0 to 1.3, from 7.0 on, and everything between.
 struct BlockSize {
     int early;
     int other;
+    int modern = other;
 
     int current() const {
         const int capability = computeCapability();
+        if (deviceIsModern()) return modern;
         return capability >= 10 && capability <= 13 ? early : other;
     }
 };
@@ -24,11 +26,11 @@ struct GetrfTuning {
 };
 
 template <class T>
-inline GetrfTuning getrfTuning{{32, 96}, 513};
+inline GetrfTuning getrfTuning{{32, 96, 32}, 513};
 
 // The columns (QR) or rows (LQ, RQ) of a panel.
 template <class T>
-inline BlockSize geqrfTuning{32, 96};
+inline BlockSize geqrfTuning{32, 96, 64};
 template <>
 inline BlockSize geqrfTuning<double>{48, 64};
 template <>

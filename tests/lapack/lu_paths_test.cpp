@@ -25,8 +25,10 @@ class LuPaths : public OnSoftwareDevice {
                 letters += call.arguments[call.arguments.size() - 2] == "2" ? 'd' : 'u';
             else if (is("cudaStreamSynchronize"))
                 letters += 'w';
-            else if (is("KernelLASWP<") || is("KernelLASWPCOL<"))
+            else if (is("KernelLASWP<") || is("KernelLASWPCOL<") || is("PermuteRows_k<"))
                 letters += 'i';
+            else if (is("GatherRows_k<"))
+                letters += 'p';
             else if (is("cublasStrsm"))
                 letters += 's';
             else if (is("cublasSgemm"))
@@ -73,6 +75,25 @@ TEST_F(LuPaths, SquarePathWorksOnTheTranspose) {
         "T"
         "w",
         order(traceOf(*call)));
+}
+
+// 20 x 20, the same panels: right interchanges, the next panel, the rest, left interchanges. A
+// solve copies its right-hand sides, permutes them once, and waits for nothing.
+TEST_F(LuPaths, ModernDevicesHaveFewLaunches) {
+    start(machine(90));
+    const auto shrunk = shrinkLu<float>();
+    const auto trace = traceOf(*gesvCall<float>(20, 1, 0, inDevice));
+    EXPECT_EQ(
+        "d"
+        "wuisgdsg"
+        "wuisgdi"
+        "wui"
+        "ww"  // for the device's stream and the panel's, before their memory goes
+        "upss",
+        order(trace));
+    // The panels' stream waits for the device's and the device's for it, never the host's.
+    EXPECT_EQ(7, count(trace, "cudaStreamWaitEvent"));
+    EXPECT_EQ(count(trace, "cudaEventRecord"), count(trace, "cudaStreamWaitEvent"));
 }
 
 TEST_F(LuPaths, SmallMatricesAreTheCpus) {

@@ -190,6 +190,20 @@ TEST_F(QrPaths, PanelsOnTheCpuProductsOnTheDevice) {
     EXPECT_EQ(14u * 4 * sizeof(float), down) << "the tail alone";
 }
 
+// However many panels there are.
+TEST_F(QrPaths, ModernDevicesWaitForNoCopyInTheLoop) {
+    start(machine(90));
+    for (int n : {12, 20, 28}) {
+        OnDevice<float> a(Matrix<float>::random(30, n, 33)), tau(blank<float>(n));
+        const auto trace = traceOf(
+            [&] { EXPECT_EQ(lumoNoError, lumoDeviceSgeqrf(30, n, a.data(), 33, tau.data())); });
+        EXPECT_EQ((n / 4 - 1) * 2, count(trace, "cudaMemcpy2DAsync")) << "panels down and up";
+        EXPECT_EQ(2, count(trace, "cudaMemcpy2D") - count(trace, "cudaMemcpy2DAsync"))
+            << "the tail";
+        EXPECT_EQ(2, count(trace, "cudaMemcpy")) << "the scalar factors";
+    }
+}
+
 TEST_F(QrPaths, WithoutOverlapThereIsNoStream) {
     auto plain = machine();
     plain.devices[0].deviceOverlap = false;
