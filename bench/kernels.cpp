@@ -19,10 +19,9 @@
 #include "basic/Transpose/Transpose.h"
 #include "basic/lasr/lasr.h"
 #include "blas/gemv/gemv.h"
+#include "platform/cpu/blas.h"
+#include "platform/cpu/lapack.h"
 #include "platform/cuda3.h"
-
-extern "C" void sgemv_(const char*, const int*, const int*, const float*, const float*, const int*,
-                       const float*, const int*, const float*, float*, const int*);
 
 // The loops are compiled for the same instruction sets as the kernels.
 #if defined(__x86_64__) && !defined(__clang__)
@@ -30,9 +29,6 @@ extern "C" void sgemv_(const char*, const int*, const int*, const float*, const 
 #else
 #define FOR_THIS_CPU __attribute__((noinline))
 #endif
-
-extern "C" void slasr_(const char*, const char*, const char*, const int*, const int*, const float*,
-                       const float*, float*, const int*);
 
 namespace {
 
@@ -174,19 +170,16 @@ void LASWP(benchmark::State& state) {
 }
 
 void TransposedProduct(benchmark::State& state) {
-    const int m = int(state.range(0)), n = int(state.range(1)), lda = m + 32, inc = 1;
-    const float one = 1, zero = 0;
+    const int m = int(state.range(0)), n = int(state.range(1)), lda = m + 32;
     const DeviceMatrix a = deviceMatrix(), vectors = deviceMatrix();
     const HostMatrix x = hostMatrix(), y = hostMatrix();
     compare(
         state,
         [&] {
-            lumo::gemv('T', m, n, one, a.get(), lda, vectors.get(), 1, zero, vectors.get() + order,
+            lumo::gemv('T', m, n, 1.0f, a.get(), lda, vectors.get(), 1, 0.0f, vectors.get() + order,
                        1);
         },
-        [&] {
-            sgemv_("T", &m, &n, &one, x.get(), &lda, y.get(), &inc, &zero, y.get() + order, &inc);
-        });
+        [&] { cpu::gemv<float>('T', m, n, 1, x.get(), lda, y.get(), 1, 0, y.get() + order, 1); });
 }
 
 // One sweep of rotations on the columns of an n x n matrix; the loop is the CPU LAPACK's.
@@ -200,7 +193,7 @@ void LASR(benchmark::State& state) {
     cudaMemcpy(sines, s.data(), n * sizeof(float), cudaMemcpyHostToDevice);
     compare(
         state, [&] { lumo::LASR('R', 'V', 'F', n, n, rotations.get(), sines, a.get(), lda); },
-        [&] { slasr_("R", "V", "F", &n, &n, c.data(), s.data(), x.get(), &lda); });
+        [&] { cpu::lasr<float>('R', 'V', 'F', n, n, c.data(), s.data(), x.get(), lda); });
 }
 
 #define LUMO_COMPARISON(name) \

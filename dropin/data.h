@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "common/complex.h"
+#include "common/matrix.h"
 
 namespace lumo::dropin {
 
@@ -23,7 +24,7 @@ RealOf<T> largest(const T* a, int m, int n, int lda) {
     constexpr int parts = isComplex<T> ? 2 : 1;
     Bits most = 0;
     for (int j = 0; j < n; ++j) {
-        const auto* column = reinterpret_cast<const char*>(a + std::ptrdiff_t(j) * lda);
+        const auto* column = reinterpret_cast<const char*>(at(a, lda, 0, j));
         for (std::ptrdiff_t i = 0; i < std::ptrdiff_t(parts) * m; ++i) {
             Bits bits;
             std::memcpy(&bits, column + i * std::ptrdiff_t(sizeof bits), sizeof bits);

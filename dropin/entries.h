@@ -10,18 +10,19 @@
 
 #include "common/letters.h"
 #include "dropin/serve.h"
+#include "platform/cpu/fortran.h"
 
 namespace lumo::dropin {
 
-// Fortran passes everything by reference, and behind the arguments the lengths of the strings: one
-// each. Functions without strings do not see them.
-template <class A>
-using ByReference = std::conditional_t<std::is_pointer_v<A>, A, const A*>;
+using cpu::Reference;
+
+// The lengths of the strings, behind Fortran's arguments: one each. Functions without strings do
+// not see them.
 constexpr std::size_t one = 1;
 constexpr std::size_t mostLetters = 4;
 
 template <class A>
-A byValue(ByReference<A> argument) {
+A byValue(Reference<A> argument) {
     if constexpr (std::is_pointer_v<A>)
         return argument;
     else
@@ -39,11 +40,11 @@ struct Fortran;
 
 template <class Entry, class... A>
 struct Fortran<Entry, lumoStatus (*)(A...)> {
-    static void blas(ByReference<A>... a) {
+    static void blas(Reference<A>... a) {
         static Symbol& symbol = symbolOf<Entry>("", "_");
         Passage passage(symbol);
         if (passage.serve<Entry>({element(byValue<A>(a))...})) return;
-        symbol.cpu<void(ByReference<A>..., std::size_t, std::size_t, std::size_t, std::size_t)>()(
+        symbol.cpu<void(Reference<A>..., std::size_t, std::size_t, std::size_t, std::size_t)>()(
             a..., one, one, one, one);
     }
 
@@ -51,8 +52,8 @@ struct Fortran<Entry, lumoStatus (*)(A...)> {
     // the length of the workspace no query; its first element becomes the length that the CPU
     // library would have liked.
     template <class... Extra>
-    static void lapack(ByReference<A>... a, Extra... extra, int* info) {
-        using Cpu = void(ByReference<A>..., Extra..., int*, std::size_t, std::size_t, std::size_t,
+    static void lapack(Reference<A>... a, Extra... extra, int* info) {
+        using Cpu = void(Reference<A>..., Extra..., int*, std::size_t, std::size_t, std::size_t,
                          std::size_t);
         static Symbol& symbol = symbolOf<Entry>("", "_");
         Cpu* const cpu = symbol.template cpu<Cpu>();
@@ -74,7 +75,7 @@ struct Fortran<Entry, lumoStatus (*)(A...)> {
         return servable(routine) && *lwork >= Rules<Routine>::leastWork(routine);
     }
     template <class Cpu, class T, class... Rest>
-    static void tellBest(Cpu* cpu, ByReference<A>... a, T* work, const int*, Rest... rest) {
+    static void tellBest(Cpu* cpu, Reference<A>... a, T* work, const int*, Rest... rest) {
         const int query = -1;
         int info = 0;
         cpu(a..., work, &query, rest..., &info, one, one, one, one);

@@ -21,7 +21,7 @@
 
 extern "C" void sgels_(const char* trans, const int* m, const int* n, const int* nrhs, float* a,
                        const int* lda, float* b, const int* ldb, float* work, const int* lwork,
-                       int* info);
+                       int* info, std::size_t lengthOfTrans);
 
 namespace {
 
@@ -126,11 +126,11 @@ int cpuGels(int m, int n, float* a, float* b) {
     const int one = 1, query = -1;
     int info = 0;
     float size = 0;
-    sgels_("N", &m, &n, &one, a, &m, b, &m, &size, &query, &info);
+    sgels_("N", &m, &n, &one, a, &m, b, &m, &size, &query, &info, 1);
     if (info) return info;
     const int lwork = int(size);
     std::vector<float> work(lwork);
-    sgels_("N", &m, &n, &one, a, &m, b, &m, work.data(), &lwork, &info);
+    sgels_("N", &m, &n, &one, a, &m, b, &m, work.data(), &lwork, &info, 1);
     return info;
 }
 

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <mutex>
 
-#include "platform/fortran_blas.h"
+#include "platform/cpu/blas.h"
 
 namespace platform {
 namespace {
@@ -32,7 +32,7 @@ Set openmpSet = nullptr;
 Switch find() {
     // The library that the products come from: a process may hold several.
     Dl_info provider;
-    void* library = dladdr(reinterpret_cast<const void*>(&blas::sgemm_), &provider)
+    void* library = dladdr(reinterpret_cast<const void*>(&cpu::sgemm_), &provider)
                         ? dlopen(provider.dli_fname, RTLD_LAZY | RTLD_NOLOAD)
                         : nullptr;
     if (!library) return {};

@@ -5,9 +5,9 @@
 // header next to the toolkit's own. Error codes are CUDA 3 and legacy CUBLAS numbers as int.
 #pragma once
 
-#include <complex>
 #include <cstddef>
-#include <type_traits>
+
+#include "platform/element_types.h"
 
 namespace platform {
 
@@ -75,33 +75,6 @@ using Event = void*;
 // What the algorithms work in panels for: to factorise an m x n matrix, or to apply reflectors of
 // order m to n rows or columns.
 enum class Panel { lu, qr, bidiagonal, reflectors };
-
-// The element types: float and double, and complex numbers of both.
-template <class T>
-struct RealType {
-    using Type = T;
-};
-template <class T>
-struct RealType<std::complex<T>> {
-    using Type = T;
-};
-template <class T>
-using RealOf = typename RealType<T>::Type;
-template <class T>
-constexpr bool isComplex = !std::is_same_v<T, RealOf<T>>;
-template <class T>
-constexpr bool isDouble = std::is_same_v<RealOf<T>, double>;
-
-// What belongs to an element type.
-template <class T, class S, class D, class C, class Z>
-constexpr auto ofType(S s, D d, C c, Z z) {
-    if constexpr (isComplex<T>)
-        return ofType<RealOf<T>>(c, z, c, z);
-    else if constexpr (isDouble<T>)
-        return d;
-    else
-        return s;
-}
 
 // The parts of a table; platform/entries.inc has the entries.
 struct Identity {

@@ -9,35 +9,16 @@
 #include "basic/largv/largv.h"
 #include "basic/lartv/lartv.h"
 #include "basic/lasr/lasr.h"
+#include "blas/cublas.h"
+#include "platform/cpu/lapack.h"
 #include "support/kernels.h"
-
-template <class T>
-struct Cpu;
-#define LUMO_TEST_ROUTINES(s, T, R)                                                             \
-    extern "C" {                                                                                \
-    void s##larfg_(const int* n, T* alpha, T* x, const int* incx, T* tau);                      \
-    void s##lasr_(const char* side, const char* pivot, const char* direct, const int* m,        \
-                  const int* n, const R* c, const R* sines, T* a, const int* lda, std::size_t,  \
-                  std::size_t, std::size_t);                                                    \
-    void s##lar2v_(const int* n, T* x, T* y, T* z, const int* incx, const R* c, const T* sines, \
-                   const int* incc);                                                            \
-    void s##largv_(const int* n, T* x, const int* incx, T* y, const int* incy, R* c,            \
-                   const int* incc);                                                            \
-    void s##lartv_(const int* n, T* x, const int* incx, T* y, const int* incy, const R* c,      \
-                   const T* sines, const int* incc);                                            \
-    }                                                                                           \
-    template <>                                                                                 \
-    struct Cpu<T> {                                                                             \
-        static constexpr auto larfg = s##larfg_, lasr = s##lasr_, lar2v = s##lar2v_,            \
-                              largv = s##largv_, lartv = s##lartv_;                             \
-    };
-LUMO_TEST_ROUTINES(s, float, float)
-LUMO_TEST_ROUTINES(d, double, double)
-LUMO_TEST_ROUTINES(c, lumo::Complex<float>, float)
-LUMO_TEST_ROUTINES(z, lumo::Complex<double>, double)
 
 namespace test {
 namespace {
+
+using lumo::cublas::plain;
+template <class T>
+using Plain = decltype(plain(T()));
 
 // Operands, on the device and for the CPU.
 template <class T>
@@ -45,7 +26,7 @@ struct Twins {
     Matrix<T> host;
     OnDevice<T> device;
     Twins(const Matrix<T>& a) : host(a), device(a) {}
-    T* cpu() { return host.data.data(); }
+    Plain<T>* cpu() { return plain(host.data.data()); }
     T* gpu() { return device.data(); }
     // `unit` as for expectElements.
     void expectSame(double ulps, double unit = 1) { expectElements(device, host, ulps, unit); }
@@ -72,7 +53,7 @@ void expectReflector(int n, int incx, double alphaFactor, double xFactor) {
     scalars(0, 0) = RealOf<T>(alphaFactor) * scalars(0, 0);
     Twins<T> x(random), alphaAndTau(scalars);
     lumo::larfg(n, alphaAndTau.gpu(), x.gpu(), incx, alphaAndTau.gpu() + 1);
-    Cpu<T>::larfg(&n, alphaAndTau.cpu(), x.cpu(), &incx, alphaAndTau.cpu() + 1);
+    cpu::larfg<Plain<T>>(n, alphaAndTau.cpu(), x.cpu(), incx, alphaAndTau.cpu() + 1);
     const double ulps = 8 + 2 * std::sqrt(n);
     alphaAndTau.expectSame(ulps, smallest<T>);
     x.expectSame(ulps, smallest<T>);
@@ -132,8 +113,8 @@ TYPED_TEST(LapackKernels, RotationsOfMatrices) {
             Twins<RealOf<T>> cs(rotations<RealOf<T>>(along - 1));
             const int ld = a.host.ld, sines = cs.host.ld;
             lumo::LASR(letters[0], 'V', letters[1], m, n, cs.gpu(), cs.gpu() + sines, a.gpu(), ld);
-            Cpu<T>::lasr(letters, "V", letters + 1, &m, &n, cs.cpu(), cs.cpu() + sines, a.cpu(),
-                         &ld, 1, 1, 1);
+            cpu::lasr<Plain<T>>(letters[0], 'V', letters[1], m, n, cs.cpu(), cs.cpu() + sines,
+                                a.cpu(), ld);
             a.expectSame(20);
         }
 }
@@ -161,7 +142,7 @@ TYPED_TEST(LapackKernels, RotationsFromBothSides) {
         s(vectorOf<T>(n, incc, 3));
     Twins<RealOf<T>> c(vectorOf<RealOf<T>>(n, incc, 4));
     lumo::lar2v(n, x.gpu(), y.gpu(), z.gpu(), incx, c.gpu(), s.gpu(), incc);
-    Cpu<T>::lar2v(&n, x.cpu(), y.cpu(), z.cpu(), &incx, c.cpu(), s.cpu(), &incc);
+    cpu::lar2v<Plain<T>>(n, x.cpu(), y.cpu(), z.cpu(), incx, c.cpu(), s.cpu(), incc);
     // Sums of terms of either sign: rounding is relative to the terms, which are below 8.
     for (auto* result : {&x, &y, &z}) result->expectSame(16);
 }
@@ -171,7 +152,7 @@ TYPED_TEST(LapackKernels, RotationsOfPairs) {
     Twins<T> x(vectorOf<T>(n, incx, 1)), y(vectorOf<T>(n, incy, 2)), s(vectorOf<T>(n, incc, 3));
     Twins<RealOf<T>> c(vectorOf<RealOf<T>>(n, incc, 4));
     lumo::lartv(n, x.gpu(), incx, y.gpu(), incy, c.gpu(), s.gpu(), incc);
-    Cpu<T>::lartv(&n, x.cpu(), &incx, y.cpu(), &incy, c.cpu(), s.cpu(), &incc);
+    cpu::lartv<Plain<T>>(n, x.cpu(), incx, y.cpu(), incy, c.cpu(), s.cpu(), incc);
     for (auto* result : {&x, &y}) result->expectSame(8);
 }
 
@@ -190,7 +171,7 @@ TYPED_TEST(LapackKernels, GeneratedRotations) {
     Twins<T> x(first), y(second);
     Twins<R> c(vectorOf<R>(n, incc, 4));
     lumo::largv(n, x.gpu(), incx, y.gpu(), incy, c.gpu(), incc);
-    Cpu<T>::largv(&n, x.cpu(), &incx, y.cpu(), &incy, c.cpu(), &incc);
+    cpu::largv<Plain<T>>(n, x.cpu(), incx, y.cpu(), incy, c.cpu(), incc);
     for (auto* result : {&x, &y}) result->expectSame(8, smallest<T>);
     c.expectSame(8, smallest<T>);
 }

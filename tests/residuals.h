@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-#include "platform/fortran_blas.h"
+#include "platform/cpu/blas.h"
 #include "support/matrix.h"
 
 namespace test {
@@ -49,10 +49,8 @@ struct WideMatrix {
 inline WideMatrix operator*(const WideMatrix& a, const WideMatrix& b) {
     WideMatrix c(a.m, b.n);
     if (a.m == 0 || b.n == 0) return c;
-    const Wide one = 1, zero = 0;
-    blas::Routines<Wide>::gemm('N', 'N', a.m, b.n, a.n, &one, a.data.data(), std::max(1, a.m),
-                               b.data.data(), std::max(1, b.m), &zero, c.data.data(),
-                               std::max(1, c.m));
+    cpu::gemm<Wide>('N', 'N', a.m, b.n, a.n, 1, a.data.data(), std::max(1, a.m), b.data.data(),
+                    std::max(1, b.m), 0, c.data.data(), std::max(1, c.m));
     return c;
 }
 

@@ -9,7 +9,8 @@
 
 #include "platform/blas_arguments.h"
 #include "platform/blas_threads.h"
-#include "platform/fortran_blas.h"
+#include "platform/cpu/blas.h"
+#include "platform/matrix.h"
 #include "platform/software/device.h"
 #include "platform/software/instruments.h"
 #include "platform/software/streams.h"
@@ -17,7 +18,7 @@
 
 namespace software {
 
-using blas::Routines;
+using platform::at;
 
 // Whether CUBLAS has been started, and the stream of the calling thread's routines.
 inline std::atomic<bool> blasReady{false};
@@ -72,14 +73,10 @@ class Update {
     bool nan_;
 };
 
-// Operand `a` from its element (i, j) on; of op(A), where `trans` says what op is.
+// Operand `a` from the element (i, j) of op(A) on, where `trans` says what op is.
 template <class T>
-T* at(T* a, std::ptrdiff_t i, std::ptrdiff_t j, int ld) {
-    return a + (j * ld + i);
-}
-template <class T>
-T* atOf(char trans, T* a, std::ptrdiff_t i, std::ptrdiff_t j, int ld) {
-    return platform::oneOf(trans, "N") ? at(a, i, j, ld) : at(a, j, i, ld);
+T* atOf(char trans, T* a, int ld, int i, int j) {
+    return platform::oneOf(trans, "N") ? at(a, ld, i, j) : at(a, ld, j, i);
 }
 
 // Tiles of a product of so many multiplications and additions, which a core does several of at a

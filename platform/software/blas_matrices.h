@@ -14,12 +14,11 @@ void gemm(char transa, char transb, int m, int n, int k, T alpha, const T* a, in
         Names<T>::gemm, platform::gemmOperands(transa, transb, m, n, k, a, lda, b, ldb, c, ldc),
         productTiles<T>(m, n, double(m) * n * k, Tiles::Cut::both),
         [=](auto operand, const Tile& t) {
-            T* const result = at(operand[2], t.i, t.j, ldc);
+            T* const result = at(operand[2], ldc, t.i, t.j);
             by.apply('A', t.m, t.n, result, ldc, [&] {
-                Routines<T>::gemm(transa, transb, t.m, t.n, by.k, &by.alpha,
-                                  atOf(transa, operand[0], t.i, 0, lda), lda,
-                                  atOf(transb, operand[1], 0, t.j, ldb), ldb, &by.beta, result,
-                                  ldc);
+                cpu::gemm<T>(transa, transb, t.m, t.n, by.k, by.alpha,
+                             atOf(transa, operand[0], lda, t.i, 0), lda,
+                             atOf(transb, operand[1], ldb, 0, t.j), ldb, by.beta, result, ldc);
             });
         },
         transa, transb, m, n, k, a, lda, b, ldb, c, ldc);
@@ -42,10 +41,10 @@ void symm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, cons
         Names<T>::symm, platform::symmOperands(side, uplo, m, n, a, lda, b, ldb, c, ldc),
         sidedTiles<T>(side, m, n),
         [=](auto operand, const Tile& t) {
-            T* const result = at(operand[2], t.i, t.j, ldc);
+            T* const result = at(operand[2], ldc, t.i, t.j);
             by.apply('A', t.m, t.n, result, ldc, [&] {
-                Routines<T>::symm(side, uplo, t.m, t.n, &by.alpha, operand[0], lda,
-                                  at(operand[1], t.i, t.j, ldb), ldb, &by.beta, result, ldc);
+                cpu::symm<T>(side, uplo, t.m, t.n, by.alpha, operand[0], lda,
+                             at(operand[1], ldb, t.i, t.j), ldb, by.beta, result, ldc);
             });
         },
         side, uplo, m, n, a, lda, b, ldb, c, ldc);
@@ -75,22 +74,21 @@ void rankUpdate(const char* name, char uplo, char trans, const char* transposes,
         name, platform::syrkOperands(uplo, trans, transposes, n, k, a, lda, c, ldc),
         triangleTiles<T>(n, 0.5 * n * n * k),
         [=](auto operand, const Tile& t) {
-            auto rows = [&](int i) { return atOf(trans, operand[0], i, 0, lda); };
+            auto rows = [&](int i) { return atOf(trans, operand[0], lda, i, 0); };
             const bool plain = platform::oneOf(trans, "N");
             const char other = *transposes;
             eachOfTriangle(
                 uplo, n, t,
                 [&](int j, int order) {
-                    T* const result = at(operand[1], j, j, ldc);
+                    T* const result = at(operand[1], ldc, j, j);
                     by.apply(uplo, order, order, result, ldc,
                              [&] { onDiagonal(order, rows(j), result); });
                 },
                 [&](int i, int m, int j, int columns) {
-                    T* const result = at(operand[1], i, j, ldc);
+                    T* const result = at(operand[1], ldc, i, j);
                     by.apply('A', m, columns, result, ldc, [&] {
-                        Routines<T>::gemm(plain ? 'N' : other, plain ? other : 'N', m, columns,
-                                          by.k, &by.alpha, rows(i), lda, rows(j), lda, &by.beta,
-                                          result, ldc);
+                        cpu::gemm<T>(plain ? 'N' : other, plain ? other : 'N', m, columns, by.k,
+                                     by.alpha, rows(i), lda, rows(j), lda, by.beta, result, ldc);
                     });
                 });
         },
@@ -103,8 +101,8 @@ void syrk(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, T b
     const Update<T> by(alpha, beta, k);
     rankUpdate(Names<T>::syrk, uplo, trans, platform::symmetricTransposes<T>, n, k, by, a, lda, c,
                ldc, [=](int order, const T* rows, T* result) {
-                   Routines<T>::syrk(uplo, trans, order, by.k, &by.alpha, rows, lda, &by.beta,
-                                     result, ldc);
+                   cpu::syrk<T>(uplo, trans, order, by.k, by.alpha, rows, lda, by.beta, result,
+                                ldc);
                });
 }
 
@@ -114,8 +112,8 @@ void herk(char uplo, char trans, int n, int k, platform::RealOf<T> alpha, const 
     const Update<T> by(alpha, beta, k);
     rankUpdate(Names<T>::herk, uplo, trans, platform::hermitianTransposes<T>, n, k, by, a, lda, c,
                ldc, [=](int order, const T* rows, T* result) {
-                   Routines<T>::herk(uplo, trans, order, by.k, &by.alpha, rows, lda, &by.beta,
-                                     result, ldc);
+                   cpu::herk<T>(uplo, trans, order, by.k, std::real(by.alpha), rows, lda,
+                                std::real(by.beta), result, ldc);
                });
 }
 
@@ -130,27 +128,26 @@ void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, co
         triangleTiles<T>(n, double(n) * n * k),
         [=](auto operand, const Tile& t) {
             auto rows = [&](int which, int i) {
-                return atOf(trans, operand[which], i, 0, which ? ldb : lda);
+                return atOf(trans, operand[which], which ? ldb : lda, i, 0);
             };
             const bool plain = platform::oneOf(trans, "N");
             const char first = plain ? 'N' : *transposes, second = plain ? *transposes : 'N';
             eachOfTriangle(
                 uplo, n, t,
                 [&](int j, int order) {
-                    T* const result = at(operand[2], j, j, ldc);
+                    T* const result = at(operand[2], ldc, j, j);
                     by.apply(uplo, order, order, result, ldc, [&] {
-                        Routines<T>::syr2k(uplo, trans, order, by.k, &by.alpha, rows(0, j), lda,
-                                           rows(1, j), ldb, &by.beta, result, ldc);
+                        cpu::syr2k<T>(uplo, trans, order, by.k, by.alpha, rows(0, j), lda,
+                                      rows(1, j), ldb, std::real(by.beta), result, ldc);
                     });
                 },
                 [&](int i, int m, int j, int columns) {
-                    T* const result = at(operand[2], i, j, ldc);
+                    T* const result = at(operand[2], ldc, i, j);
                     by.apply('A', m, columns, result, ldc, [&] {
-                        const T one(1), conjugated = conjugate(by.alpha);
-                        Routines<T>::gemm(first, second, m, columns, by.k, &by.alpha, rows(0, i),
-                                          lda, rows(1, j), ldb, &by.beta, result, ldc);
-                        Routines<T>::gemm(first, second, m, columns, by.k, &conjugated, rows(1, i),
-                                          ldb, rows(0, j), lda, &one, result, ldc);
+                        cpu::gemm<T>(first, second, m, columns, by.k, by.alpha, rows(0, i), lda,
+                                     rows(1, j), ldb, by.beta, result, ldc);
+                        cpu::gemm<T>(first, second, m, columns, by.k, conjugate(by.alpha),
+                                     rows(1, i), ldb, rows(0, j), lda, T(1), result, ldc);
                     });
                 });
         },
@@ -166,10 +163,10 @@ void trmm(char side, char uplo, char transa, char diag, int m, int n, T alpha, c
         platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
         sidedTiles<T>(side, m, n),
         [=](auto operand, const Tile& t) {
-            T* const result = at(operand[1], t.i, t.j, ldb);
+            T* const result = at(operand[1], ldb, t.i, t.j);
             by.apply('A', t.m, t.n, result, ldb, [&] {
-                Routines<T>::trmm(side, uplo, transa, diag, t.m, t.n, &by.alpha, operand[0], lda,
-                                  result, ldb);
+                cpu::trmm<T>(side, uplo, transa, diag, t.m, t.n, by.alpha, operand[0], lda, result,
+                             ldb);
             });
         },
         side, uplo, transa, diag, m, n, a, lda, b, ldb);
@@ -184,7 +181,7 @@ void trsm(char side, char uplo, char transa, char diag, int m, int n, T alpha, c
         platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
         sidedTiles<T>(side, m, n),
         [=](auto operand, const Tile& t) {
-            T* const result = at(operand[1], t.i, t.j, ldb);
+            T* const result = at(operand[1], ldb, t.i, t.j);
             by.apply('A', t.m, t.n, result, ldb, [&] {
                 TriangularSolve<T>{side,     uplo,       transa, diag,   t.m, t.n,
                                    by.alpha, operand[0], lda,    result, ldb}

@@ -14,39 +14,39 @@ template <class T>
 void copy(int n, const T* x, int incx, T* y, int incy) {
     blasCall<T>(
         Names<T>::copy, platform::vectorOperands(n, x, incx, y, incy), whole(n),
-        [=](auto at, const Tile&) { Routines<T>::copy(n, at[0], incx, at[1], incy); }, n, x, incx,
-        y, incy);
+        [=](auto at, const Tile&) { cpu::copy<T>(n, at[0], incx, at[1], incy); }, n, x, incx, y,
+        incy);
 }
 
 template <class T>
 void swap(int n, T* x, int incx, T* y, int incy) {
     blasCall<T>(
         Names<T>::swap, platform::vectorOperands(n, x, incx, y, incy), whole(n),
-        [=](auto at, const Tile&) { Routines<T>::swap(n, at[0], incx, at[1], incy); }, n, x, incx,
-        y, incy);
+        [=](auto at, const Tile&) { cpu::swap<T>(n, at[0], incx, at[1], incy); }, n, x, incx, y,
+        incy);
 }
 
 template <class T>
 void scal(int n, T alpha, T* x, int incx) {
     blasCall<T>(
         Names<T>::scal, platform::vectorOperands(n, x, incx), whole(n),
-        [=](auto at, const Tile&) { Routines<T>::scal(n, &alpha, at[0], incx); }, n, x, incx);
+        [=](auto at, const Tile&) { cpu::scal<T>(n, alpha, at[0], incx); }, n, x, incx);
 }
 
 template <class T>
 void axpy(int n, T alpha, const T* x, int incx, T* y, int incy) {
     blasCall<T>(
         Names<T>::axpy, platform::vectorOperands(n, x, incx, y, incy), whole(n),
-        [=](auto at, const Tile&) { Routines<T>::axpy(n, &alpha, at[0], incx, at[1], incy); }, n, x,
-        incx, y, incy);
+        [=](auto at, const Tile&) { cpu::axpy<T>(n, alpha, at[0], incx, at[1], incy); }, n, x, incx,
+        y, incy);
 }
 
 template <class T>
 void rot(int n, T* x, int incx, T* y, int incy, platform::RealOf<T> c, platform::RealOf<T> s) {
     blasCall<T>(
         Names<T>::rot, platform::vectorOperands(n, x, incx, y, incy), whole(n),
-        [=](auto at, const Tile&) { Routines<T>::rot(n, at[0], incx, at[1], incy, &c, &s); }, n, x,
-        incx, y, incy);
+        [=](auto at, const Tile&) { cpu::rot<T>(n, at[0], incx, at[1], incy, c, s); }, n, x, incx,
+        y, incy);
 }
 
 template <class T>
@@ -58,8 +58,7 @@ void symv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, 
         Tiles::one(1, n, double(n) * n),
         [=](auto at, const Tile&) {
             by.apply('A', 1, n, at[2], std::labs(incy), [&] {
-                Routines<T>::symv(uplo, n, &by.alpha, at[0], lda, at[1], incx, &by.beta, at[2],
-                                  incy);
+                cpu::symv<T>(uplo, n, by.alpha, at[0], lda, at[1], incx, by.beta, at[2], incy);
             });
         },
         uplo, n, a, lda, x, incx, y, incy);
@@ -70,9 +69,7 @@ void trmv(char uplo, char trans, char diag, int n, const T* a, int lda, T* x, in
     blasCall<T>(
         Names<T>::trmv, platform::trmvOperands(uplo, trans, diag, n, a, lda, x, incx),
         Tiles::one(1, n, double(n) * n),
-        [=](auto at, const Tile&) {
-            Routines<T>::trmv(uplo, trans, diag, n, at[0], lda, at[1], incx);
-        },
+        [=](auto at, const Tile&) { cpu::trmv<T>(uplo, trans, diag, n, at[0], lda, at[1], incx); },
         uplo, trans, diag, n, a, lda, x, incx);
 }
 
@@ -93,11 +90,11 @@ void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, in
             auto product = [&](int first, int count) {
                 // Counted backwards, the first elements are the last in memory.
                 const int begin = incy < 0 ? length - first - count : first;
-                T* const part = at(operand[2], 0, begin, std::abs(incy));
+                T* const part = at(operand[2], std::abs(incy), 0, begin);
                 by.apply('A', 1, count, part, std::size_t(std::labs(incy)), [&] {
-                    Routines<T>::gemv(trans, plain ? count : m, plain ? n : count, &by.alpha,
-                                      atOf(trans, operand[0], first, 0, lda), lda, operand[1], incx,
-                                      &by.beta, part, incy);
+                    cpu::gemv<T>(trans, plain ? count : m, plain ? n : count, by.alpha,
+                                 atOf(trans, operand[0], lda, first, 0), lda, operand[1], incx,
+                                 by.beta, part, incy);
                 });
             };
             // Of 4 i + 2 rows OpenBLAS's complex kernels read the last two a column too far, and x

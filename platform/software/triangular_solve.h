@@ -6,7 +6,7 @@
 #include <cstddef>
 
 #include "platform/blas_arguments.h"
-#include "platform/fortran_blas.h"
+#include "platform/cpu/blas.h"
 #include "platform/reciprocal.h"
 
 namespace software {
@@ -24,8 +24,7 @@ struct TriangularSolve {
 
     void run() const {
         if (alpha == T(0) || platform::oneOf(diag, "U") || !hasTinyPivot())
-            blas::Routines<T>::trsm(side, uplo, transa, diag, m, n, &alpha, a, int(lda), b,
-                                    int(ldb));
+            cpu::trsm<T>(side, uplo, transa, diag, m, n, alpha, a, int(lda), b, int(ldb));
         else if (order() == 1)
             divide();
         else
@@ -67,14 +66,13 @@ struct TriangularSolve {
                         &second = leadingFirst ? trailing : leading;
         first.run();
         const T* between = a + (lower() ? h : h * lda);
-        const T minusOne(-1);
         const int extent = leadingFirst ? h : rest;
         if (left())
-            blas::Routines<T>::gemm(transa, 'N', second.m, n, extent, &minusOne, between, int(lda),
-                                    first.b, int(ldb), &alpha, second.b, int(ldb));
+            cpu::gemm<T>(transa, 'N', second.m, n, extent, T(-1), between, int(lda), first.b,
+                         int(ldb), alpha, second.b, int(ldb));
         else
-            blas::Routines<T>::gemm('N', transa, m, second.n, extent, &minusOne, first.b, int(ldb),
-                                    between, int(lda), &alpha, second.b, int(ldb));
+            cpu::gemm<T>('N', transa, m, second.n, extent, T(-1), first.b, int(ldb), between,
+                         int(lda), alpha, second.b, int(ldb));
         second.alpha = T(1);
         second.run();
     }

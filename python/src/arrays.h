@@ -10,24 +10,15 @@
 #include <complex>
 #include <cstdlib>
 #include <stdexcept>
-#include <type_traits>
 
 #include "lumo.h"
+#include "platform/element_types.h"
 
 namespace lumo::python {
 
 namespace py = pybind11;
 
-template <class T>
-struct RealType {
-    using type = T;
-};
-template <class R>
-struct RealType<std::complex<R>> {
-    using type = R;
-};
-template <class T>
-using RealOf = typename RealType<T>::type;
+using platform::RealOf;
 
 // A column-major matrix in an array's own memory. A one-dimensional array is one column.
 template <class T>
@@ -80,23 +71,13 @@ Vector<T> toVector(const py::array& a) {
 }
 
 // The function for the element type T: of those for S, D, C and Z, or of the real and the complex.
-template <class T, class S, class D, class C, class Z>
-constexpr auto ofType(S s, D d, C c, Z z) {
-    if constexpr (std::is_same_v<T, float>)
-        return s;
-    else if constexpr (std::is_same_v<T, double>)
-        return d;
-    else if constexpr (std::is_same_v<T, std::complex<float>>)
-        return c;
-    else
-        return z;
-}
+using platform::ofType;
 template <class T, class Real, class Complex>
 constexpr auto ofType(Real real, Complex complex) {
-    if constexpr (std::is_floating_point_v<T>)
-        return real;
-    else
+    if constexpr (platform::isComplex<T>)
         return complex;
+    else
+        return real;
 }
 
 // Scalars and elements as lumo.h names their types.

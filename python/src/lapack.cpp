@@ -8,12 +8,7 @@
 #include "bind.h"
 #include "call.h"
 #include "common/condition.h"
-
-extern "C" {
-void sorgqr_(const int* m, const int* n, const int* k, void* a, const int* lda, const void* tau,
-             void* work, const int* lwork, int* info);
-decltype(sorgqr_) cungqr_;
-}
+#include "platform/cpu/lapack.h"
 
 namespace lumo::python {
 namespace {
@@ -53,13 +48,9 @@ int gglse(Matrix<T> a, Matrix<T> b, Vector<T> c, Vector<T> d, Vector<T> x) {
 // The first a.columns columns of Q from its reflectors, by the CPU LAPACK (xORGQR, xUNGQR).
 template <class T>
 void orgqr(Matrix<T> a, Vector<T> tau) {
-    const auto routine = ofType<T>(sorgqr_, cungqr_);
-    int info = 0, size = -1;
-    T best(0);
-    routine(&a.rows, &a.columns, &tau.size, a.data, &a.ld, tau.data, &best, &size, &info);
-    size = std::max({1, a.columns, int(std::real(best))});
-    std::vector<T> work(std::size_t(size), T(0));
-    routine(&a.rows, &a.columns, &tau.size, a.data, &a.ld, tau.data, work.data(), &size, &info);
+    const int info = cpu::withWorkspace<T>(a.columns, [&](T* work, int size) {
+        return cpu::orgqr<T>(a.rows, a.columns, tau.size, a.data, a.ld, tau.data, work, size);
+    });
     if (info != 0) throw std::runtime_error("the CPU LAPACK's orgqr refused its arguments");
 }
 

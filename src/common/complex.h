@@ -55,7 +55,7 @@ LUMO_HOST_DEVICE constexpr Complex<T> operator/(Complex<T> a, Complex<T> b) {
 }
 
 template <class T>
-struct ScalarTraits {
+struct ScalarTraits {  // in the names of kernels, which platform::RealOf is not
     using Real = T;
     static constexpr bool complex = false;
 };

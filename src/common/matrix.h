@@ -1,14 +1,11 @@
 // Column-major matrices.
 #pragma once
 
-#include <cstddef>
+#include "platform/matrix.h"
 
 namespace lumo {
 
-// Element (i, j) of a matrix; an offset has 64 bits.
-template <class T>
-T* at(T* a, int lda, int i, int j) {
-    return a + std::ptrdiff_t(j) * lda + i;
-}
+using platform::at;
+using platform::MatrixView;
 
 }  // namespace lumo

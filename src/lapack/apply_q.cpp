@@ -4,9 +4,10 @@
 
 #include "common/element_types.h"
 #include "lapack/block_reflector.h"
-#include "lapack/cpu_lapack.h"
+#include "lapack/host_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
+#include "common/matrix.h"
 
 namespace lumo {
 namespace {
@@ -18,7 +19,7 @@ void apply(Reflectors kind, char side, char trans, int m, int n, int k, T* a, in
     const bool left = side == 'L', plain = trans == 'N';
     const int order = left ? m : n, across = left ? n : m;
     const int wish =
-        platform::panelWidth(platform::Panel::reflectors, cpu::letter<T>, order, across);
+        platform::panelWidth(platform::Panel::reflectors, platform::letter<T>, order, across);
     const int nb = std::min(wish ? wish : geqrfTuning<T>.current(), k);
     BlockReflector<T> reflector(kind, nb);
     cudalib::Workspace<T> work(std::size_t(nb) * std::size_t(across));
@@ -34,9 +35,9 @@ void apply(Reflectors kind, char side, char trans, int m, int n, int k, T* a, in
         const bool backward = kind == Reflectors::ofRq;
         // The rows (side "L") or columns of C that the block reaches.
         const int first = backward ? 0 : i, reach = backward ? order - k + i + count : order - i;
-        reflector.expose(a + i + std::size_t(first) * std::size_t(lda), lda, reach, count);
+        reflector.expose(at(a, lda, i, first), lda, reach, count);
         reflector.form(factors.data() + i);
-        T* const part = c + std::size_t(first) * (left ? 1 : std::size_t(ldc));
+        T* const part = left ? at(c, ldc, first, 0) : at(c, ldc, 0, first);
         reflector.apply(side, op, across, part, ldc, work.data());
         reflector.restore();
     }

@@ -6,14 +6,13 @@
 #include "blas/cublas.h"
 #include "lapack/bdsqr_iteration.h"
 #include "lapack/rotation_ring.h"
+#include "common/matrix.h"
 
 namespace lumo {
 
 // A device matrix of vectors; absent if a vector has no elements.
 template <class T>
-struct VectorMatrix {
-    T* a;
-    int ld;
+struct VectorMatrix : MatrixView<T> {
     int length;  // of a vector
 };
 
@@ -40,13 +39,13 @@ class SingularVectors {
     // The two transpositions around the iteration.
     void turn() {
         if (scratch_.data())
-            transpose(v_.a, ld(v_), vt_.a, ld(vt_), std::size_t(n_), std::size_t(vt_.length));
+            transpose(v_.data, ld(v_), vt_.data, ld(vt_), std::size_t(n_), std::size_t(vt_.length));
         else if (turned())
-            transposeInplace(v_.a, ld(v_), std::size_t(n_));
+            transposeInplace(v_.data, ld(v_), std::size_t(n_));
     }
     void turnBack() {
         if (scratch_.data())
-            transpose(vt_.a, ld(vt_), v_.a, ld(v_), std::size_t(vt_.length), std::size_t(n_));
+            transpose(vt_.data, ld(vt_), v_.data, ld(v_), std::size_t(vt_.length), std::size_t(n_));
         else
             turn();
     }
@@ -70,25 +69,26 @@ class SingularVectors {
             LASR('R', 'V', direct, u_.length, count + 1, numbers, numbers + count,
                  column(u_, first), u_.ld);
         if (c_.length > 0)
-            LASR('L', 'V', direct, count + 1, c_.length, numbers, numbers + count, c_.a + first,
+            LASR('L', 'V', direct, count + 1, c_.length, numbers, numbers + count, c_.data + first,
                  c_.ld);
     }
 
     void rotate(int i, Real cr, Real sr, Real cl, Real sl) {
         if (hasRight()) cublas::rot(v_.length, column(v_, i), 1, column(v_, i + 1), 1, cr, sr);
         if (u_.length > 0) cublas::rot(u_.length, column(u_, i), 1, column(u_, i + 1), 1, cl, sl);
-        if (c_.length > 0) cublas::rot(c_.length, c_.a + i, c_.ld, c_.a + i + 1, c_.ld, cl, sl);
+        if (c_.length > 0)
+            cublas::rot(c_.length, c_.data + i, c_.ld, c_.data + i + 1, c_.ld, cl, sl);
     }
     void negate(int i) {
         if (turned())
             cublas::scal(v_.length, T(-1), column(v_, i), 1);
         else if (hasRight())
-            cublas::scal(v_.length, T(-1), v_.a + i, v_.ld);
+            cublas::scal(v_.length, T(-1), v_.data + i, v_.ld);
     }
     void swap(int i, int j) {
         if (hasRight()) cublas::swap(v_.length, column(v_, i), 1, column(v_, j), 1);
         if (u_.length > 0) cublas::swap(u_.length, column(u_, i), 1, column(u_, j), 1);
-        if (c_.length > 0) cublas::swap(c_.length, c_.a + i, c_.ld, c_.a + j, c_.ld);
+        if (c_.length > 0) cublas::swap(c_.length, c_.data + i, c_.ld, c_.data + j, c_.ld);
     }
 
   private:
@@ -97,9 +97,7 @@ class SingularVectors {
     // A single row is only ever negated.
     bool turned() const { return hasRight() && n_ > 1; }
 
-    static T* column(const VectorMatrix<T>& m, int j) {
-        return m.a + std::size_t(j) * std::size_t(m.ld);
-    }
+    static T* column(const VectorMatrix<T>& m, int j) { return m.at(0, j); }
     static std::size_t ld(const VectorMatrix<T>& m) { return std::size_t(m.ld); }
 
     // The pairs that cross lie one behind the other.

@@ -9,6 +9,8 @@
 #include "blas/gemm.h"
 #include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
+#include "common/exceptions.h"
+#include "common/matrix.h"
 
 namespace lumo {
 namespace {
@@ -18,20 +20,20 @@ namespace {
 // (xLARFT's recursion).
 template <class T>
 void triangularFactor(bool forward, int count, T* t, const T* tau) {
-    auto at = [=](int i, int j) -> T& { return t[std::size_t(j) * count + i]; };
+    const MatrixView<T> factor{t, count};
     for (int step = 0; step < count; ++step) {
         const int i = forward ? step : count - 1 - step;
         const int begin = forward ? 0 : i + 1, end = forward ? i : count;
         const T minusTau = T(0) - tau[i];
-        for (int r = begin; r < end; ++r) at(r, i) = minusTau * at(r, i);
+        for (int r = begin; r < end; ++r) factor(r, i) = minusTau * factor(r, i);
         for (int k = 0; k < end - begin; ++k) {
             const int l = forward ? begin + k : end - 1 - k;
-            const T x = at(l, i);
+            const T x = factor(l, i);
             const int from = forward ? begin : l + 1, to = forward ? l : end;
-            for (int r = from; r < to; ++r) at(r, i) = at(r, i) + at(r, l) * x;
-            at(l, i) = at(l, l) * x;
+            for (int r = from; r < to; ++r) factor(r, i) = factor(r, i) + factor(r, l) * x;
+            factor(l, i) = factor(l, l) * x;
         }
-        at(i, i) = tau[i];
+        factor(i, i) = tau[i];
     }
 }
 
@@ -46,7 +48,7 @@ BlockReflector<T>::BlockReflector(Reflectors kind, int width)
 
 template <class T>
 T* BlockReflector<T>::triangle() const {
-    return kind_ == Reflectors::ofRq ? v_ + std::size_t(order_ - count_) * std::size_t(ldv_) : v_;
+    return kind_ == Reflectors::ofRq ? at(v_, ldv_, 0, order_ - count_) : v_;
 }
 
 template <class T>

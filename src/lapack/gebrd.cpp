@@ -10,9 +10,10 @@
 #include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
 #include "cudalib/workspace_pool.h"
-#include "lapack/cpu_lapack.h"
+#include "lapack/host_lapack.h"
 #include "lapack/labrd.h"
 #include "lapack/tuning.h"
+#include "common/matrix.h"
 
 namespace lumo {
 namespace {
@@ -23,18 +24,11 @@ class BidiagonalReduction {
 
   public:
     BidiagonalReduction(int m, int n, T* a, int lda, R* d, R* e, T* tauq, T* taup)
-        : m_(m),
-          n_(n),
-          k_(std::min(m, n)),
-          a_(a),
-          lda_(lda),
-          d_(d),
-          e_(e),
-          tauq_(tauq),
-          taup_(taup) {}
+        : m_(m), n_(n), k_(std::min(m, n)), a_{a, lda}, d_(d), e_(e), tauq_(tauq), taup_(taup) {}
 
     void run() const {
-        const int wish = platform::panelWidth(platform::Panel::bidiagonal, cpu::letter<T>, m_, n_);
+        const int wish =
+            platform::panelWidth(platform::Panel::bidiagonal, platform::letter<T>, m_, n_);
         const int nb = wish ? wish : gebrdTuning<T>.current();
         // The last block, of 1 to nb columns, is the CPU's.
         const int split = (k_ - 1) / nb * nb;
@@ -43,46 +37,45 @@ class BidiagonalReduction {
     }
 
   private:
-    T* at(int i, int j) const { return a_ + std::size_t(j) * std::size_t(lda_) + i; }
-
     void reduceOnDevice(int nb, int split) const {
         const cudalib::Workspace<T> x(std::size_t(m_) * nb), y(std::size_t(n_) * nb), row(n_);
         for (int i = 0; i < split; i += nb) {
-            Labrd<T>{m_ - i,    n_ - i,    nb,       at(i, i), lda_,     d_ + i, e_ + i,
-                     tauq_ + i, taup_ + i, x.data(), m_,       y.data(), n_,     row.data()}
+            Labrd<T>{m_ - i,    n_ - i,    nb,       a_.at(i, i), a_.ld,    d_ + i, e_ + i,
+                     tauq_ + i, taup_ + i, x.data(), m_,          y.data(), n_,     row.data()}
                 .run();
             const int next = i + nb, rows = m_ - next, columns = n_ - next;
-            gemm('N', adjointLetter<T>, rows, columns, nb, T(-1), at(next, i), lda_, y.data() + nb,
-                 n_, T(1), at(next, next), lda_);
-            gemm('N', 'N', rows, columns, nb, T(-1), x.data() + nb, m_, at(i, next), lda_, T(1),
-                 at(next, next), lda_);
+            gemm('N', adjointLetter<T>, rows, columns, nb, T(-1), a_.at(next, i), a_.ld,
+                 y.data() + nb, n_, T(1), a_.at(next, next), a_.ld);
+            gemm('N', 'N', rows, columns, nb, T(-1), x.data() + nb, m_, a_.at(i, next), a_.ld, T(1),
+                 a_.at(next, next), a_.ld);
             // Where the update needed ones.
-            restore(nb, d_ + i, at(i, i));
-            restore(nb, e_ + i, m_ >= n_ ? at(i, i + 1) : at(i + 1, i));
+            restore(nb, d_ + i, a_.at(i, i));
+            restore(nb, e_ + i, m_ >= n_ ? a_.at(i, i + 1) : a_.at(i + 1, i));
         }
     }
 
     // `count` elements of B, back into a diagonal of A.
     void restore(int count, const R* values, T* diagonal) const {
         if constexpr (isComplex<T>)
-            copyVectorRealToComplex(count, diagonal, lda_ + 1, values, 1);
+            copyVectorRealToComplex(count, diagonal, a_.ld + 1, values, 1);
         else
-            copyVector(count, values, 1, diagonal, lda_ + 1);
+            copyVector(count, values, 1, diagonal, a_.ld + 1);
     }
 
     // What is left from row and column i on.
     void reduceOnCpu(int i) const {
         const int m = m_ - i, n = n_ - i, k = k_ - i;
         auto buffer = [](std::size_t count) { return std::unique_ptr<T[]>(new T[count]); };
-        const auto a = buffer(std::size_t(m) * std::size_t(n + cpu::spareColumns)),
+        const auto a = buffer(std::size_t(m) * std::size_t(n + host::spareColumns)),
                    tauq = buffer(k), taup = buffer(k);
         const std::unique_ptr<R[]> d(new R[k]), e(new R[k]);
 
-        const std::size_t width = std::size_t(m) * sizeof(T), pitch = std::size_t(lda_) * sizeof(T);
-        cudalib::checkCudaError(cudalib::copy2D(a.get(), width, at(i, i), pitch, width,
+        const std::size_t width = std::size_t(m) * sizeof(T),
+                          pitch = std::size_t(a_.ld) * sizeof(T);
+        cudalib::checkCudaError(cudalib::copy2D(a.get(), width, a_.at(i, i), pitch, width,
                                                 std::size_t(n), cudaMemcpyDeviceToHost));
-        cpu::gebrd(m, n, a.get(), m, d.get(), e.get(), tauq.get(), taup.get());
-        cudalib::checkCudaError(cudalib::copy2D(at(i, i), pitch, a.get(), width, width,
+        host::gebrd(m, n, a.get(), m, d.get(), e.get(), tauq.get(), taup.get());
+        cudalib::checkCudaError(cudalib::copy2D(a_.at(i, i), pitch, a.get(), width, width,
                                                 std::size_t(n), cudaMemcpyHostToDevice));
         upload(d_ + i, d.get(), k);
         upload(e_ + i, e.get(), k - 1);
@@ -98,8 +91,7 @@ class BidiagonalReduction {
     }
 
     const int m_, n_, k_;
-    T* const a_;
-    const int lda_;
+    const MatrixView<T> a_;
     R *const d_, *const e_;
     T *const tauq_, *const taup_;
 };

@@ -8,6 +8,7 @@
 #include "lapack/block_reflector.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
+#include "common/matrix.h"
 
 namespace lumo {
 namespace {
@@ -22,8 +23,7 @@ class Generation {
           length_(length),
           k_(k),
           nb_(std::min(geqrfTuning<T>.current(), k)),
-          a_(a),
-          lda_(lda),
+          a_{a, lda},
           reflector_(kind, nb_),
           v_(std::size_t(nb_) * std::size_t(length)),
           work_(std::size_t(nb_) * std::size_t(lines)) {}
@@ -35,33 +35,30 @@ class Generation {
         for (int i = (k_ - 1) / nb_ * nb_; i >= 0; i -= nb_) {
             const int count = std::min(nb_, k_ - i), order = length_ - i;
             const int rows = columns_ ? order : count, columns = columns_ ? count : order;
-            copyMatrix(rows, columns, at(i, i), lda_, v_.data(), rows);
+            copyMatrix(rows, columns, a_.at(i, i), a_.ld, v_.data(), rows);
             setUnit(i, count);
             reflector_.expose(v_.data(), rows, order, count);
             reflector_.form(tau + i);
-            reflector_.apply(columns_ ? 'L' : 'R', columns_ ? 'N' : 'C', lines_ - i, at(i, i), lda_,
-                             work_.data());
+            reflector_.apply(columns_ ? 'L' : 'R', columns_ ? 'N' : 'C', lines_ - i, a_.at(i, i),
+                             a_.ld, work_.data());
         }
     }
 
   private:
-    T* at(int i, int j) const { return a_ + std::size_t(j) * std::size_t(lda_) + i; }
-
     void setUnit(int first, int count) {
         if (count <= 0) return;
         if (columns_)
-            LASET('A', first, count, T(0), T(0), at(0, first), lda_);
+            LASET('A', first, count, T(0), T(0), a_.at(0, first), a_.ld);
         else
-            LASET('A', count, first, T(0), T(0), at(first, 0), lda_);
+            LASET('A', count, first, T(0), T(0), a_.at(first, 0), a_.ld);
         const int order = length_ - first;
-        LASET('A', columns_ ? order : count, columns_ ? count : order, T(0), T(1), at(first, first),
-              lda_);
+        LASET('A', columns_ ? order : count, columns_ ? count : order, T(0), T(1),
+              a_.at(first, first), a_.ld);
     }
 
     const bool columns_;
     const int lines_, length_, k_, nb_;
-    T* const a_;
-    const int lda_;
+    const MatrixView<T> a_;
     BlockReflector<T> reflector_;
     cudalib::Workspace<T> v_, work_;
 };

@@ -1,7 +1,7 @@
 #include "lapack/gesv.h"
 
 #include "common/matrix.h"
-#include "lapack/cpu_lapack.h"
+#include "lapack/host_lapack.h"
 #include "lapack/getrf.h"
 #include "lapack/getrs.h"
 #include "lapack/pivots.h"
@@ -43,7 +43,7 @@ template <class T>
 lumoStatus Gesv<T>::runOnCpu() const {
     T saved[smallLu];
     for (int j = 0; j < nrhs; ++j) std::copy_n(at(b, ldb, 0, j), n, saved + j * n);
-    checkReturnedInfo(cpu::gesv(n, nrhs, a, lda, ipiv, b, ldb));
+    checkReturnedInfo(host::gesv(n, nrhs, a, lda, ipiv, b, ldb));
     bool tiny = false;
     for (int i = 0; i < n; ++i) tiny = tiny || reciprocalOverflows(*at(a, lda, i, i));
     if (!tiny) return lumoNoError;

@@ -7,9 +7,9 @@
 #include "blas/gemm.h"
 #include "common/matrix.h"
 #include "lapack/bdsqr.h"
-#include "lapack/cpu_lapack.h"
 #include "lapack/gebrd.h"
 #include "lapack/generate_q.h"
+#include "lapack/host_lapack.h"
 #include "lapack/orgbr.h"
 #include "lapack/orthogonal_factorization.h"
 #include "lapack/tuning.h"
@@ -177,8 +177,8 @@ class SingularValues {
         if (tall())
             gemm('N', 'N', count, n_, n_, one, q + first, ldq, k, mn_, zero, result, ldr);
         else
-            gemm('N', 'N', m_, count, m_, one, k, mn_, q + std::size_t(first) * std::size_t(ldq),
-                 ldq, zero, result, ldr);
+            gemm('N', 'N', m_, count, m_, one, k, mn_, at(q, ldq, 0, first), ldq, zero, result,
+                 ldr);
     }
 
     // A := A K or K A, strip by strip: no product has its result among its operands.
@@ -189,7 +189,7 @@ class SingularValues {
             const int count = std::min(strip, length - i);
             const int rows = tall() ? count : m_, columns = tall() ? n_ : count;
             multiply(a_, lda_, k, work.data(), rows, i, count);
-            T* const part = tall() ? a_ + i : a_ + std::size_t(i) * std::size_t(lda_);
+            T* const part = tall() ? at(a_, lda_, i, 0) : at(a_, lda_, 0, i);
             LACPY('F', rows, columns, work.data(), rows, part, lda_);
         }
     }
@@ -232,7 +232,7 @@ bool Gesvd<T>::isSmall() const {
 }
 template <class T>
 lumoStatus Gesvd<T>::runOnCpu() const {
-    cpu::gesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
+    host::gesvd(jobu, jobvt, m, n, a, lda, s, u, ldu, vt, ldvt);
     return lumoNoError;
 }
 

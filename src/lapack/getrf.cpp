@@ -7,12 +7,13 @@
 #include "blas/cublas.h"
 #include "blas/gemm.h"
 #include "common/element_types.h"
-#include "lapack/cpu_lapack.h"
+#include "lapack/host_lapack.h"
 #include "lapack/lu_pipeline.h"
 #include "lapack/panel_transfer.h"
 #include "lapack/pivots.h"
 #include "lapack/tuning.h"
 #include "routine/exports.h"
+#include "common/matrix.h"
 
 namespace lumo {
 
@@ -23,11 +24,11 @@ template <class T>
 class LuFactorization {
   public:
     LuFactorization(int m, int n, T* a, int lda, int* ipiv)
-        : m_(m), n_(n), a_(a), lda_(lda), ipiv_(ipiv), steps_(std::min(m, n)) {}
+        : m_(m), n_(n), a_{a, lda}, ipiv_(ipiv), steps_(std::min(m, n)) {}
 
     int run() {
         const GetrfTuning& tuning = getrfTuning<T>;
-        const int wish = platform::panelWidth(platform::Panel::lu, cpu::letter<T>, m_, n_);
+        const int wish = platform::panelWidth(platform::Panel::lu, platform::letter<T>, m_, n_);
         nb_ = wish ? wish : 2 * tuning.base.current();
         if (nb_ < 2 || nb_ >= steps_)
             unblocked();
@@ -43,7 +44,6 @@ class LuFactorization {
   private:
     static constexpr T one = T(1), minusOne = T(-1);
 
-    T* at(int i, int j) const { return a_ + std::size_t(j) * std::size_t(lda_) + i; }
     int width(int j) const { return std::min(nb_, steps_ - j); }
 
     // Keeps the first zero pivot; a negative info is a wrong call of ours.
@@ -55,22 +55,22 @@ class LuFactorization {
     void unblocked() {
         if (platform::sharesMemory()) {
             cudalib::checkCudaError(cudaStreamSynchronize(nullptr));
-            return record(cpu::getrf(m_, n_, a_, lda_, ipiv_), 0);
+            return record(host::getrf(m_, n_, a_.data, a_.ld, ipiv_), 0);
         }
         const std::size_t rowBytes = std::size_t(m_) * sizeof(T);
-        const std::size_t pitch = std::size_t(lda_) * sizeof(T);
-        std::unique_ptr<T[]> host(new T[std::size_t(m_) * std::size_t(n_)]);
-        cudalib::checkCudaError(cudalib::copy2D(host.get(), rowBytes, a_, pitch, rowBytes,
+        const std::size_t pitch = std::size_t(a_.ld) * sizeof(T);
+        std::unique_ptr<T[]> copy(new T[std::size_t(m_) * std::size_t(n_)]);
+        cudalib::checkCudaError(cudalib::copy2D(copy.get(), rowBytes, a_.data, pitch, rowBytes,
                                                 std::size_t(n_), cudaMemcpyDeviceToHost));
-        record(cpu::getrf(m_, n_, host.get(), m_, ipiv_), 0);
-        cudalib::checkCudaError(cudalib::copy2D(a_, pitch, host.get(), rowBytes, rowBytes,
+        record(host::getrf(m_, n_, copy.get(), m_, ipiv_), 0);
+        cudalib::checkCudaError(cudalib::copy2D(a_.data, pitch, copy.get(), rowBytes, rowBytes,
                                                 std::size_t(n_), cudaMemcpyHostToDevice));
     }
 
     // Factorises the panel that the stream brings, of columns j ... j + jb - 1 from row j on.
     void factorizePanel(PanelTransfer<T>& panel, int j, int jb) {
         panel.wait();
-        record(cpu::getrf(m_ - j, jb, panel.host(), panel.ld(), ipiv_ + j), j);
+        record(host::getrf(m_ - j, jb, panel.host(), panel.ld(), ipiv_ + j), j);
     }
 
     // From the panel's own rows to the matrix's.
@@ -82,22 +82,22 @@ class LuFactorization {
     void interchangeRows(int first, int columns, int j, int jb) {
         if (columns <= 0) return;
         if (jb > 1) {
-            LASWP(columns, at(0, first), lda_, j + 1, j + jb, ipiv_, 1);
+            LASWP(columns, a_.at(0, first), a_.ld, j + 1, j + jb, ipiv_, 1);
         } else {
             // The launcher does nothing for a single interchange: put one in front of it that
             // exchanges the row above with itself. There is one, since nb >= 2.
             const int pair[2] = {1, ipiv_[j] - (j - 1)};
-            LASWP(columns, at(j - 1, first), lda_, 1, 2, pair, 1);
+            LASWP(columns, a_.at(j - 1, first), a_.ld, 1, 2, pair, 1);
         }
     }
 
     void asStored() {
         PanelTransfer<T> panel{unsigned(m_), unsigned(nb_)};
-        panel.startDownload(a_, lda_, m_, nb_);
+        panel.startDownload(a_.data, a_.ld, m_, nb_);
         for (int j = 0; j < steps_; j += nb_) {
             const int jb = width(j), right = j + jb;
             factorizePanel(panel, j, jb);
-            panel.startUpload(at(j, j), lda_, m_ - j, jb);
+            panel.startUpload(a_.at(j, j), a_.ld, m_ - j, jb);
             shiftPivots(j, jb);
             if (!panel.shared()) interchangeRows(0, j, j, jb);
             if (right == n_) break;
@@ -107,7 +107,7 @@ class LuFactorization {
             panel.wait();
             if (next > 0) {
                 update(j, jb, right, next);
-                panel.startDownload(at(right, right), lda_, m_ - right, next);
+                panel.startDownload(a_.at(right, right), a_.ld, m_ - right, next);
             }
             const int rest = right + next;
             interchangeRows(rest, n_ - rest, j, jb);
@@ -122,13 +122,14 @@ class LuFactorization {
     void update(int j, int jb, int first, int columns) {
         if (columns <= 0) return;
         const int below = m_ - j - jb;
-        cublas::trsm('L', 'L', 'N', 'U', jb, columns, one, at(j, j), lda_, at(j, first), lda_);
+        cublas::trsm('L', 'L', 'N', 'U', jb, columns, one, a_.at(j, j), a_.ld, a_.at(j, first),
+                     a_.ld);
         if (below > 0)
-            gemm('N', 'N', below, columns, jb, minusOne, at(j + jb, j), lda_, at(j, first), lda_,
-                 one, at(j + jb, first), lda_);
+            gemm('N', 'N', below, columns, jb, minusOne, a_.at(j + jb, j), a_.ld, a_.at(j, first),
+                 a_.ld, one, a_.at(j + jb, first), a_.ld);
     }
 
-    // The same on T = transpose of A, of order n: at(i, j) is A's element (j, i). Interchanges
+    // The same on T = transpose of A, of order n: a_.at(i, j) is A's element (j, i). Interchanges
     // exchange columns of T; a panel is a block of rows, gathered into a column-major workspace.
     void transposed() {
         const int n = n_;
@@ -138,7 +139,7 @@ class LuFactorization {
         PanelTransfer<T> panel{unsigned(n), unsigned(nb_)};
         T* const w = workspace.data();
 
-        transposeInplace(a_, lda_, n);
+        transposeInplace(a_.data, a_.ld, n);
         gather(w, 0, nb_, panel);
         for (int j = 0; j < n; j += nb_) {
             const int jb = width(j), right = j + jb;
@@ -162,38 +163,38 @@ class LuFactorization {
             interchangeColumns(rest, n - rest, j, jb);
             updateTransposed(j, jb, rest, n - rest);
         }
-        transposeInplace(a_, lda_, n);
+        transposeInplace(a_.data, a_.ld, n);
     }
 
     // The workspace's leading dimension is the host panel's, so that its copies are flat.
     void gather(T* w, int j, int jb, PanelTransfer<T>& panel) {
         const int rows = n_ - j;
-        transpose(w, std::size_t(rows), at(j, j), std::size_t(lda_), std::size_t(jb),
+        transpose(w, std::size_t(rows), a_.at(j, j), std::size_t(a_.ld), std::size_t(jb),
                   std::size_t(rows));
         panel.startDownload(w, rows, rows, jb);
     }
     void scatter(const T* w, int j, int jb) {
         const int rows = n_ - j;
-        transpose(at(j, j), std::size_t(lda_), w, std::size_t(rows), std::size_t(rows),
+        transpose(a_.at(j, j), std::size_t(a_.ld), w, std::size_t(rows), std::size_t(rows),
                   std::size_t(jb));
     }
 
     // A last panel one column wide is 1 x 1 here and has nothing to exchange.
     void interchangeColumns(int firstRow, int rows, int j, int jb) {
-        if (rows > 0) LASWPCOL(rows, at(firstRow, 0), lda_, j + 1, j + jb, ipiv_, 1);
+        if (rows > 0) LASWPCOL(rows, a_.at(firstRow, 0), a_.ld, j + 1, j + jb, ipiv_, 1);
     }
 
     void updateTransposed(int j, int jb, int firstRow, int rows) {
         if (rows <= 0) return;
         const int right = j + jb;
-        cublas::trsm('R', 'U', 'N', 'U', rows, jb, one, at(j, j), lda_, at(firstRow, j), lda_);
-        gemm('N', 'N', rows, n_ - right, jb, minusOne, at(firstRow, j), lda_, at(j, right), lda_,
-             one, at(firstRow, right), lda_);
+        cublas::trsm('R', 'U', 'N', 'U', rows, jb, one, a_.at(j, j), a_.ld, a_.at(firstRow, j),
+                     a_.ld);
+        gemm('N', 'N', rows, n_ - right, jb, minusOne, a_.at(firstRow, j), a_.ld, a_.at(j, right),
+             a_.ld, one, a_.at(firstRow, right), a_.ld);
     }
 
     const int m_, n_;
-    T* const a_;
-    const int lda_;
+    const MatrixView<T> a_;
     int* const ipiv_;
     const int steps_;
     int nb_ = 0;
@@ -223,7 +224,7 @@ bool Getrf<T>::isSmall() const {
 }
 template <class T>
 lumoStatus Getrf<T>::runOnCpu() const {
-    checkReturnedInfo(cpu::getrf(m, n, a, lda, ipiv));
+    checkReturnedInfo(host::getrf(m, n, a, lda, ipiv));
     return lumoNoError;
 }
 

@@ -7,7 +7,7 @@
 #include "blas/gemm.h"
 #include "common/element_types.h"
 #include "common/matrix.h"
-#include "lapack/cpu_lapack.h"
+#include "lapack/host_lapack.h"
 #include "lapack/panel_transfer.h"
 
 namespace lumo {
@@ -53,7 +53,7 @@ class LuPipeline {
     // is given next finds them factorised.
     void factorizePanel(int j, int jb) {
         panel_.wait();
-        const int info = cpu::getrf(m_ - j, jb, panel_.host(), panel_.ld(), ipiv_ + j);
+        const int info = host::getrf(m_ - j, jb, panel_.host(), panel_.ld(), ipiv_ + j);
         if (info < 0) checkReturnedInfo(info);  // a wrong call of ours
         if (info > 0 && firstZeroPivot_ == 0) firstZeroPivot_ = j + info;
         for (int i = j; i < j + jb; ++i) ipiv_[i] += j;  // from the panel's own rows

@@ -8,11 +8,12 @@
 #include "blas/gemm.h"
 #include "common/element_types.h"
 #include "lapack/block_reflector.h"
-#include "lapack/cpu_lapack.h"
+#include "lapack/host_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/panel_transfer.h"
 #include "lapack/tuning.h"
 #include "runtime/devices.h"
+#include "common/matrix.h"
 
 namespace lumo {
 namespace {
@@ -23,10 +24,10 @@ template <class T>
 class Factorization {
   public:
     Factorization(Reflectors kind, int m, int n, T* a, int lda, T* tau)
-        : kind_(kind), m_(m), n_(n), a_(a), lda_(lda), k_(std::min(m, n)), deviceTau_(tau) {}
+        : kind_(kind), m_(m), n_(n), a_{a, lda}, k_(std::min(m, n)), deviceTau_(tau) {}
 
     void run() {
-        const int wish = platform::panelWidth(platform::Panel::qr, cpu::letter<T>, m_, n_);
+        const int wish = platform::panelWidth(platform::Panel::qr, platform::letter<T>, m_, n_);
         const int nb = wish ? wish : geqrfTuning<T>.current();
         nb_ = std::min(nb, k_);
         const int inPanels = columns() ? k_ - nb : k_;
@@ -57,7 +58,7 @@ class Factorization {
         int done = 0;
         download(panel, done);
         for (; done < inPanels; done += nb_) {
-            const Panel p = at(done);
+            const Panel p = panelAfter(done);
             panel.wait();
             factorizePanel(panel.host(), panel.ld(), p);
             sendPanel(panel, p);
@@ -65,13 +66,13 @@ class Factorization {
             if (device) device->waitForPanel();
             if (p.left <= 0) continue;
             finishFactor(reflector, p.count);
-            reflector.expose(p.start, lda_, p.order, p.count);
+            reflector.expose(p.start, a_.ld, p.order, p.count);
             if (formsW_) formW(p, reflector, w.data());
             auto updateLines = [&](int first, int lines) {
                 if (formsW_)
                     update(p, first, lines, w.data(), y.data());
                 else
-                    reflector.apply('L', 'C', lines, lineAfter(p, first), lda_, y.data());
+                    reflector.apply('L', 'C', lines, lineAfter(p, first), a_.ld, y.data());
             };
             const int next = std::min(p.left, nb_);
             updateLines(0, next);
@@ -117,30 +118,28 @@ class Factorization {
 
     bool columns() const { return kind_ == Reflectors::ofQr; }
     bool backward() const { return kind_ == Reflectors::ofRq; }
-    T* element(int i, int j) const { return a_ + std::size_t(j) * std::size_t(lda_) + i; }
     static std::size_t bytes(int elements) { return std::size_t(elements) * sizeof(T); }
 
-    Panel at(int done) const {
+    Panel panelAfter(int done) const {
         const int count = std::min(nb_, k_ - done), below = m_ - done, beside = n_ - done;
-        if (columns())
-            return {element(done, done), count, below, beside - count, done, below, count};
+        if (columns()) return {a_.at(done, done), count, below, beside - count, done, below, count};
         const int left = below - count;
         if (backward())
-            return {element(left, 0), count, beside, left, k_ - done - count, count, beside};
-        return {element(done, done), count, beside, left, done, count, beside};
+            return {a_.at(left, 0), count, beside, left, k_ - done - count, count, beside};
+        return {a_.at(done, done), count, beside, left, done, count, beside};
     }
 
     void download(PanelTransfer<T>& panel, int done) {
-        const Panel p = at(done);
-        panel.startDownload(p.start, lda_, p.rows, p.columns);
+        const Panel p = panelAfter(done);
+        panel.startDownload(p.start, a_.ld, p.rows, p.columns);
     }
 
     void sendPanel(PanelTransfer<T>& panel, const Panel& p) {
         if (streamed_)
-            panel.startUpload(p.start, lda_, p.rows, p.columns);
+            panel.startUpload(p.start, a_.ld, p.rows, p.columns);
         else if (!panel.shared())
             cudalib::checkCudaError(
-                cudalib::copy2D(p.start, bytes(lda_), panel.host(), bytes(p.rows), bytes(p.rows),
+                cudalib::copy2D(p.start, bytes(a_.ld), panel.host(), bytes(p.rows), bytes(p.rows),
                                 std::size_t(p.columns), cudaMemcpyHostToDevice));
     }
 
@@ -153,11 +152,11 @@ class Factorization {
         const int count = p.count;
         std::fill(t, t + nb_ * nb_, zero);
         if (columns()) {
-            cpu::geqrt3(p.order, count, panel, ld, t, count);
+            host::geqrt3(p.order, count, panel, ld, t, count);
         } else {
             adjoint_.resize(std::size_t(p.order) * std::size_t(count));
             exchangeAdjoint(panel, ld, p, false);
-            cpu::geqrt3(p.order, count, adjoint_.data(), p.order, t, count);
+            host::geqrt3(p.order, count, adjoint_.data(), p.order, t, count);
             exchangeAdjoint(panel, ld, p, true);
             if (backward()) std::reverse(t, t + count * count);
         }
@@ -175,13 +174,14 @@ class Factorization {
     // Between a panel of rows and its adjoint, by tiles that the cache holds.
     void exchangeAdjoint(T* panel, int ld, const Panel& p, bool back) {
         constexpr int tile = 16;
+        const MatrixView<T> rows{panel, ld}, adjoint{adjoint_.data(), p.order};
         for (int j0 = 0; j0 < p.order; j0 += tile)
             for (int i = 0; i < p.count; ++i)
                 for (int j = j0; j < std::min(p.order, j0 + tile); ++j) {
                     const int line = backward() ? p.count - 1 - i : i;
                     const int position = backward() ? p.order - 1 - j : j;
-                    T& there = adjoint_[std::size_t(line) * std::size_t(p.order) + position];
-                    T& here = panel[std::size_t(j) * std::size_t(ld) + i];
+                    T& there = adjoint(position, line);
+                    T& here = rows(i, j);
                     if (back)
                         here = conjugate(there);
                     else
@@ -213,51 +213,49 @@ class Factorization {
     void formW(const Panel& p, const BlockReflector<T>& reflector, T* w) {
         if (columns())
             gemm('N', adjointLetter<T>, p.count, p.order, p.count, one, reflector.t(), p.count,
-                 p.start, lda_, zero, w, p.count);
+                 p.start, a_.ld, zero, w, p.count);
         else
-            gemm(adjointLetter<T>, 'N', p.order, p.count, p.count, one, p.start, lda_,
+            gemm(adjointLetter<T>, 'N', p.order, p.count, p.count, one, p.start, a_.ld,
                  reflector.t(), p.count, zero, w, p.order);
     }
 
     // Of QR, column `first` of those after the panel, from the panel's first row on.
-    T* lineAfter(const Panel& p, int first) const {
-        return p.start + std::size_t(p.count + first) * std::size_t(lda_);
-    }
+    T* lineAfter(const Panel& p, int first) const { return at(p.start, a_.ld, 0, p.count + first); }
 
     // `lines` of the lines after the panel, from the `first` on.
     void update(const Panel& p, int first, int lines, const T* w, T* y) {
         if (lines <= 0) return;
         if (columns()) {
             T* const c = lineAfter(p, first);
-            gemm('N', 'N', p.count, lines, p.order, one, w, p.count, c, lda_, zero, y, p.count);
-            gemm('N', 'N', p.order, lines, p.count, minusOne, p.start, lda_, y, p.count, one, c,
-                 lda_);
+            gemm('N', 'N', p.count, lines, p.order, one, w, p.count, c, a_.ld, zero, y, p.count);
+            gemm('N', 'N', p.order, lines, p.count, minusOne, p.start, a_.ld, y, p.count, one, c,
+                 a_.ld);
         } else {
             T* const c = backward() ? p.start - (first + lines) : p.start + p.count + first;
-            gemm('N', 'N', lines, p.count, p.order, one, c, lda_, w, p.order, zero, y, lines);
-            gemm('N', 'N', lines, p.order, p.count, minusOne, y, lines, p.start, lda_, one, c,
-                 lda_);
+            gemm('N', 'N', lines, p.count, p.order, one, c, a_.ld, w, p.order, zero, y, lines);
+            gemm('N', 'N', lines, p.order, p.count, minusOne, y, lines, p.start, a_.ld, one, c,
+                 a_.ld);
         }
     }
 
     // QR of what is left after `done` columns.
     void unblocked(int done) {
         const int rows = m_ - done, cols = n_ - done;
-        T* const rest = element(done, done);
-        std::vector<T> host(std::size_t(rows) * std::size_t(cols), zero);
-        cudalib::checkCudaError(cudalib::copy2D(host.data(), bytes(rows), rest, bytes(lda_),
+        T* const rest = a_.at(done, done);
+        std::vector<T> copy(std::size_t(rows) * std::size_t(cols), zero);
+        cudalib::checkCudaError(cudalib::copy2D(copy.data(), bytes(rows), rest, bytes(a_.ld),
                                                 bytes(rows), std::size_t(cols),
                                                 cudaMemcpyDeviceToHost));
-        cpu::geqrf(rows, cols, host.data(), rows, tau_->data() + done);
-        cudalib::checkCudaError(cudalib::copy2D(rest, bytes(lda_), host.data(), bytes(rows),
+        host::geqrf(rows, cols, copy.data(), rows, tau_->data() + done);
+        cudalib::checkCudaError(cudalib::copy2D(rest, bytes(a_.ld), copy.data(), bytes(rows),
                                                 bytes(rows), std::size_t(cols),
                                                 cudaMemcpyHostToDevice));
     }
 
     const Reflectors kind_;
     const int m_, n_;
-    T* const a_;
-    const int lda_, k_;
+    const MatrixView<T> a_;
+    const int k_;
     T* const deviceTau_;
     std::optional<HostTau<T>> tau_;
     int nb_ = 0;

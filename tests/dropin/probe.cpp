@@ -12,26 +12,14 @@
 #include <thread>
 #include <vector>
 
+#include "platform/cpu/blas.h"
+#include "platform/cpu/lapack.h"
+
 using Complex = std::complex<float>;
 using Vector = std::vector<float>;
+using namespace cpu;
 
 extern "C" {
-void sgemm_(const char*, const char*, const int*, const int*, const int*, const void*, const void*,
-            const int*, const void*, const int*, const void*, void*, const int*, std::size_t,
-            std::size_t);
-decltype(sgemm_) cgemm_;
-void sgetrf_(const int*, const int*, void*, const int*, int*, int*);
-decltype(sgetrf_) dgetrf_, cgetrf_;
-void dgeqrf_(const int*, const int*, double*, const int*, double*, double*, const int*, int*);
-void sgesv_(const int*, const int*, void*, const int*, int*, void*, const int*, int*);
-decltype(sgesv_) cgesv_;
-void sgeqrf_(const int*, const int*, float*, const int*, float*, float*, const int*, int*);
-void sgels_(const char*, const int*, const int*, const int*, float*, const int*, float*, const int*,
-            float*, const int*, int*, std::size_t);
-void sgglse_(const int*, const int*, const int*, float*, const int*, float*, const int*, float*,
-             float*, float*, float*, const int*, int*);
-void ssyrk_(const char*, const char*, const int*, const int*, const float*, const float*,
-            const int*, const float*, float*, const int*, std::size_t, std::size_t);
 void cblas_sgemm(int, int, int, int, int, int, float, const float*, int, const float*, int, float,
                  float*, int);
 [[gnu::weak]] int LAPACKE_sgesv(int, int, int, float*, int, int*, float*, int);

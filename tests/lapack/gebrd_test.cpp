@@ -3,13 +3,9 @@
 
 #include "lapack/operands_call.h"
 #include "lapack/tuning.h"
+#include "platform/cpu/lapack.h"
 #include "runtime/frame.h"
 #include "support/kernels.h"
-
-extern "C" void zunmbr_(const char*, const char*, const char*, const int*, const int*, const int*,
-                        const std::complex<double>*, const int*, const std::complex<double>*,
-                        std::complex<double>*, const int*, std::complex<double>*, const int*, int*,
-                        std::size_t, std::size_t, std::size_t);
 
 namespace test {
 namespace {
@@ -24,12 +20,11 @@ std::shared_ptr<void> blocksOf(int nb) {
 // C := Q C for vect "Q", C P^H for "P", with the reflectors that xGEBRD leaves in an a.m x a.n A.
 void applyReflectors(char vect, const WideMatrix& a, const WideMatrix& tau, WideMatrix& c) {
     const char side = vect == 'Q' ? 'L' : 'R', trans = vect == 'Q' ? 'N' : 'C';
-    const int k = vect == 'Q' ? a.n : a.m, size = 64 * (a.m + a.n);
-    int info = 0;
-    std::vector<Wide> work(size);
-    zunmbr_(&vect, &side, &trans, &a.m, &a.n, &k, a.data.data(), &a.m, tau.data.data(),
-            c.data.data(), &c.m, work.data(), &size, &info, 1, 1, 1);
-    ASSERT_EQ(0, info);
+    const int k = vect == 'Q' ? a.n : a.m;
+    ASSERT_EQ(0, cpu::withWorkspace<Wide>(1, [&](Wide* work, int size) {
+                  return cpu::ormbr<Wide>(vect, side, trans, a.m, a.n, k, a.data.data(), a.m,
+                                          tau.data.data(), c.data.data(), c.m, work, size);
+              }));
 }
 
 template <class T>

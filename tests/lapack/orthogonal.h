@@ -4,12 +4,9 @@
 
 #include "lapack/block_reflector.h"
 #include "lapack/tuning.h"
+#include "platform/cpu/lapack.h"
 #include "residuals.h"
 #include "support/machine.h"
-
-extern "C" void zgels_(const char*, const int*, const int*, const int*, std::complex<double>*,
-                       const int*, std::complex<double>*, const int*, std::complex<double>*,
-                       const int*, int*, std::size_t);
 
 namespace test {
 
@@ -88,10 +85,10 @@ double factorizationResidual(lumo::Reflectors kind, const Matrix<T>& a, const Ma
 // min || A Y - B || over Y, column norm, for A with at least as many rows as columns.
 inline double distanceFromRange(WideMatrix a, WideMatrix b) {
     if (a.n == 0) return norm1(b);
-    int info = 0, size = 64 * (a.m + a.n + b.n);
-    std::vector<Wide> work(size);
-    zgels_("N", &a.m, &a.n, &b.n, a.data.data(), &a.m, b.data.data(), &a.m, work.data(), &size,
-           &info, 1);
+    cpu::withWorkspace<Wide>(1, [&](Wide* work, int size) {
+        return cpu::gels<Wide>('N', a.m, a.n, b.n, a.data.data(), a.m, b.data.data(), a.m, work,
+                               size);
+    });
     WideMatrix rest(a.m, b.n);
     for (int j = 0; j < b.n; ++j)
         for (int i = a.n; i < a.m; ++i) rest(i, j) = b(i, j);

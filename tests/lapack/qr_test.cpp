@@ -8,8 +8,6 @@
 #include "lapack/orthogonal.h"
 #include "lapack/orthogonal_factorization.h"
 
-extern "C" void zgeqrf_(const int*, const int*, void*, const int*, void*, void*, const int*, int*);
-
 namespace test {
 namespace {
 
@@ -19,9 +17,10 @@ using lumo::Reflectors;
 template <class T>
 void expectSignsOfLapack(const Matrix<T>& a, const Matrix<T>& factors) {
     WideMatrix reference(a);
-    std::vector<Wide> tau(std::min(a.m, a.n)), work(64 * a.n);
-    int info = 0, size = int(work.size());
-    zgeqrf_(&a.m, &a.n, reference.data.data(), &a.m, tau.data(), work.data(), &size, &info);
+    std::vector<Wide> tau(std::min(a.m, a.n));
+    cpu::withWorkspace<Wide>(1, [&](Wide* work, int size) {
+        return cpu::geqrf<Wide>(a.m, a.n, reference.data.data(), a.m, tau.data(), work, size);
+    });
     // The last of a square matrix has no reflector that leaves its sign alone.
     for (int i = 0; i < int(tau.size()) && i < a.m - 1; ++i)
         EXPECT_GT((reference(i, i) * wide(factors(i, i))).real(), 0) << "diagonal element " << i;

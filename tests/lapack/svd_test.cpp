@@ -6,11 +6,6 @@
 #include "lapack/orthogonal.h"
 #include "lapack/tuning.h"
 
-extern "C" void zgesvd_(const char*, const char*, const int*, const int*, std::complex<double>*,
-                        const int*, double*, std::complex<double>*, const int*,
-                        std::complex<double>*, const int*, std::complex<double>*, const int*,
-                        double*, int*, std::size_t, std::size_t);
-
 namespace test {
 namespace {
 
@@ -29,14 +24,14 @@ struct Jobs {
 };
 
 // Left vectors of a tall A take its place.
-std::vector<double> referenceValues(WideMatrix& a, const char* left) {
-    const int k = std::min(a.m, a.n), one = 1, size = 64 * (a.m + a.n);
+std::vector<double> referenceValues(WideMatrix& a, char left) {
+    const int k = std::min(a.m, a.n);
     std::vector<double> s(k), rwork(5 * k + 1);
-    std::vector<Wide> work(size);
     Wide unused;
-    int info = 0;
-    zgesvd_(left, "N", &a.m, &a.n, a.data.data(), &a.m, s.data(), &unused, &one, &unused, &one,
-            work.data(), &size, rwork.data(), &info, 1, 1);
+    cpu::withWorkspace<Wide>(1, [&](Wide* work, int size) {
+        return cpu::gesvd<Wide>(left, 'N', a.m, a.n, a.data.data(), a.m, s.data(), &unused, 1,
+                                &unused, 1, work, size, rwork.data());
+    });
     return s;
 }
 
@@ -50,7 +45,7 @@ void checkSvd(Jobs jobs, const Operand<T>& operandA, const Operand<RealOf<T>>& o
     const WideMatrix a(operandA.before);
     WideMatrix copy = a;
     const std::vector<RealOf<T>> s = operandS.now().data;
-    const std::vector<double> expected = referenceValues(copy, "N");
+    const std::vector<double> expected = referenceValues(copy, 'N');
     const double size = std::max(m, n) * epsilon<T>, scale = norm1(a) > 0 ? norm1(a) : 1;
     for (int i = 0; i < k; ++i) {
         EXPECT_NEAR(expected[i], s[i], svdBound * size * expected[0]) << "value " << i;
@@ -179,7 +174,7 @@ class HardMatrices : public OnMachine {
     Matrix<T> withValues(int m, int n, const std::vector<double>& values) {
         auto q = [](int rows, int columns, unsigned seed) {
             WideMatrix a(Matrix<T>::random(rows, columns, 0, seed));
-            referenceValues(a, "O");
+            referenceValues(a, 'O');
             return a;
         };
         const int k = std::min(m, n);

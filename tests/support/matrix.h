@@ -14,13 +14,13 @@
 #include "common/complex.h"
 #include "cudalib/managed_memory.h"
 #include "exports.h"
+#include "platform/element_types.h"
 
 namespace test {
 
 template <class T>
 using RealOf = lumo::RealOf<T>;
-template <class T>
-constexpr bool isDouble = std::is_same_v<RealOf<T>, double>;
+using platform::isDouble;
 
 using ElementTypes = ::testing::Types<float, double, lumo::Complex<float>, lumo::Complex<double>>;
 

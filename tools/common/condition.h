@@ -2,19 +2,11 @@
 #pragma once
 
 #include <cmath>
-#include <complex>
-#include <cstddef>
 #include <vector>
 
+#include "platform/cpu/lapack.h"
+#include "platform/matrix.h"
 #include "residual.h"
-
-extern "C" {
-void sgecon_(const char* norm, const int* n, const float* a, const int* lda, const float* anorm,
-             float* rcond, float* work, int* iwork, int* info, std::size_t);
-void cgecon_(const char* norm, const int* n, const std::complex<float>* a, const int* lda,
-             const float* anorm, float* rcond, std::complex<float>* work, float* rwork, int* info,
-             std::size_t);
-}
 
 namespace lumo {
 
@@ -24,9 +16,9 @@ template <class T>
 double oneNorm(int n, const T* a, int lda) {
     double norm = 0;
     for (int j = 0; j < n; ++j) {
-        const T* column = a + std::size_t(j) * std::size_t(lda);
         double sum = 0;
-        for (int i = 0; i < n; ++i) sum += std::sqrt(std::norm(WideOf<T>(column[i])));
+        for (int i = 0; i < n; ++i)
+            sum += std::sqrt(std::norm(WideOf<T>(*platform::at(a, lda, i, j))));
         norm = larger(norm, sum);
     }
     return norm;
@@ -39,17 +31,10 @@ double reciprocalCondition(int n, const T* factors, int lda, double normOfA) {
     if (n == 0) return 1;
     if (!std::isfinite(normOfA)) return std::nan("");
     // The norm of A may overflow in single precision: it is divided by here.
-    const float one = 1;
     float ofInverse = 0;
-    int info = 0;
     std::vector<T> work(4 * std::size_t(n));
-    if constexpr (!isComplexNumber<T>) {
-        std::vector<int> iwork(std::size_t(n), 0);
-        sgecon_("1", &n, factors, &lda, &one, &ofInverse, work.data(), iwork.data(), &info, 1);
-    } else {
-        std::vector<float> rwork(2 * std::size_t(n));
-        cgecon_("1", &n, factors, &lda, &one, &ofInverse, work.data(), rwork.data(), &info, 1);
-    }
+    std::vector<std::conditional_t<platform::isComplex<T>, float, int>> others(2 * std::size_t(n));
+    cpu::gecon<T>('1', n, factors, lda, 1, &ofInverse, work.data(), others.data());
     return ofInverse / normOfA;
 }
 

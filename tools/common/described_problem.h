@@ -14,6 +14,7 @@
 #include "lapack/geqrf.h"
 #include "lapack/gesvd.h"
 #include "lapack/gglse.h"
+#include "platform/cpu/fortran.h"
 #include "routine/c_interface.h"
 
 namespace lumo {
@@ -30,16 +31,6 @@ template <class T>
 constexpr Workspace workspaceOf<Gglse<T>> = Workspace::work;
 template <class T>
 constexpr Workspace workspaceOf<Gesvd<T>> = isComplex<T> ? Workspace::workAndReal : Workspace::work;
-
-// Fortran passes everything by reference.
-template <class A>
-const A* reference(const A& argument) {
-    return &argument;
-}
-template <class A>
-A* reference(A* const& argument) {
-    return argument;
-}
 
 // Calls a Fortran routine: its arguments, then the lengths of the strings.
 template <class... P>
@@ -66,7 +57,8 @@ class DescribedProblem : public Problem {
         return routine_.arguments([&](auto... a) { return int(lumo_(external(a)...)); });
     }
     int by(void* routine) override {
-        return routine_.arguments([&](const auto&... a) { return run(routine, reference(a)...); });
+        return routine_.arguments(
+            [&](const auto&... a) { return run(routine, cpu::reference(a)...); });
     }
 
   protected:

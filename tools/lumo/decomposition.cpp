@@ -2,15 +2,7 @@
 
 #include <algorithm>
 
-extern "C" {
-void sgesvd_(const char* jobu, const char* jobvt, const int* m, const int* n, float* a,
-             const int* lda, float* s, float* u, const int* ldu, float* vt, const int* ldvt,
-             float* work, const int* lwork, int* info);
-void cgesvd_(const char* jobu, const char* jobvt, const int* m, const int* n,
-             std::complex<float>* a, const int* lda, float* s, std::complex<float>* u,
-             const int* ldu, std::complex<float>* vt, const int* ldvt, std::complex<float>* work,
-             const int* lwork, float* rwork, int* info);
-}
+#include "platform/cpu/lapack.h"
 
 namespace lumo {
 namespace {
@@ -30,16 +22,6 @@ lumoStatus gesvd(char job, int m, int n, float* a, float* s, float* u, float* vt
 }
 lumoStatus gesvd(char job, int m, int n, Complex* a, float* s, Complex* u, Complex* vt, int k) {
     return lumoCgesvd(job, job, m, n, exported(a), m, s, exported(u), m, exported(vt), k);
-}
-
-void cpuGesvd(char job, int m, int n, float* a, float* s, float* u, float* vt, int k,
-              std::vector<float>& work, int lwork, int& info) {
-    sgesvd_(&job, &job, &m, &n, a, &m, s, u, &m, vt, &k, work.data(), &lwork, &info);
-}
-void cpuGesvd(char job, int m, int n, Complex* a, float* s, Complex* u, Complex* vt, int k,
-              std::vector<Complex>& work, int lwork, int& info) {
-    std::vector<float> rwork(5 * std::size_t(k));
-    cgesvd_(&job, &job, &m, &n, a, &m, s, u, &m, vt, &k, work.data(), &lwork, rwork.data(), &info);
 }
 
 lumoStatus multiply(int m, int n, int k, const float* a, const float* b, int ldb, float* c) {
@@ -67,16 +49,18 @@ lumoStatus decompose(std::vector<T>& a, Decomposition<T>& d) {
 
 template <class T>
 int decomposeByCpu(std::vector<T>& a, Decomposition<T>& d) {
-    const auto call = [&](std::vector<T>& work, int lwork) {
-        int info = 0;
-        cpuGesvd(d.u.empty() ? 'N' : 'S', d.m, d.n, a.data(), d.s.data(), d.u.data(), d.vt.data(),
-                 int(d.s.size()), work, lwork, info);
-        return info;
-    };
-    std::vector<T> work(1);
-    if (const int info = call(work, -1)) return info;  // tells the workspace
-    work.resize(std::size_t(std::real(work[0])));
-    return call(work, int(work.size()));
+    std::vector<float> realWork(platform::isComplex<T> ? 5 * d.s.size() : 0);
+    return cpu::withWorkspace<T>(1, [&](T* work, int size) {
+        const char job = d.u.empty() ? 'N' : 'S';
+        const auto call = [&](auto... others) {
+            return cpu::gesvd<T>(job, job, d.m, d.n, a.data(), d.m, d.s.data(), d.u.data(), d.m,
+                                 d.vt.data(), int(d.s.size()), work, size, others...);
+        };
+        if constexpr (platform::isComplex<T>)
+            return call(realWork.data());
+        else
+            return call();
+    });
 }
 
 template <class T>

@@ -8,49 +8,29 @@
 
 #include "common/complex.h"
 #include "common/exceptions.h"
+#include "platform/cpu/lapack.h"
 #include "platform/cuda3.h"
 
-namespace lumo::cpu {
-
-// The letter of an element type in the names of BLAS and LAPACK.
-template <class T>
-constexpr char letter = isComplex<T> ? (sizeof(RealOf<T>) == sizeof(double) ? 'Z' : 'C')
-                                     : (sizeof(RealOf<T>) == sizeof(double) ? 'D' : 'S');
+namespace lumo::host {
 
 // xGETRF. Returns LAPACK's info.
 template <class T>
 int getrf(int m, int n, T* a, int lda, int* ipiv) {
-    return platform::luPanel(letter<T>, m, n, a, lda, ipiv);
+    return platform::luPanel(platform::letter<T>, m, n, a, lda, ipiv);
 }
 
 // xGESV of a small system. Returns LAPACK's info.
 template <class T>
 int gesv(int n, int nrhs, T* a, int lda, int* ipiv, T* b, int ldb) {
-    return platform::luSystem(letter<T>, n, nrhs, a, lda, ipiv, b, ldb);
-}
-
-// Runs a routine twice: to ask for its workspace, and with it, of at least `least` elements.
-// routine(work, size) returns LAPACK's info.
-template <class T, class Routine>
-void withWorkspace(int least, Routine routine) {
-    int size = -1;
-    T best(0);
-    checkReturnedInfo(routine(&best, size));
-    if constexpr (isComplex<T>)
-        size = int(best.re);
-    else
-        size = int(best);
-    size = std::max({1, size, least});
-    std::vector<T> work(std::size_t(size), T(0));
-    checkReturnedInfo(routine(work.data(), size));
+    return platform::luSystem(platform::letter<T>, n, nrhs, a, lda, ipiv, b, ldb);
 }
 
 // xGEQRF.
 template <class T>
 void geqrf(int m, int n, T* a, int lda, T* tau) {
-    withWorkspace<T>(n, [&](T* work, int size) {
-        return platform::qrTail(letter<T>, m, n, a, lda, tau, work, size);
-    });
+    checkReturnedInfo(cpu::withWorkspace<T>(n, [&](T* work, int size) {
+        return platform::qrTail(platform::letter<T>, m, n, a, lda, tau, work, size);
+    }));
 }
 
 // xGEQRT3: the same for m >= n with the triangular factor T of all n reflectors, whose diagonal
@@ -58,7 +38,7 @@ void geqrf(int m, int n, T* a, int lda, T* tau) {
 // xLARFT, which go through it column by column.
 template <class T>
 void geqrt3(int m, int n, T* a, int lda, T* t, int ldt) {
-    checkReturnedInfo(platform::qrPanel(letter<T>, m, n, a, lda, t, ldt));
+    checkReturnedInfo(platform::qrPanel(platform::letter<T>, m, n, a, lda, t, ldt));
 }
 
 // Columns that an array needs beyond the matrix that gebrd works on: gemv of a CPU BLAS may read,
@@ -68,9 +48,10 @@ constexpr int spareColumns = 1;
 // xGEBRD.
 template <class T>
 void gebrd(int m, int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tauq, T* taup) {
-    withWorkspace<T>(std::max(m, n), [&](T* work, int size) {
-        return platform::bidiagonalTail(letter<T>, m, n, a, lda, d, e, tauq, taup, work, size);
-    });
+    checkReturnedInfo(cpu::withWorkspace<T>(std::max(m, n), [&](T* work, int size) {
+        return platform::bidiagonalTail(platform::letter<T>, m, n, a, lda, d, e, tauq, taup, work,
+                                        size);
+    }));
 }
 
 // A host matrix as xGESVD works on it: the matrix itself, or for complex elements a copy with a
@@ -114,12 +95,12 @@ void gesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<T>* s, T* 
     const int longer = std::max(m, n), size = k * k + (2 * 32 + 4) * longer;
     const std::unique_ptr<T[]> work(new T[std::size_t(size + spareColumns * longer)]);
     std::vector<RealOf<T>> rwork(isComplex<T> ? 5 * std::size_t(k) : 0);
-    checkReturnedInfo(platform::svd(letter<T>, jobu, jobvt, m, n, A.data(), A.leadingDimension(), s,
-                                    U.data(), U.leadingDimension(), VT.data(),
-                                    VT.leadingDimension(), work.get(), size, rwork.data()));
+    checkReturnedInfo(platform::svd(
+        platform::letter<T>, jobu, jobvt, m, n, A.data(), A.leadingDimension(), s, U.data(),
+        U.leadingDimension(), VT.data(), VT.leadingDimension(), work.get(), size, rwork.data()));
     A.store();
     U.store();
     VT.store();
 }
 
-}  // namespace lumo::cpu
+}  // namespace lumo::host
