@@ -64,54 +64,41 @@ struct Rules<Gemv<T>> : UsualRules {
     }
 };
 
+// What has a symmetric or triangular matrix on one side of another.
+template <class R>
+struct SidedRules : UsualRules {
+    using Routine = R;
+    static bool worthwhile(const R& r) { return !(r.alpha == decltype(r.alpha)(0)); }
+    static double size(const R& r) { return geometricMean(r.m, r.n, r.side == 'L' ? r.m : r.n); }
+    static void transpose(R& r) {
+        swapSides(r.side);
+        swapTriangles(r.uplo);
+        std::swap(r.m, r.n);
+    }
+};
 template <class T>
-struct Rules<Symm<T>> : UsualRules {
-    using Routine = Symm<T>;
-    static bool worthwhile(const Routine& r) { return !(r.alpha == T(0)); }
-    static double size(const Routine& r) {
-        return geometricMean(r.m, r.n, r.side == 'L' ? r.m : r.n);
-    }
-    static void transpose(Routine& r) {
-        swapSides(r.side);
-        swapTriangles(r.uplo);
-        std::swap(r.m, r.n);
-    }
-};
-
-template <class T, class Scalar, char letter>
-struct Rules<RankUpdate<T, Scalar, letter>> : UsualRules {
-    using Routine = RankUpdate<T, Scalar, letter>;
-    static bool worthwhile(const Routine& r) { return r.k > 0 && !(r.alpha == Scalar(0)); }
-    static double size(const Routine& r) { return geometricMean(r.n, r.n, r.k); }
-    static void transpose(Routine& r) {
-        swapTriangles(r.uplo);
-        swapWays(r.trans, letter);
-    }
-};
-
-template <class T, class Beta, char letter>
-struct Rules<Rank2Update<T, Beta, letter>> : UsualRules {
-    using Routine = Rank2Update<T, Beta, letter>;
-    static bool worthwhile(const Routine& r) { return r.k > 0 && !(r.alpha == T(0)); }
-    static double size(const Routine& r) { return geometricMean(r.n, r.n, r.k); }
-    static void transpose(Routine& r) {
-        swapTriangles(r.uplo);
-        swapWays(r.trans, letter);
-        r.alpha = conjugate(r.alpha);
-    }
-};
-
+struct Rules<Symm<T>> : SidedRules<Symm<T>> {};
 template <class T, Triangular kind>
-struct Rules<TriangularOperation<T, kind>> : UsualRules {
-    using Routine = TriangularOperation<T, kind>;
-    static bool worthwhile(const Routine& r) { return !(r.alpha == T(0)); }
-    static double size(const Routine& r) {
-        return geometricMean(r.m, r.n, r.side == 'L' ? r.m : r.n);
-    }
-    static void transpose(Routine& r) {
-        swapSides(r.side);
+struct Rules<TriangularOperation<T, kind>> : SidedRules<TriangularOperation<T, kind>> {};
+
+// What updates one triangle by products with a transpose.
+template <class R, char letter>
+struct UpdateRules : UsualRules {
+    using Routine = R;
+    static bool worthwhile(const R& r) { return r.k > 0 && !(r.alpha == decltype(r.alpha)(0)); }
+    static double size(const R& r) { return geometricMean(r.n, r.n, r.k); }
+    static void transpose(R& r) {
         swapTriangles(r.uplo);
-        std::swap(r.m, r.n);
+        swapWays(r.trans, letter);
+    }
+};
+template <class T, class Scalar, char letter>
+struct Rules<RankUpdate<T, Scalar, letter>> : UpdateRules<RankUpdate<T, Scalar, letter>, letter> {};
+template <class T, class Beta, char letter>
+struct Rules<Rank2Update<T, Beta, letter>> : UpdateRules<Rank2Update<T, Beta, letter>, letter> {
+    static void transpose(Rank2Update<T, Beta, letter>& r) {
+        UpdateRules<Rank2Update<T, Beta, letter>, letter>::transpose(r);
+        r.alpha = conjugate(r.alpha);
     }
 };
 

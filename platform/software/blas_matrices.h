@@ -154,41 +154,40 @@ void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, co
         uplo, trans, n, k, a, lda, b, ldb, c, ldc);
 }
 
-template <class T>
-void trmm(char side, char uplo, char transa, char diag, int m, int n, T alpha, const T* a, int lda,
-          T* b, int ldb) {
+// trmm and trsm, in place: product(tile, A, the tile of B).
+template <class T, class Product>
+void triangular(const char* name, char side, char uplo, char transa, char diag, int m, int n,
+                T alpha, const T* a, int lda, T* b, int ldb, const Product& product) {
     const Update<T> by(alpha, T(0));
     blasCall<T>(
-        Names<T>::trmm,
-        platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
+        name, platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
         sidedTiles<T>(side, m, n),
         [=](auto operand, const Tile& t) {
             T* const result = at(operand[1], ldb, t.i, t.j);
-            by.apply('A', t.m, t.n, result, ldb, [&] {
-                cpu::trmm<T>(side, uplo, transa, diag, t.m, t.n, by.alpha, operand[0], lda, result,
-                             ldb);
-            });
+            by.apply('A', t.m, t.n, result, ldb, [&] { product(t, operand[0], result); });
         },
         side, uplo, transa, diag, m, n, a, lda, b, ldb);
 }
 
 template <class T>
+void trmm(char side, char uplo, char transa, char diag, int m, int n, T alpha, const T* a, int lda,
+          T* b, int ldb) {
+    triangular(Names<T>::trmm, side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb,
+               [=](const Tile& t, const T* triangle, T* result) {
+                   cpu::trmm<T>(side, uplo, transa, diag, t.m, t.n, alpha, triangle, lda, result,
+                                ldb);
+               });
+}
+
+template <class T>
 void trsm(char side, char uplo, char transa, char diag, int m, int n, T alpha, const T* a, int lda,
           T* b, int ldb) {
-    const Update<T> by(alpha, T(0));
-    blasCall<T>(
-        Names<T>::trsm,
-        platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
-        sidedTiles<T>(side, m, n),
-        [=](auto operand, const Tile& t) {
-            T* const result = at(operand[1], ldb, t.i, t.j);
-            by.apply('A', t.m, t.n, result, ldb, [&] {
-                TriangularSolve<T>{side,     uplo,       transa, diag,   t.m, t.n,
-                                   by.alpha, operand[0], lda,    result, ldb}
-                    .run();
-            });
-        },
-        side, uplo, transa, diag, m, n, a, lda, b, ldb);
+    triangular(Names<T>::trsm, side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb,
+               [=](const Tile& t, const T* triangle, T* result) {
+                   TriangularSolve<T>{side,  uplo,     transa, diag,   t.m, t.n,
+                                      alpha, triangle, lda,    result, ldb}
+                       .run();
+               });
 }
 
 }  // namespace software
