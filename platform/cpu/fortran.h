@@ -50,10 +50,10 @@ struct Routine<Result(A...)> {
     template <std::size_t... i>
     Result call(std::index_sequence<i...>, const A&... arguments) const {
         if constexpr (std::is_void_v<Result>) {
-            fortran(reference(arguments)..., (i * 0 + 1)...);
+            fortran(reference(arguments)..., (void(i), std::size_t(1))...);
         } else {
             int info = 0;
-            fortran(reference(arguments)..., &info, (i * 0 + 1)...);
+            fortran(reference(arguments)..., &info, (void(i), std::size_t(1))...);
             return info;
         }
     }

@@ -4,6 +4,7 @@
 #include "common/complex.h"
 #include "common/state.h"
 #include "cudalib/allocators.h"
+#include "platform/element_types.h"
 
 namespace lumo {
 
@@ -14,7 +15,7 @@ template <class T>
 std::size_t blasPitch(std::size_t rows, int capability, bool doublePrecision) {
     const bool first = capability >= 10 && capability <= 13;
     constexpr bool real = !isComplex<T>;
-    constexpr bool wide = sizeof(RealOf<T>) == sizeof(double);
+    constexpr bool wide = platform::isDouble<T>;
     const std::size_t granule = first  ? (wide ? 48 : 32)
                                 : real ? (wide ? 64 : 96)
                                        : (wide ? 32 : 64);
