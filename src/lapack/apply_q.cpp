@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "common/element_types.h"
+#include "common/matrix.h"
 #include "lapack/block_reflector.h"
 #include "lapack/host_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
-#include "common/matrix.h"
 
 namespace lumo {
 namespace {

@@ -4,9 +4,9 @@
 #include "basic/Transpose/Transpose.h"
 #include "basic/lasr/lasr.h"
 #include "blas/cublas.h"
+#include "common/matrix.h"
 #include "lapack/bdsqr_iteration.h"
 #include "lapack/rotation_ring.h"
-#include "common/matrix.h"
 
 namespace lumo {
 

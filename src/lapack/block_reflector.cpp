@@ -7,10 +7,10 @@
 #include "basic/Set/Set.h"
 #include "blas/cublas.h"
 #include "blas/gemm.h"
-#include "cudalib/exceptions.h"
-#include "cudalib/transfer.h"
 #include "common/exceptions.h"
 #include "common/matrix.h"
+#include "cudalib/exceptions.h"
+#include "cudalib/transfer.h"
 
 namespace lumo {
 namespace {

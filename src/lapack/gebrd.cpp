@@ -7,13 +7,13 @@
 #include "blas/gemm.h"
 #include "common/element_types.h"
 #include "common/exceptions.h"
+#include "common/matrix.h"
 #include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
 #include "cudalib/workspace_pool.h"
 #include "lapack/host_lapack.h"
 #include "lapack/labrd.h"
 #include "lapack/tuning.h"
-#include "common/matrix.h"
 
 namespace lumo {
 namespace {

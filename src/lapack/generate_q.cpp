@@ -5,10 +5,10 @@
 #include "basic/Copy/Copy.h"
 #include "basic/LASET/LASET.h"
 #include "common/element_types.h"
+#include "common/matrix.h"
 #include "lapack/block_reflector.h"
 #include "lapack/host_tau.h"
 #include "lapack/tuning.h"
-#include "common/matrix.h"
 
 namespace lumo {
 namespace {

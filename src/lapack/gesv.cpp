@@ -1,9 +1,9 @@
 #include "lapack/gesv.h"
 
 #include "common/matrix.h"
-#include "lapack/host_lapack.h"
 #include "lapack/getrf.h"
 #include "lapack/getrs.h"
+#include "lapack/host_lapack.h"
 #include "lapack/pivots.h"
 #include "lapack/tuning.h"
 #include "platform/reciprocal.h"

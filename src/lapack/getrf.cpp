@@ -7,13 +7,13 @@
 #include "blas/cublas.h"
 #include "blas/gemm.h"
 #include "common/element_types.h"
+#include "common/matrix.h"
 #include "lapack/host_lapack.h"
 #include "lapack/lu_pipeline.h"
 #include "lapack/panel_transfer.h"
 #include "lapack/pivots.h"
 #include "lapack/tuning.h"
 #include "routine/exports.h"
-#include "common/matrix.h"
 
 namespace lumo {
 
@@ -33,7 +33,7 @@ class LuFactorization {
         if (nb_ < 2 || nb_ >= steps_)
             unblocked();
         else if (deviceIsModern())
-            return pipelinedGetrf(m_, n_, a_, lda_, ipiv_, nb_);
+            return pipelinedGetrf(m_, n_, a_.data, a_.ld, ipiv_, nb_);
         else if (!wish && m_ == n_ && m_ >= tuning.squareOrder)
             transposed();
         else

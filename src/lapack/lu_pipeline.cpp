@@ -20,15 +20,14 @@ class LuPipeline {
     LuPipeline(int m, int n, T* a, int lda, int* ipiv, int nb)
         : m_(m),
           n_(n),
-          a_(a),
-          lda_(lda),
+          a_{a, lda},
           ipiv_(ipiv),
           steps_(std::min(m, n)),
           nb_(nb),
           panel_(unsigned(m), unsigned(nb)) {}
 
     int run() {
-        panel_.startDownload(a_, lda_, m_, nb_);
+        panel_.startDownload(a_.data, a_.ld, m_, nb_);
         for (int j = 0; j < steps_; j += nb_) {
             const int jb = width(j), right = j + jb;
             factorizePanel(j, jb);
@@ -37,7 +36,7 @@ class LuPipeline {
             if (next > 0) {
                 update(j, jb, right, next);
                 device_.panelWaits();
-                panel_.startDownload(at(right, right), lda_, m_ - right, next);
+                panel_.startDownload(a_.at(right, right), a_.ld, m_ - right, next);
             }
             update(j, jb, right + next, n_ - right - next);
             interchange(0, j, j, jb);
@@ -46,7 +45,6 @@ class LuPipeline {
     }
 
   private:
-    T* at(int i, int j) const { return lumo::at(a_, lda_, i, j); }
     int width(int j) const { return std::min(nb_, steps_ - j); }
 
     // Columns j ... j + jb - 1 from row j on, which are on their way to the host; what the device
@@ -57,27 +55,27 @@ class LuPipeline {
         if (info < 0) checkReturnedInfo(info);  // a wrong call of ours
         if (info > 0 && firstZeroPivot_ == 0) firstZeroPivot_ = j + info;
         for (int i = j; i < j + jb; ++i) ipiv_[i] += j;  // from the panel's own rows
-        panel_.startUpload(at(j, j), lda_, m_ - j, jb);
+        panel_.startUpload(a_.at(j, j), a_.ld, m_ - j, jb);
         device_.waitForPanel();
     }
 
     void interchange(int first, int columns, int j, int jb) const {
-        permuteRows(columns, at(0, first), lda_, j + 1, j + jb, ipiv_);
+        permuteRows(columns, a_.at(0, first), a_.ld, j + 1, j + jb, ipiv_);
     }
 
     // U12 := L11^-1 A12 and A22 := A22 - L21 U12 for `columns` columns from `first` on.
     void update(int j, int jb, int first, int columns) const {
         if (columns <= 0) return;
         const int below = m_ - j - jb;
-        cublas::trsm('L', 'L', 'N', 'U', jb, columns, T(1), at(j, j), lda_, at(j, first), lda_);
+        cublas::trsm('L', 'L', 'N', 'U', jb, columns, T(1), a_.at(j, j), a_.ld, a_.at(j, first),
+                     a_.ld);
         if (below > 0)
-            gemm('N', 'N', below, columns, jb, T(-1), at(j + jb, j), lda_, at(j, first), lda_, T(1),
-                 at(j + jb, first), lda_);
+            gemm('N', 'N', below, columns, jb, T(-1), a_.at(j + jb, j), a_.ld, a_.at(j, first),
+                 a_.ld, T(1), a_.at(j + jb, first), a_.ld);
     }
 
     const int m_, n_;
-    T* const a_;
-    const int lda_;
+    const MatrixView<T> a_;
     int* const ipiv_;
     const int steps_, nb_;
     int firstZeroPivot_ = 0;

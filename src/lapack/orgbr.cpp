@@ -5,10 +5,10 @@
 #include "basic/Copy/Copy.h"
 #include "basic/LASET/LASET.h"
 #include "common/element_types.h"
+#include "common/matrix.h"
 #include "cudalib/workspace_pool.h"
 #include "lapack/generate_q.h"
 #include "lapack/tuning.h"
-#include "common/matrix.h"
 
 namespace lumo {
 namespace {

@@ -7,13 +7,13 @@
 #include "basic/Conjugate/Conjugate.h"
 #include "blas/gemm.h"
 #include "common/element_types.h"
+#include "common/matrix.h"
 #include "lapack/block_reflector.h"
 #include "lapack/host_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/panel_transfer.h"
 #include "lapack/tuning.h"
 #include "runtime/devices.h"
-#include "common/matrix.h"
 
 namespace lumo {
 namespace {
