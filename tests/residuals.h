@@ -37,11 +37,15 @@ struct WideMatrix {
     int m, n;
     std::vector<Wide, Roomy<Wide>> data;
     WideMatrix(int m_, int n_) : m(m_), n(n_), data(std::size_t(m_) * n_) {}
-    template <class T>
-    explicit WideMatrix(const Matrix<T>& a) : WideMatrix(a.m, a.n) {
+    // Of elements f(i, j).
+    template <class F>
+    WideMatrix(int m_, int n_, F f) : WideMatrix(m_, n_) {
         for (int j = 0; j < n; ++j)
-            for (int i = 0; i < m; ++i) (*this)(i, j) = wide(a(i, j));
+            for (int i = 0; i < m; ++i) (*this)(i, j) = f(i, j);
     }
+    template <class T>
+    explicit WideMatrix(const Matrix<T>& a)
+        : WideMatrix(a.m, a.n, [&](int i, int j) { return wide(a(i, j)); }) {}
     Wide& operator()(int i, int j) { return data[std::size_t(j) * m + i]; }
     const Wide& operator()(int i, int j) const { return data[std::size_t(j) * m + i]; }
 };
@@ -62,10 +66,7 @@ inline WideMatrix operator-(WideMatrix a, const WideMatrix& b) {
 // The transpose for "T", the conjugate transpose for "C", the matrix itself for "N".
 inline WideMatrix op(char letter, const WideMatrix& a) {
     if (letter == 'N') return a;
-    WideMatrix t(a.n, a.m);
-    for (int j = 0; j < a.n; ++j)
-        for (int i = 0; i < a.m; ++i) t(j, i) = letter == 'C' ? std::conj(a(i, j)) : a(i, j);
-    return t;
+    return {a.n, a.m, [&](int i, int j) { return letter == 'C' ? std::conj(a(j, i)) : a(j, i); }};
 }
 
 inline bool inTriangle(char uplo, int i, int j) {
@@ -73,32 +74,34 @@ inline bool inTriangle(char uplo, int i, int j) {
 }
 
 // The whole Hermitian (if real: symmetric) matrix of which one triangle is stored.
-inline WideMatrix hermitian(char uplo, WideMatrix a) {
-    for (int j = 0; j < a.n; ++j) {
-        a(j, j) = a(j, j).real();
-        for (int i = 0; i < a.m; ++i)
-            if (!inTriangle(uplo, i, j)) a(i, j) = std::conj(a(j, i));
-    }
-    return a;
+inline WideMatrix hermitian(char uplo, const WideMatrix& a) {
+    return {a.m, a.n, [&](int i, int j) {
+                if (i == j) return Wide(a(i, i).real());
+                return inTriangle(uplo, i, j) ? a(i, j) : std::conj(a(j, i));
+            }};
 }
 
 // The triangular matrix, with zeros and, for diag "U", ones where nothing is stored.
-inline WideMatrix triangular(char uplo, char diag, WideMatrix a) {
-    for (int j = 0; j < a.n; ++j) {
-        if (diag == 'U') a(j, j) = 1;
-        for (int i = 0; i < a.m; ++i)
-            if (!inTriangle(uplo, i, j)) a(i, j) = 0;
-    }
-    return a;
+inline WideMatrix triangular(char uplo, char diag, const WideMatrix& a) {
+    return {a.m, a.n, [&](int i, int j) {
+                if (i == j && diag == 'U') return Wide(1);
+                return inTriangle(uplo, i, j) ? a(i, j) : Wide(0);
+            }};
+}
+
+// Rounded to the elements of a test.
+template <class T>
+Matrix<T> narrowed(const WideMatrix& a, int ld = 0) {
+    Matrix<T> b(a.m, a.n, ld);
+    for (int j = 0; j < a.n; ++j)
+        for (int i = 0; i < a.m; ++i) b(i, j) = scalar<T>(a(i, j).real(), a(i, j).imag());
+    return b;
 }
 
 // The first m rows and n columns.
 template <class M>
 WideMatrix leading(const M& a, int m, int n) {
-    WideMatrix part(m, n);
-    for (int j = 0; j < n; ++j)
-        for (int i = 0; i < m; ++i) part(i, j) = wide(a(i, j));
-    return part;
+    return {m, n, [&](int i, int j) { return wide(a(i, j)); }};
 }
 
 // |re| + |im| of each element.
@@ -148,14 +151,15 @@ class ProductSum {
     WideMatrix value_, gauge_;
 };
 
-// The largest sum of a column's magnitudes. Not a number if any element is not.
+// The sum of column j's magnitudes, and the largest one. Not a number if any element is not.
+inline double columnNorm(const WideMatrix& a, int j) {
+    double sum = 0;
+    for (int i = 0; i < a.m; ++i) sum += std::abs(a(i, j));
+    return sum;
+}
 inline double norm1(const WideMatrix& a) {
     double largest = 0;
-    for (int j = 0; j < a.n; ++j) {
-        double sum = 0;
-        for (int i = 0; i < a.m; ++i) sum += std::abs(a(i, j));
-        largest = larger(largest, sum);
-    }
+    for (int j = 0; j < a.n; ++j) largest = larger(largest, columnNorm(a, j));
     return largest;
 }
 
@@ -166,14 +170,8 @@ constexpr double epsilon = std::numeric_limits<RealOf<T>>::epsilon() / 2;  // as
 template <class T>
 double luResidual(const Matrix<T>& a, const Matrix<T>& factors, const std::vector<int>& ipiv) {
     const int k = std::min(a.m, a.n);
-    WideMatrix l(a.m, k), u(k, a.n);
-    for (int j = 0; j < k; ++j) {
-        l(j, j) = 1;
-        for (int i = j + 1; i < a.m; ++i) l(i, j) = wide(factors(i, j));
-    }
-    for (int j = 0; j < a.n; ++j)
-        for (int i = 0; i <= std::min(j, k - 1); ++i) u(i, j) = wide(factors(i, j));
-    WideMatrix product = l * u;
+    WideMatrix product = triangular('L', 'U', leading(factors, a.m, k)) *
+                         triangular('U', 'N', leading(factors, k, a.n));
     for (int i = k - 1; i >= 0; --i)
         for (int j = 0; j < a.n; ++j) std::swap(product(i, j), product(ipiv[i] - 1, j));
     const WideMatrix original(a);
@@ -185,15 +183,9 @@ template <class T>
 double solveResidual(const Matrix<T>& a, const Matrix<T>& x, const Matrix<T>& b) {
     const WideMatrix wideA(a), wideX(x), r = wideA * wideX - WideMatrix(b);
     double worst = 0;
-    for (int j = 0; j < b.n; ++j) {
-        double rNorm = 0, xNorm = 0;
-        for (int i = 0; i < b.m; ++i) {
-            rNorm += std::abs(r(i, j));
-            xNorm += std::abs(wideX(i, j));
-        }
-        worst = larger(worst, rNorm / (norm1(wideA) * xNorm * epsilon<T>));
-    }
-    return worst;
+    for (int j = 0; j < b.n; ++j)
+        worst = larger(worst, columnNorm(r, j) / (norm1(wideA) * columnNorm(wideX, j)));
+    return worst / epsilon<T>;
 }
 
 }  // namespace test

@@ -62,27 +62,17 @@ auto gebrdCall(const Matrix<T>& a, int nb) {
     const int k = std::min(a.m, a.n);
     const auto real = blank<RealOf<T>>(k);
     const auto tau = blank<T>(k);
-    return operandsCall(inDevice, nullptr, run, check, a.m, a.n, a, Real{real}, Real{real},
-                        Adjacent<T>{tau}, Adjacent<T>{tau});
+    return operandsCall(inDevice, run, check, a.m, a.n, a, Real{real}, Real{real}, Adjacent<T>{tau},
+                        Adjacent<T>{tau});
 }
 
 template <class T>
-GoodCase gebrdCase(int m, int n, int nb) {
-    return {std::to_string(m) + " x " + std::to_string(n) + " by " + std::to_string(nb),
-            [=] { return gebrdCall(Matrix<T>::random(m, n, m + 3), nb); }};
-}
-
-template <class T>
-std::vector<GoodCase> gebrdCases() {
+std::vector<GoodCase> gebrdCases(int nb, const Shapes& shapes) {
     std::vector<GoodCase> cases;
-    // k below, at and above one and two blocks; square, tall, wide.
-    constexpr Shape small[] = {{1, 1},   {1, 6},   {6, 1},   {7, 7},   {8, 8},
-                               {9, 9},   {16, 16}, {17, 17}, {30, 16}, {16, 30},
-                               {33, 25}, {25, 33}, {90, 17}, {17, 90}};
-    for (auto [m, n] : small) cases.push_back(gebrdCase<T>(m, n, 8));
-    cases.push_back(gebrdCase<T>(5, 5, 1));
-    for (auto [m, n] : {Shape{96, 96}, {192, 192}, {193, 193}, {230, 150}, {150, 230}, {700, 97}})
-        cases.push_back(gebrdCase<T>(m, n, 0));
+    for (auto [m, n] : shapes)
+        cases.push_back({label("by " + std::to_string(nb), m, n, inDevice), [=, m = m, n = n] {
+                             return gebrdCall(Matrix<T>::random(m, n, m + 3), nb);
+                         }});
     return cases;
 }
 
@@ -99,11 +89,13 @@ void failing() {
 
 const bool registered = forElementTypes([](auto element, const std::string& letter) {
     using T = decltype(element);
+    // k below, at and above one and two blocks; square, tall, wide.
+    const Shapes small{{1, 1},   {1, 6},   {6, 1},   {7, 7},   {8, 8},   {9, 9},   {16, 16},
+                       {17, 17}, {30, 16}, {16, 30}, {33, 25}, {25, 33}, {90, 17}, {17, 90}};
+    const Shapes large{{96, 96}, {192, 192}, {193, 193}, {230, 150}, {150, 230}, {700, 97}};
     registerRoutine({letter + "gebrd",
-                     gebrdCases<T>(),
-                     failing<T>,
-                     {gebrdCase<T>(3, 2, 1), gebrdCase<T>(2, 3, 1)},
-                     isDouble<T>,
+                     gebrdCases<T>(8, small) + gebrdCases<T>(1, {{5, 5}}) + gebrdCases<T>(0, large),
+                     failing<T>, gebrdCases<T>(1, {{3, 2}, {2, 3}}), isDouble<T>,
                      [] { return blocksOf<T>(8); }});
 });
 

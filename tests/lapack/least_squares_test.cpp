@@ -42,28 +42,29 @@ void checkSolution(char trans, const Matrix<T>& a0, const Matrix<T>& b0, const M
 }
 
 template <class T>
-auto gelsCall(char trans, int nrhs, const Matrix<T>& a, Interface where, bool shrunk) {
+auto gelsCall(char trans, int nrhs, const Matrix<T>& a, Interface where) {
     auto check = [](char trans, auto, auto, auto, const auto& factors, const auto& x) {
         checkSolution(trans, factors.before, x.before, x.now());
     };
     const int rows = std::max(a.m, a.n);
     return routineCall<lumo::Gels<T>>(
-        where, shrunk ? shrinkPanels<T> : nullptr, [](auto e) { return e.gels; }, check, trans, a.m,
-        a.n, nrhs, a, Matrix<T>::random(rows, nrhs, rows + 2, 3));
+        where, [](auto e) { return e.gels; }, check, trans, a.m, a.n, nrhs, a,
+        Matrix<T>::random(rows, nrhs, rows + 2, 3));
 }
 
 template <class T>
 std::vector<GoodCase> gelsCases(const Shapes& shapes, std::initializer_list<int> nrhs,
-                                bool shrunk) {
+                                Shrink blocks = nullptr) {
+    auto make = [](char trans, int nrhs) {
+        return [=](int m, int n, Interface where) {
+            return gelsCall(trans, nrhs, Matrix<T>::random(m, n, m + 1), where);
+        };
+    };
     std::vector<GoodCase> cases;
     for (int right : nrhs)
         for (char trans : {'N', lumo::isComplex<T> ? 'c' : 't'})
-            cases =
-                cases + casesOf<T>(std::string{trans} + std::to_string(right), shapes,
-                                   [=](int m, int n, Interface interface) {
-                                       return gelsCall(trans, right, Matrix<T>::random(m, n, m + 1),
-                                                       interface, shrunk);
-                                   });
+            cases = cases +
+                    casesOf<T>(trans + std::to_string(right), shapes, make(trans, right), blocks);
     return cases;
 }
 
@@ -75,12 +76,12 @@ void gelsFailing() {
         for (char trans : {'N', 'C'}) {
             auto a = Matrix<T>::random(m, n);
             for (int i = 0; i < std::max(m, n); ++i) (m >= n ? a(i, zero) : a(zero, i)) = T(0);
-            auto call = gelsCall(trans, 2, a, interfaces<T>()[0], true);
+            auto call = gelsCall(trans, 2, a, interfaces<T>()[0]);
             EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call->run())) << trans << m << n;
         }
     auto a = Matrix<T>::random(9, 6);
     a(4, 3) = scalar<T>(std::nan(""));
-    auto call = gelsCall('N', 1, a, interfaces<T>()[0], true);
+    auto call = gelsCall('N', 1, a, interfaces<T>()[0]);
     EXPECT_EQ(lumoNoError, call->run());
     EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->template result<5>()))));
 }
@@ -89,9 +90,6 @@ void gelsFailing() {
 
 struct Constrained {
     int m, n, p;
-    std::string name() const {
-        return std::to_string(m) + " x " + std::to_string(n) + ", " + std::to_string(p);
-    }
 };
 
 // The constraints hold (xGET02 on B, x, d), and the residual's gradient A^H (c - A x) lies in the
@@ -112,26 +110,26 @@ void checkConstrained(const Constrained& s, const Operand<T>& a0, const Operand<
 }
 
 template <class T>
-auto gglseCall(const Matrix<T>& a, const Matrix<T>& b, Interface where, bool shrunk) {
+auto gglseCall(const Matrix<T>& a, const Matrix<T>& b, Interface where) {
     auto check = [](int m, int n, int p, const auto&... operands) {
         checkConstrained<T>({m, n, p}, operands...);
     };
     return routineCall<lumo::Gglse<T>>(
-        where, shrunk ? shrinkPanels<T> : nullptr, [](auto e) { return e.gglse; }, check, a.m, a.n,
-        b.m, a, b, Adjacent<T>{Matrix<T>::random(a.m, 1, 0, 5)},
-        Adjacent<T>{Matrix<T>::random(b.m, 1, 0, 6)}, Adjacent<T>{blank<T>(a.n)});
+        where, [](auto e) { return e.gglse; }, check, a.m, a.n, b.m, a, b,
+        Adjacent<T>{Matrix<T>::random(a.m, 1, 0, 5)}, Adjacent<T>{Matrix<T>::random(b.m, 1, 0, 6)},
+        Adjacent<T>{blank<T>(a.n)});
 }
 
 template <class T>
-std::vector<GoodCase> gglseCases(const std::vector<Constrained>& shapes, bool shrunk) {
+std::vector<GoodCase> gglseCases(const std::vector<Constrained>& shapes, Shrink blocks = nullptr) {
     std::vector<GoodCase> cases;
-    for (Interface interface : interfaces<T>())
-        for (Constrained s : shapes)
-            cases.push_back({s.name() + nameOf(interface), [=] {
-                                 return gglseCall(Matrix<T>::random(s.m, s.n, s.m + 1),
-                                                  Matrix<T>::random(s.p, s.n, s.p + 2, 2),
-                                                  interface, shrunk);
-                             }});
+    for (Constrained s : shapes) {
+        auto make = [p = s.p](int m, int n, Interface where) {
+            return gglseCall(Matrix<T>::random(m, n, m + 1), Matrix<T>::random(p, n, p + 2, 2),
+                             where);
+        };
+        cases = cases + casesOf<T>(std::to_string(s.p), {{s.m, s.n}}, make, blocks);
+    }
     return cases;
 }
 
@@ -142,7 +140,7 @@ void gglseFailing() {
         auto a = Matrix<T>::random(12, 9), b = Matrix<T>::random(6, 9, 0, 2);
         for (int j = 0; j < 9 && info == 1; ++j) b(3, j) = T(0);
         for (int i = 0; i < 12 && info == 2; ++i) a(i, 0) = b(i / 2, 0) = T(0);
-        auto call = gglseCall(a, b, interfaces<T>()[0], true);
+        auto call = gglseCall(a, b, interfaces<T>()[0]);
         EXPECT_EQ(Outcome(lumoDataError, info), outcome(call->run()));
         // What was not solved for is zero in host memory.
         const Matrix<T> x = call->template result<7>();
@@ -156,8 +154,8 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
                        {5, 30}, {17, 13}, {13, 17}, {0, 3}, {3, 0}};
     registerRoutine(
         {letter + "gels",
-         gelsCases<T>(small, {1, 3}, true) + gelsCases<T>({{220, 110}, {110, 220}}, {2}, false),
-         gelsFailing<T>, gelsCases<T>({{9, 6}, {6, 9}}, {2}, true), isDouble<T>, shrinkPanels<T>});
+         gelsCases<T>(small, {1, 3}, shrinkPanels<T>) + gelsCases<T>({{220, 110}, {110, 220}}, {2}),
+         gelsFailing<T>, gelsCases<T>({{9, 6}, {6, 9}}, {2}), isDouble<T>, shrinkPanels<T>});
 
     // No constraints, nothing but constraints, both, fewer equations than unknowns, the fewest
     // that there may be.
@@ -166,8 +164,8 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
                                        {7, 12, 5}, {30, 4, 2},  {10, 20, 15}};
     registerRoutine(
         {letter + "gglse",
-         gglseCases<T>(few, true) + gglseCases<T>({{250, 210, 100}, {130, 220, 140}}, false),
-         gglseFailing<T>, gglseCases<T>({{9, 6, 5}, {5, 8, 4}}, true), isDouble<T>, shrinkPanels<T>,
+         gglseCases<T>(few, shrinkPanels<T>) + gglseCases<T>({{250, 210, 100}, {130, 220, 140}}),
+         gglseFailing<T>, gglseCases<T>({{9, 6, 5}, {5, 8, 4}}), isDouble<T>, shrinkPanels<T>,
          true});
 });
 
@@ -176,12 +174,10 @@ TEST_F(OnSoftwareDevice, FailureComesBeforeBadData) {
     const auto blocks = shrinkPanels<float>();
     auto a = Matrix<float>::random(12, 9);
     for (int i = 0; i < 12; ++i) a(i, 2) = 0;
-    software::Fault fault{1, "cublasSgemm", 30, 14};
     for (auto [cublasError, status, info] :
          {std::tuple{14, lumoBlasError, 14}, {3, lumoInsufficientMemory, 0}}) {
-        auto call = gelsCall('N', 2, a, inHost, true);
-        fault.cublasError = cublasError;
-        software::inject(fault);
+        auto call = gelsCall('N', 2, a, inHost);
+        software::inject({1, "cublasSgemm", 30, cublasError});
         EXPECT_EQ(Outcome(status, info), outcome(call->run()));
         software::removeFault();
     }
@@ -191,32 +187,26 @@ TEST_F(OnSoftwareDevice, FailureComesBeforeBadData) {
 
 // The most device memory that a device routine takes beside its operands is what lumo.h says, up
 // to the rounding of each of its workspaces to pages and to the pool's reuse of larger ones.
-class PeakMemory : public OnSoftwareDevice {
-  protected:
-    template <class Run>
-    void expectElements(std::size_t elements, Run run) {
+TEST_F(OnSoftwareDevice, PeakMemoryIsAsTold) {
+    auto expectElements = [](std::size_t elements, auto run) {
         const std::size_t most = peakOf(run);
         EXPECT_LE(most, elements * sizeof(float) + 8 * 4096);
         EXPECT_GE(most, elements * sizeof(float) / 2) << "the contract promises too little";
+    };
+    constexpr std::size_t nb = 96, m = 1000, n = 500;
+    const auto a = Matrix<float>::random(m, n);
+    OnDevice<float> f(a), tau(blank<float>(n));
+    for (auto [columns, elements] : {std::pair{n, 2 * nb * nb + nb * (m + n)}, {nb, 0}})
+        expectElements(
+            elements, [&, k = columns] { return lumoDeviceSgeqrf(m, k, f.data(), m, tau.data()); });
+    auto gels = gelsCall('N', 3, a, inDevice);
+    expectElements(n + 2 * nb * nb + nb * (m + n + 3), [&] { return gels->run(); });
+    for (auto [unknowns, p] : {std::pair{n, std::size_t(200)}, {100, 90}}) {
+        auto gglse = gglseCall(Matrix<float>::random(m, unknowns),
+                               Matrix<float>::random(p, unknowns, 0, 2), inDevice);
+        expectElements(p + unknowns + 4 * nb * nb + nb * (2 * m + 2 * unknowns + p),
+                       [&] { return gglse->run(); });
     }
-};
-
-TEST_F(PeakMemory, IsAsTold) {
-    const std::size_t nb = 96, m = 1000, n = 500, p = 200;
-    OnDevice<float> a(Matrix<float>::random(m, n)), b(Matrix<float>::random(m, 3)),
-        tau(blank<float>(n));
-    expectElements(2 * nb * nb + nb * (m + n),
-                   [&] { return lumoDeviceSgeqrf(m, n, a.data(), m, tau.data()); });
-    expectElements(0, [&] { return lumoDeviceSgeqrf(m, nb, a.data(), m, tau.data()); });
-    expectElements(n + 2 * nb * nb + nb * (m + n + 3),
-                   [&] { return lumoDeviceSgels('N', m, n, 3, a.data(), m, b.data(), m); });
-    OnDevice<float> constraints(Matrix<float>::random(p, n, 0, 2)), c(Matrix<float>::random(m, 1)),
-        d(Matrix<float>::random(p, 1)), x(blank<float>(n));
-    for (auto [unknowns, most] : {std::pair{n, p}, {std::size_t(100), std::size_t(90)}})
-        expectElements(most + unknowns + 4 * nb * nb + nb * (2 * m + 2 * unknowns + most), [&] {
-            return lumoDeviceSgglse(m, unknowns, most, a.data(), m, constraints.data(), p, c.data(),
-                                    d.data(), x.data());
-        });
 }
 
 }  // namespace

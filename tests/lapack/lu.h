@@ -25,31 +25,31 @@ void checkFactors(const Operand<T>& a, const Operand<int>& ipiv) {
 }
 
 template <class T>
-auto getrfCall(const Matrix<T>& a, Interface where, bool shrunk = false) {
+auto getrfCall(const Matrix<T>& a, Interface where) {
     auto check = [](auto, auto, const Operand<T>& factors, const Operand<int>& ipiv) {
         checkFactors(factors, ipiv);
     };
     return routineCall<lumo::Getrf<T>>(
-        where, shrunk ? shrinkLu<T> : nullptr, [](auto e) { return e.getrf; }, check, a.m, a.n, a,
+        where, [](auto e) { return e.getrf; }, check, a.m, a.n, a,
         Adjacent<int>{blank<int>(std::min(a.m, a.n))});
 }
 
 // The pivots of gesv are always in host memory, those of getrf where the matrix is.
 template <class T>
-auto gesvCall(const Matrix<T>& a, const Matrix<T>& b, Interface where, bool shrunk = false) {
+auto gesvCall(const Matrix<T>& a, const Matrix<T>& b, Interface where) {
     auto check = [](auto, auto, const Operand<T>& factors, const Operand<int>& ipiv,
                     const Operand<T>& x) {
         checkFactors(factors, ipiv);
         EXPECT_LT(solveResidual(factors.before, x.now(), x.before), solveBound);
     };
     return routineCall<lumo::Gesv<T>>(
-        where, shrunk ? shrinkLu<T> : nullptr, [](auto e) { return e.gesv; }, check, a.n, b.n, a,
+        where, [](auto e) { return e.gesv; }, check, a.n, b.n, a,
         Adjacent<int>{blank<int>(a.n), true}, b);
 }
 template <class T>
-auto gesvCall(int n, int nrhs, int pad, Interface where, bool shrunk = false) {
+auto gesvCall(int n, int nrhs, int pad, Interface where) {
     return gesvCall(Matrix<T>::random(n, n, n + pad), Matrix<T>::random(n, nrhs, n + 2 * pad, 2),
-                    where, shrunk);
+                    where);
 }
 
 }  // namespace test

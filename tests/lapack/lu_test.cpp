@@ -20,9 +20,12 @@ std::vector<GoodCase> getrfGoodCases() {
                        {15, 15}, {16, 16}, {17, 17}, {19, 19}, {20, 20}, {21, 21},
                        {24, 24}, {33, 33}, {40, 17}, {17, 40}, {64, 9},  {9, 64},
                        {50, 33}, {33, 50}, {30, 16}, {16, 30}};
-    auto cases = casesOf<T>("getrf", small, [](int m, int n, Interface interface) {
-        return getrfCall(Matrix<T>::random(m, n, m + 3), interface, true);
-    });
+    auto cases = casesOf<T>(
+        "getrf", small,
+        [](int m, int n, Interface interface) {
+            return getrfCall(Matrix<T>::random(m, n, m + 3), interface);
+        },
+        shrinkLu<T>);
     // The blocks that users get, around the switch to the transposed path.
     for (auto [m, n] : {std::pair{512, 512}, {513, 513}, {600, 700}, {700, 193}})
         cases.push_back({label("getrf", m, n, interfaces<T>()[0]), [=, m = m, n = n] {
@@ -55,9 +58,10 @@ std::vector<GoodCase> gesvGoodCases() {
     Shapes shapes;
     for (int n : {1, 2, 8, 9, 17, 20, 33})
         for (int nrhs : {1, 5, 40}) shapes.push_back({n, nrhs});
-    auto cases = casesOf<T>("gesv", shapes, [](int n, int nrhs, Interface interface) {
-        return gesvCall<T>(n, nrhs, 2, interface, true);
-    });
+    auto cases = casesOf<T>(
+        "gesv", shapes,
+        [](int n, int nrhs, Interface interface) { return gesvCall<T>(n, nrhs, 2, interface); },
+        shrinkLu<T>);
     cases.push_back({"gesv 530", [] { return gesvCall<T>(530, 3, 0, interfaces<T>()[0]); }});
     return cases;
 }

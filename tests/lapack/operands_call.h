@@ -32,15 +32,21 @@ inline std::string label(const std::string& name, int m, int n, Interface interf
     return name + " " + std::to_string(m) + " x " + std::to_string(n) + nameOf(interface);
 }
 
+using Shrink = std::shared_ptr<void> (*)();  // makes blocks small, or null
+
 // Each shape by each interface; make(m, n, interface) makes the call.
 using Shapes = std::vector<std::pair<int, int>>;
 template <class T, class Make>
-std::vector<GoodCase> casesOf(const std::string& name, const Shapes& shapes, Make make) {
+std::vector<GoodCase> casesOf(const std::string& name, const Shapes& shapes, Make make,
+                              Shrink blocks = nullptr) {
     std::vector<GoodCase> cases;
     for (Interface interface : interfaces<T>())
         for (auto [m, n] : shapes)
-            cases.push_back({label(name, m, n, interface),
-                             [=, m = m, n = n] { return make(m, n, interface); }});
+            cases.push_back({label(name, m, n, interface), [=, m = m, n = n] {
+                                 auto call = make(m, n, interface);
+                                 call->blocks = blocks;
+                                 return call;
+                             }});
     return cases;
 }
 
@@ -80,20 +86,17 @@ struct Argument<Adjacent<T>> : Operand<T> {
     std::tuple<T*> passed() { return this->at(); }
 };
 
-using Shrink = std::shared_ptr<void> (*)();  // makes blocks small, or null
-
 // run() takes what is passed; check() the arguments, operands as they were and as they are.
 template <class Run, class Check, class... A>
 class OperandsCall : public Call {
   public:
-    OperandsCall(Interface where, Shrink shrink, Run run, Check check, A... arguments)
-        : shrink_(shrink),
-          run_(run),
-          check_(check),
-          arguments_(Argument<A>(std::move(arguments), where)...) {}
+    OperandsCall(Interface where, Run run, Check check, A... arguments)
+        : run_(run), check_(check), arguments_(Argument<A>(std::move(arguments), where)...) {}
+
+    Shrink blocks = nullptr;
 
     lumoStatus run() override {
-        const auto blocks = shrink_ ? shrink_() : nullptr;
+        const auto small = blocks ? blocks() : nullptr;
         return look([&](auto&... a) { return std::apply(run_, std::tuple_cat(a.passed()...)); });
     }
     void checkResult() override {
@@ -115,21 +118,20 @@ class OperandsCall : public Call {
     }
 
   private:
-    const Shrink shrink_;
     const Run run_;
     const Check check_;
     std::tuple<Argument<A>...> arguments_;
 };
 
 template <class Run, class Check, class... A>
-auto operandsCall(Interface where, Shrink shrink, Run run, Check check, A... arguments) {
-    return std::make_unique<OperandsCall<Run, Check, A...>>(where, shrink, run, check,
+auto operandsCall(Interface where, Run run, Check check, A... arguments) {
+    return std::make_unique<OperandsCall<Run, Check, A...>>(where, run, check,
                                                             std::move(arguments)...);
 }
 
 // By the export that `exportsOf` finds or, where there is none, in the frame of one.
 template <class Routine, class Find, class Check, class... A>
-auto routineCall(Interface where, Shrink shrink, Find exportsOf, Check check, A... arguments) {
+auto routineCall(Interface where, Find exportsOf, Check check, A... arguments) {
     using T = typename Routine::Element;
     auto run = [=](auto... passed) {
         if constexpr (isDouble<T>)
@@ -137,7 +139,7 @@ auto routineCall(Interface where, Shrink shrink, Find exportsOf, Check check, A.
         else
             return callExport(exportsOf(Exports<T>())[where], passed...);
     };
-    return operandsCall(where, shrink, run, check, std::move(arguments)...);
+    return operandsCall(where, run, check, std::move(arguments)...);
 }
 
 }  // namespace test

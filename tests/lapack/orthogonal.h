@@ -21,9 +21,7 @@ constexpr double leastSquaresBound = 30;  // LAPACK xDRVLS
 constexpr double lseBound = 20;           // LAPACK xCKLSE with lse.in
 
 inline WideMatrix identity(int n) {
-    WideMatrix e(n, n);
-    for (int i = 0; i < n; ++i) e(i, i) = 1;
-    return e;
+    return {n, n, [](int i, int j) { return Wide(i == j); }};
 }
 
 // ||I - Q^H Q|| / (rows eps), or of the rows of a Q that is wider than tall.
@@ -62,14 +60,9 @@ WideMatrix qOf(lumo::Reflectors kind, const Matrix<T>& f, const Matrix<T>& tau) 
 // The triangular or trapezoidal factor: R of QR, L of LQ, R of RQ (at the end of A).
 template <class T>
 WideMatrix triangleOf(lumo::Reflectors kind, const Matrix<T>& f) {
-    WideMatrix t(f.m, f.n);
-    for (int j = 0; j < f.n; ++j)
-        for (int i = 0; i < f.m; ++i)
-            if (kind == lumo::Reflectors::ofQr   ? i <= j
-                : kind == lumo::Reflectors::ofLq ? i >= j
-                                                 : f.n - j <= f.m - i)
-                t(i, j) = wide(f(i, j));
-    return t;
+    if (kind != lumo::Reflectors::ofRq)
+        return triangular(kind == lumo::Reflectors::ofQr ? 'U' : 'L', 'N', WideMatrix(f));
+    return {f.m, f.n, [&](int i, int j) { return f.n - j <= f.m - i ? wide(f(i, j)) : Wide(0); }};
 }
 
 // The larger of ||Q R - A|| / (max(m, n) ||A|| eps) and the orthogonality of Q (xQRT01, ...).
@@ -89,10 +82,7 @@ inline double distanceFromRange(WideMatrix a, WideMatrix b) {
         return cpu::gels<Wide>('N', a.m, a.n, b.n, a.data.data(), a.m, b.data.data(), a.m, work,
                                size);
     });
-    WideMatrix rest(a.m, b.n);
-    for (int j = 0; j < b.n; ++j)
-        for (int i = a.n; i < a.m; ++i) rest(i, j) = b(i, j);
-    return norm1(rest);
+    return norm1({a.m, b.n, [&](int i, int j) { return i < a.n ? Wide(0) : b(i, j); }});
 }
 
 }  // namespace test

@@ -51,41 +51,31 @@ void checkSvd(Jobs jobs, const Operand<T>& operandA, const Operand<RealOf<T>>& o
         EXPECT_NEAR(expected[i], s[i], svdBound * size * expected[0]) << "value " << i;
         EXPECT_GE(s[i], i + 1 < k ? s[i + 1] : 0);
     }
-    WideMatrix sigma(k, k);
-    for (int i = 0; i < k; ++i) sigma(i, i) = s[i];
-
-    const bool left = jobs.upperU() != 'N', right = jobs.upperVt() != 'N';
-    const WideMatrix u =
-        left ? leading((jobs.upperU() == 'O' ? operandA : operandU).now(), m, k) : WideMatrix(0, 0);
-    const WideMatrix vt = right
-                              ? leading((jobs.upperVt() == 'O' ? operandA : operandVt).now(), k, n)
-                              : WideMatrix(0, 0);
-    if (jobs.upperU() == 'A') {
-        EXPECT_LT(orthogonality(WideMatrix(operandU.now()), epsilon<T>), svdBound);
-    }
-    if (jobs.upperVt() == 'A') {
-        EXPECT_LT(orthogonality(WideMatrix(operandVt.now()), epsilon<T>), svdBound);
-    }
-    if (left) {
+    const WideMatrix sigma(k, k, [&](int i, int j) { return i == j ? s[i] : 0; });
+    // The vectors of one side as columns, where `x` is A or, for the other side, its adjoint.
+    auto side = [&](char job, char trans, const Operand<T>& separate) {
+        const WideMatrix x = op(trans, a);
+        if (job == 'N') return WideMatrix(0, 0);
+        const WideMatrix all = op(trans, WideMatrix((job == 'O' ? operandA : separate).now()));
+        if (job == 'A') {
+            EXPECT_LT(orthogonality(all, epsilon<T>), svdBound);
+        }
+        const WideMatrix u = leading(all, x.m, k), w = op('C', u) * x;
         EXPECT_LT(orthogonality(u, epsilon<T>), svdBound);
-        const WideMatrix w = op('C', u) * a;
-        EXPECT_LT(norm1(a - u * w) / (scale * size), svdBound);
+        EXPECT_LT(norm1(x - u * w) / (scale * size), svdBound);
         EXPECT_LT(norm1(w * op('C', w) - sigma * sigma) / (scale * scale * size), svdBound);
-    }
-    if (right) {
-        EXPECT_LT(orthogonality(vt, epsilon<T>), svdBound);
-        const WideMatrix w = a * op('C', vt);
-        EXPECT_LT(norm1(a - w * vt) / (scale * size), svdBound);
-        EXPECT_LT(norm1(op('C', w) * w - sigma * sigma) / (scale * scale * size), svdBound);
-    }
-    if (left && right) {
-        EXPECT_LT(norm1(a - u * sigma * vt) / (scale * size), svdBound);
+        return u;
+    };
+    const WideMatrix u = side(jobs.upperU(), 'N', operandU),
+                     v = side(jobs.upperVt(), 'C', operandVt);
+    if (u.m > 0 && v.m > 0) {
+        EXPECT_LT(norm1(a - u * sigma * op('C', v)) / (scale * size), svdBound);
     }
 }
 
 // Vectors that are not wanted, or take A's place, have no memory.
 template <class T>
-auto svdCall(Jobs jobs, const Matrix<T>& a, Interface where, bool shrunk) {
+auto svdCall(Jobs jobs, const Matrix<T>& a, Interface where) {
     const int m = a.m, n = a.n, k = std::min(m, n);
     auto vectors = [](char job, int rows, int columns, int ld) {
         return job == 'A' || job == 'S' ? blank<T>(rows, columns, ld) : blank<T>(0, 0);
@@ -94,8 +84,8 @@ auto svdCall(Jobs jobs, const Matrix<T>& a, Interface where, bool shrunk) {
         checkSvd<T>({u, vt}, operands...);
     };
     return routineCall<lumo::Gesvd<T>>(
-        where, shrunk ? [] { return shrinkSvd<T>(); } : Shrink(), [](auto e) { return e.gesvd; },
-        check, jobs.u, jobs.vt, m, n, a, Adjacent<RealOf<T>>{blank<RealOf<T>>(k)},
+        where, [](auto e) { return e.gesvd; }, check, jobs.u, jobs.vt, m, n, a,
+        Adjacent<RealOf<T>>{blank<RealOf<T>>(k)},
         vectors(jobs.upperU(), m, jobs.upperU() == 'A' ? m : k, m + 1),
         vectors(jobs.upperVt(), jobs.upperVt() == 'A' ? n : k, n, n + 2));
 }
@@ -109,12 +99,16 @@ std::vector<Jobs> allJobs() {
 }
 
 template <class T>
-std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs, const Shapes& shapes, bool shrunk) {
+std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs, const Shapes& shapes,
+                               Shrink blocks = nullptr) {
     std::vector<GoodCase> cases;
     for (Jobs j : jobs)
-        cases = cases + casesOf<T>({j.u, j.vt}, shapes, [=](int m, int n, Interface interface) {
-                    return svdCall(j, Matrix<T>::random(m, n, m + 3), interface, shrunk);
-                });
+        cases = cases + casesOf<T>(
+                            {j.u, j.vt}, shapes,
+                            [=](int m, int n, Interface interface) {
+                                return svdCall(j, Matrix<T>::random(m, n, m + 3), interface);
+                            },
+                            blocks);
     return cases;
 }
 
@@ -125,7 +119,7 @@ void failing() {
         for (auto [m, n] : {std::pair{9, 9}, {20, 6}, {6, 20}}) {
             auto a = Matrix<T>::random(m, n);
             a(4, 5) = scalar<T>(bad);
-            auto call = svdCall({'S', 'S'}, a, interfaces<T>()[0], true);
+            auto call = svdCall({'S', 'S'}, a, interfaces<T>()[0]);
             EXPECT_EQ(lumoDataError, call->run());
             EXPECT_GT(lumoGetErrorInfo(), 0);
             for (double s : call->template result<5>().data) EXPECT_TRUE(std::isnan(s));
@@ -139,9 +133,9 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
                        {5, 8}, {5, 7}, {9, 9}, {21, 9}, {9, 21}};
     const Shapes large{{130, 110}, {110, 130}, {250, 100}, {100, 250}};
     registerRoutine({letter + "gesvd",
-                     svdCases<T>(allJobs(), small, true) + svdCases<T>({{'S', 'S'}}, large, false),
-                     failing<T>,
-                     svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}, false),
+                     svdCases<T>(allJobs(), small, [] { return shrinkSvd<T>(); }) +
+                         svdCases<T>({{'S', 'S'}}, large),
+                     failing<T>, svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}),
                      isDouble<T>, [] { return shrinkSvd<T>(2); }, true});
 });
 
@@ -154,9 +148,9 @@ TEST_F(SvdPaths, NoVectorsOfEarlierCalls) {
     for (auto [m, n] : {std::pair{200, 50}, {50, 200}, {60, 50}})
         for (Jobs jobs : {Jobs{'S', 'S'}, {'A', 'A'}, {'N', 'S'}, {'S', 'N'}}) {
             auto a = Matrix<float>::random(m, n);
-            ASSERT_EQ(lumoNoError, svdCall(jobs, a, inHost, false)->run());
+            ASSERT_EQ(lumoNoError, svdCall(jobs, a, inHost)->run());
             a(7, 9) = float(std::nan(""));
-            auto call = svdCall(jobs, a, inHost, false);
+            auto call = svdCall(jobs, a, inHost);
             EXPECT_EQ(lumoDataError, call->run());
             for (const auto& vectors : {call->result<6>(), call->result<7>()})
                 for (float x : vectors.data)
@@ -171,28 +165,23 @@ template <class T>
 class HardMatrices : public OnMachine {
   protected:
     // U diag(values) V^H with the left vectors of random matrices.
-    Matrix<T> withValues(int m, int n, const std::vector<double>& values) {
+    Matrix<T> withValues(int m, int n, double (*value)(int)) {
         auto q = [](int rows, int columns, unsigned seed) {
             WideMatrix a(Matrix<T>::random(rows, columns, 0, seed));
             referenceValues(a, 'O');
             return a;
         };
         const int k = std::min(m, n);
-        WideMatrix u = q(m, k, 11);
-        for (int j = 0; j < k; ++j)
-            for (int i = 0; i < m; ++i) u(i, j) *= values[j];
-        const WideMatrix product = u * op('C', q(n, k, 12));
-        Matrix<T> a(m, n);
-        for (int j = 0; j < n; ++j)
-            for (int i = 0; i < m; ++i)
-                a(i, j) = scalar<T>(product(i, j).real(), product(i, j).imag());
-        return a;
+        const WideMatrix u = q(m, k, 11),
+                         us(m, k, [&](int i, int j) { return u(i, j) * value(j); });
+        return narrowed<T>(us * op('C', q(n, k, 12)));
     }
 
-    void check(const Matrix<T>& a, const char* what) {
+    void check(const char* what, const Matrix<T>& a) {
         for (Jobs jobs : {Jobs{'A', 'A'}, {'S', 'O'}, {'N', 'N'}}) {
             SCOPED_TRACE(std::string(what) + ' ' + jobs.u + jobs.vt);
-            auto call = svdCall(jobs, a, interfaces<T>()[0], true);
+            auto call = svdCall(jobs, a, interfaces<T>()[0]);
+            call->blocks = [] { return shrinkSvd<T>(); };
             ASSERT_EQ(lumoNoError, call->run());
             call->checkResult();
         }
@@ -203,22 +192,14 @@ TYPED_TEST_SUITE(HardMatrices, ElementTypes);
 TYPED_TEST(HardMatrices, ComeOutRight) {
     using T = TypeParam;
     for (auto [m, n] : {std::pair{14, 14}, {30, 11}, {11, 30}}) {
-        const int k = std::min(m, n);
-        this->check(Matrix<T>(Matrix<T>::random(m, n, 0, 3)), "random");
-        auto zeros = Matrix<T>::random(m, n);
-        std::fill(zeros.data.begin(), zeros.data.end(), T(0));
-        this->check(zeros, "zero");
-        for (int i = 0; i < k; ++i) zeros(i, i) = scalar<T>(i % 3 ? -i : i);
-        this->check(zeros, "diagonal, of both signs, one zero");
-        std::vector<double> graded(k), clustered(k, 1), deficient(k);
-        for (int i = 0; i < k; ++i) {
-            graded[i] = std::pow(10.0, -i);
-            clustered[i] += (i % 2) * epsilon<T>;
-            deficient[i] = i < 3 ? 3 - i : 0;
-        }
-        this->check(this->withValues(m, n, graded), "graded");
-        this->check(this->withValues(m, n, clustered), "clustered");
-        this->check(this->withValues(m, n, deficient), "rank 3");
+        auto diagonal = filled(m, n, T(0));
+        this->check("zero", diagonal);
+        for (int i = 0; i < std::min(m, n); ++i) diagonal(i, i) = scalar<T>(i % 3 ? -i : i);
+        this->check("diagonal, of both signs, one zero", diagonal);
+        auto valued = [&, m = m, n = n](auto value) { return this->withValues(m, n, value); };
+        this->check("graded", valued([](int i) { return std::pow(10.0, -i); }));
+        this->check("clustered", valued([](int i) { return 1 + i % 2 * epsilon<T>; }));
+        this->check("rank 3", valued([](int i) { return double(i < 3 ? 3 - i : 0); }));
     }
 }
 
@@ -240,21 +221,17 @@ std::size_t largestDownload(const std::vector<software::Call>& trace) {
 
 // Each sweep sends its rotations once, from page-locked memory; panels come the other way.
 int sweepsIn(const std::vector<software::Call>& trace) {
-    return int(std::count_if(trace.begin(), trace.end(), [](const software::Call& call) {
+    return countIf(trace, [](const software::Call& call) {
         return call.name == "cudaMemcpyAsync" && call.arguments[3] == "1";
-    }));
+    });
 }
 
 // The reduction's last block and the panels of QR come to the host, the matrix does not; each sweep
 // is one launch for U and one for VT.
 TEST_F(SvdPaths, NoMatrixGoesToTheHost) {
     for (auto [m, n] : {std::pair{300, 300}, {500, 300}}) {
-        OnDevice<float> a(Matrix<float>::random(m, n)), s(blank<float>(n)), u(blank<float>(m, n)),
-            vt(blank<float>(n, n));
-        software::startTrace();
-        ASSERT_EQ(lumoNoError, lumoDeviceSgesvd('S', 'S', m, n, a.data(), m, s.data(), u.data(), m,
-                                                vt.data(), n));
-        const auto trace = software::stopTrace();
+        auto call = svdCall({'S', 'S'}, Matrix<float>::random(m, n), inDevice);
+        const auto trace = traceOf([&] { EXPECT_EQ(lumoNoError, call->run()); });
         EXPECT_LE(largestDownload(trace), std::size_t(m) * 96 * sizeof(float));
         const int sweeps = sweepsIn(trace);
         EXPECT_GT(sweeps, n / 2);
@@ -267,12 +244,8 @@ TEST_F(SvdPaths, TakesNoMoreMemoryThanTold) {
     for (auto [m, n] : {std::pair{260, 240}, {240, 260}, {500, 200}, {200, 500}})
         for (Jobs jobs : {Jobs{'S', 'S'}, {'O', 'A'}, {'A', 'O'}, {'N', 'N'}}) {
             const std::size_t k = std::min(m, n), nb = 96;
-            OnDevice<float> a(Matrix<float>::random(m, n)), s(blank<float>(k)),
-                u(blank<float>(m, m)), vt(blank<float>(n, n));
-            const std::size_t most = peakOf([&, m = m, n = n] {
-                return lumoDeviceSgesvd(jobs.u, jobs.vt, m, n, a.data(), m, s.data(), u.data(), m,
-                                        vt.data(), n);
-            });
+            auto call = svdCall(jobs, Matrix<float>::random(m, n), inDevice);
+            const std::size_t most = peakOf([&] { return call->run(); });
             const std::size_t told = 4 * k * k + 3 * nb * (m + n) + 6 * nb * nb + 8 * k;
             EXPECT_LE(most, told * sizeof(float)) << m << " x " << n << " " << jobs.u << jobs.vt;
         }
@@ -280,18 +253,11 @@ TEST_F(SvdPaths, TakesNoMoreMemoryThanTold) {
 
 // Memory grows with the matrix where no square of the long side is asked for.
 TEST_F(SvdPaths, LongMatricesNeedNoSquare) {
-    const int n = 20000, k = 20;
-    std::vector<float> a(std::size_t(n) * k), vectors(a.size()), s(k);
-    Random random;
-    for (float& x : a) x = random.next<float>();
-    for (bool tall : {true, false}) {
-        const int m = tall ? n : k;
-        const std::size_t most = peakOf([&] {
-            return lumoSgesvd(tall ? 'S' : 'N', tall ? 'N' : 'S', m, n + k - m, a.data(), m,
-                              s.data(), vectors.data(), m, vectors.data(), k);
-        });
+    for (auto [m, n] : {std::pair{20000, 20}, {20, 20000}}) {
+        const Jobs jobs = m > n ? Jobs{'S', 'N'} : Jobs{'N', 'S'};
+        auto call = svdCall(jobs, Matrix<float>::random(m, n), inHost);
         // Twenty rows have the pitch of 96.
-        EXPECT_LT(most, 12 * a.size() * sizeof(float));
+        EXPECT_LT(peakOf([&] { return call->run(); }), 12 * sizeof(float) * m * n);
     }
 }
 
