@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <string>
@@ -161,15 +162,18 @@ inline std::string written(const software::Call& call) {
     return words;
 }
 
+template <class Is>
+int countIf(const std::vector<software::Call>& trace, Is is) {
+    return int(std::count_if(trace.begin(), trace.end(), is));
+}
+
 // How often the trace holds a call of this name, or a launch of a kernel whose instance name
 // begins so ("KernelLASWP<").
 inline int count(const std::vector<software::Call>& trace, const std::string& name) {
-    int n = 0;
-    for (const software::Call& call : trace) {
+    return countIf(trace, [&](const software::Call& call) {
         const bool launch = call.name == "cudaLaunch" && !call.arguments.empty();
-        n += call.name == name || (launch && call.arguments[0].rfind(name, 0) == 0);
-    }
-    return n;
+        return call.name == name || (launch && call.arguments[0].rfind(name, 0) == 0);
+    });
 }
 
 }  // namespace test
