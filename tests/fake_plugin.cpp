@@ -1,6 +1,6 @@
 // A CUDA plugin that has what a test's environment says, for the choice of the platform.
 #include <cstdlib>
-#include <cstring>
+#include <utility>
 
 #include "platform/table.h"
 
@@ -13,10 +13,10 @@ int number(const char* variable, int otherwise) {
 
 int lastError = 0;
 
-int result(int error) {
-    return error ? lastError = error : 0;
+int answer(int* to, int value) {
+    *to = value;
+    return 0;
 }
-
 int succeed() {
     return 0;
 }
@@ -25,35 +25,23 @@ platform::Table makeTable() {
     platform::Table t{};
     t.version = unsigned(number("FAKE_TABLE_VERSION", platform::tableVersion));
     t.name = "cuda";
-    t.runtimeGetVersion = [](int* version) {
-        *version = 13000;
-        return 0;
-    };
+    t.runtimeGetVersion = [](int* version) { return answer(version, 13000); };
     t.driverGetVersion = [](int* version) {
-        *version = number("FAKE_DRIVER_VERSION", 13000);
-        return 0;
+        return answer(version, number("FAKE_DRIVER_VERSION", 13000));
     };
     t.getDeviceCount = [](int* count) {
-        *count = number("FAKE_DEVICES", 1);
-        return result(number("FAKE_COUNT_ERROR", 0));
+        answer(count, number("FAKE_DEVICES", 1));
+        return lastError = number("FAKE_COUNT_ERROR", 0);
     };
     t.getDeviceProperties = [](platform::DeviceProperties* p, int) {
         *p = {};
-        std::strcpy(p->name, "Fake");
         p->major = 9;
         return 0;
     };
     t.setDevice = [](int) { return 0; };
-    t.getDevice = [](int* device) {
-        *device = 0;
-        return 0;
-    };
+    t.getDevice = [](int* device) { return answer(device, 0); };
     t.threadSynchronize = succeed;
-    t.getLastError = [] {
-        const int error = lastError;
-        lastError = 0;
-        return error;
-    };
+    t.getLastError = [] { return std::exchange(lastError, 0); };
     t.getErrorString = [](int) { return "fake error"; };
     t.cublasInit = succeed;
     t.cublasShutdown = succeed;

@@ -1,6 +1,4 @@
 // Several threads in the library at once.
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <thread>
 
@@ -14,6 +12,14 @@ namespace {
 
 using test::Matrix;
 
+// work(0) ... work(3), each on a thread of its own.
+template <class Work>
+void onFour(Work work) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) threads.emplace_back([=] { work(t); });
+    for (auto& thread : threads) thread.join();
+}
+
 void solveSome(unsigned seed, int n, int systems) {
     ASSERT_EQ(lumoNoError, lumoInitialize());
     for (int k = 0; k < systems; ++k) {
@@ -24,8 +30,7 @@ void solveSome(unsigned seed, int n, int systems) {
         EXPECT_EQ(lumoNoError,
                   lumoSgesv(n, 2, factors.data.data(), n, pivots.data(), x.data.data(), n));
         EXPECT_LT(test::solveResidual(a, x, b), test::solveBound);
-        factors = a;
-        x = b;
+        std::tie(factors, x) = std::tie(a, b);
         EXPECT_EQ(lumoNoError, lumoSgels('N', n, n, 2, factors.data.data(), n, x.data.data(), n));
         EXPECT_LT(test::solveResidual(a, x, b), test::solveBound);
         if (k == 1) lumoFreeBuffers();
@@ -47,9 +52,7 @@ TEST_P(ThreadsTest, EachSolvesItsOwnSystems) {
     // Large enough in production for kernels to run on several threads themselves.
     const bool production = GetParam() == software::Schedule::production;
     const int n = production ? 600 : 300, systems = production ? 2 : 4;
-    std::vector<std::thread> threads;
-    for (unsigned t = 0; t < 4; ++t) threads.emplace_back([=] { solveSome(1000 * t, n, systems); });
-    for (auto& thread : threads) thread.join();
+    onFour([=](int t) { solveSome(1000 * unsigned(t), n, systems); });
     EXPECT_FALSE(lumo::initialized()) << "the last one has shut it down";
     EXPECT_EQ(0u, software::usage().deviceBytes);
 }
@@ -57,26 +60,22 @@ TEST_P(ThreadsTest, EachSolvesItsOwnSystems) {
 // Threads come and go while others look around: state, hooks and tables are shared.
 TEST_P(ThreadsTest, SharedState) {
     std::atomic<int> hookRuns{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&] {
-            for (int k = 0; k < 20; ++k) {
-                lumoInitialize();
-                lumo::setHook(lumo::HookPoint::hostCallBegin, [&] { ++hookRuns; });
-                int count = 0;
-                char text[40];
-                EXPECT_EQ(lumoNoError, lumoGetDeviceCount(&count));
-                lumoGetDeviceInfo(0, text, sizeof text);
-                lumoGetLastStatus();
-                lumoGetErrorInfo();
-                float a = 2, b = 1;
-                int pivot = 0;
-                EXPECT_EQ(lumoNoError, lumoSgesv(1, 1, &a, 1, &pivot, &b, 1));
-                EXPECT_EQ(0.5f, b);
-                lumoShutdown();
-            }
-        });
-    for (auto& thread : threads) thread.join();
+    onFour([&](int) {
+        for (int k = 0; k < 20; ++k) {
+            lumoInitialize();
+            lumo::setHook(lumo::HookPoint::hostCallBegin, [&] { ++hookRuns; });
+            int count = 0, pivot = 0;
+            char text[40];
+            EXPECT_EQ(lumoNoError, lumoGetDeviceCount(&count));
+            lumoGetDeviceInfo(0, text, sizeof text);
+            lumoGetLastStatus();
+            lumoGetErrorInfo();
+            float a = 2, b = 1;
+            EXPECT_EQ(lumoNoError, lumoSgesv(1, 1, &a, 1, &pivot, &b, 1));
+            EXPECT_EQ(0.5f, b);
+            lumoShutdown();
+        }
+    });
     EXPECT_FALSE(lumo::initialized());
 }
 
@@ -84,26 +83,19 @@ TEST_P(ThreadsTest, SharedState) {
 // info that a call brings out of its body.
 TEST_P(ThreadsTest, EachItsOwnInfo) {
     ASSERT_EQ(lumoNoError, lumoInitialize());
-    std::vector<std::thread> threads;
-    for (int t = 1; t <= 4; ++t)
-        threads.emplace_back([=] {
-            EXPECT_EQ(lumoNoError, lumoGetThreadStatus());
-            for (int k = 0; k < 2000; ++k) {
-                const int sizes[] = {t == 1 ? -1 : 1, t == 2 ? -1 : 1};
-                float x[16] = {1};
-                int pivots[4];
-                if (t < 3) {
-                    EXPECT_EQ(lumoArgumentError, lumoSgetrf(sizes[0], sizes[1], x, 1, pivots));
-                    EXPECT_EQ(-t, lumoGetThreadErrorInfo());
-                } else {  // singular from column t - 1 on
-                    for (int i = 0; i < t - 2; ++i) x[5 * i] = 1;
-                    EXPECT_EQ(lumoDataError, lumoSgetrf(4, 4, x, 4, pivots));
-                    EXPECT_EQ(t - 1, lumoGetThreadErrorInfo());
-                }
-                EXPECT_EQ(t < 3 ? lumoArgumentError : lumoDataError, lumoGetThreadStatus());
-            }
-        });
-    for (auto& thread : threads) thread.join();
+    onFour([](int t) {
+        EXPECT_EQ(lumoNoError, lumoGetThreadStatus());
+        // Two with a bad size, the others with a matrix that is singular from column t on.
+        const lumoStatus status = t < 2 ? lumoArgumentError : lumoDataError;
+        for (int k = 0; k < 2000; ++k) {
+            float x[16] = {};
+            int pivots[4];
+            for (int i = 0; i < t - 1; ++i) x[5 * i] = 1;
+            EXPECT_EQ(status, lumoSgetrf(t == 0 ? -1 : 4, t == 1 ? -1 : 4, x, 4, pivots));
+            EXPECT_EQ(t < 2 ? -t - 1 : t, lumoGetThreadErrorInfo());
+            EXPECT_EQ(status, lumoGetThreadStatus());
+        }
+    });
     lumoShutdown();
     EXPECT_EQ(lumoNoError, lumoGetThreadStatus()) << "shutdown returns none";
     EXPECT_EQ(lumoNotInitialized, lumoSgetrf(1, 1, nullptr, 1, nullptr));
