@@ -1,6 +1,4 @@
 // Device and page-locked memory: allocators, handles, host-bound matrices, the workspace pool.
-#include <gtest/gtest.h>
-
 #include <numeric>
 #include <optional>
 #include <thread>
@@ -33,9 +31,7 @@ class MemoryTest : public test::OnSoftwareDevice {
 };
 
 TEST_F(MemoryTest, PitchRule) {
-    const struct {
-        std::size_t expected, actual;
-    } cases[] = {
+    const std::size_t cases[][2] = {
         {192, pitch<float>(100, 20)},   {480, pitch<float>(480, 20)}, {576, pitch<float>(512, 20)},
         {1632, pitch<float>(1500, 20)}, {96, pitch<float>(0, 20)},    {96, pitch<float>(1, 35)},
         {128, pitch<float>(100, 13)},   {544, pitch<float>(512, 13)}, {512, pitch<float>(512, 12)},
@@ -46,26 +42,22 @@ TEST_F(MemoryTest, PitchRule) {
         {224, pitch<Cf>(192, 11)},      {96, pitch<Cd>(65, 20)},      {160, pitch<Cd>(128, 20)},
         {144, pitch<Cd>(128, 13)},      {432, pitch<Cd>(384, 13)},
     };
-    for (const auto& c : cases) EXPECT_EQ(c.expected, c.actual) << "case " << &c - cases;
+    for (const auto& [expected, actual] : cases) EXPECT_EQ(expected, actual);
 }
 
+// The call by which two 3 x 5 matrices are allocated, and their pitch.
+template <template <class> class Alloc>
+std::string allocation() {
+    software::startTrace();
+    const ManagedMemory<double, Alloc> memory({3, 5}, 2);
+    return test::written(software::stopTrace().at(0)) + ", pitch " +
+           std::to_string(memory.allocator().pitch());
+}
 TEST_F(MemoryTest, Allocators) {
-    auto call = [](auto allocate) {
-        software::startTrace();
-        auto memory = allocate();
-        std::string text;
-        for (const auto& c : software::stopTrace()) text += test::written(c);
-        return text + ", pitch " + std::to_string(memory.allocator().pitch());
-    };
-    const Extent extent{3, 5};
-    EXPECT_EQ("cudaMalloc 240, pitch 3",
-              call([&] { return ManagedMemory<double, CudaAllocator>(extent, 2); }));
-    EXPECT_EQ("cudaMallocPitch 24 10, pitch 64",
-              call([&] { return ManagedMemory<double, CudaPitchAllocator>(extent, 2); }));
-    EXPECT_EQ("cudaMalloc 5120, pitch 64",
-              call([&] { return ManagedMemory<double, lumo::BlasAllocator>(extent, 2); }));
-    EXPECT_EQ("cudaMallocHost 240, pitch 3",
-              call([&] { return ManagedMemory<double, PageLockedAllocator>(extent, 2); }));
+    EXPECT_EQ("cudaMalloc 240, pitch 3", allocation<CudaAllocator>());
+    EXPECT_EQ("cudaMallocPitch 24 10, pitch 64", allocation<CudaPitchAllocator>());
+    EXPECT_EQ("cudaMalloc 5120, pitch 64", allocation<lumo::BlasAllocator>());
+    EXPECT_EQ("cudaMallocHost 240, pitch 3", allocation<PageLockedAllocator>());
 }
 
 TEST_F(MemoryTest, AllocationFailures) {
@@ -262,13 +254,10 @@ class PoolTest : public MemoryTest {
 TEST_F(PoolTest, Reuse) {
     use(10 * page);
     software::startTrace();
-    use(10 * page);
-    use(10 * page - 1);
-    use(5 * page);
+    for (std::size_t size : {10 * page, 10 * page - 1, 5 * page}) use(size);
     EXPECT_EQ(0, allocations());
     software::startTrace();
-    use(5 * page - 1);  // would waste more than its own size
-    use(10 * page + 1);
+    for (std::size_t size : {5 * page - 1, 10 * page + 1}) use(size);  // too wasteful, too large
     EXPECT_EQ(2, allocations());
     software::startTrace();
     Workspace<char> best(5 * page), next(5 * page), last(4 * page);
@@ -279,16 +268,12 @@ TEST_F(PoolTest, Reuse) {
 }
 
 TEST_F(PoolTest, HoldsALimitedNumber) {
-    std::vector<std::optional<Workspace<char>>> out(WorkspacePool::heldAtMost + 3);
-    std::size_t total = 0, small = 0;
-    for (std::size_t i = 0; i < out.size(); ++i) {
-        out[i].emplace((i + 1) * page);
-        total += (i + 1) * page;
-        if (i < 3) small += (i + 1) * page;
-    }
-    EXPECT_EQ(total, software::usage().deviceBytes);
+    static_assert(WorkspacePool::heldAtMost == 8);
+    std::vector<std::optional<Workspace<char>>> out(11);
+    for (std::size_t i = 0; i < 11; ++i) out[i].emplace((i + 1) * page);
+    EXPECT_EQ(66 * page, software::usage().deviceBytes);
     for (auto& w : out) w.reset();
-    EXPECT_EQ(total - small, software::usage().deviceBytes) << "the smallest go first";
+    EXPECT_EQ(60 * page, software::usage().deviceBytes) << "the smallest go first";
     lumoFreeBuffers();
     EXPECT_EQ(0u, software::usage().deviceBytes);
 }
@@ -347,9 +332,7 @@ TEST_F(MemoryTest, Exports) {
     ASSERT_EQ(lumoNoError, lumoDeviceMalloc(&p, 7 * 4 * sizeof(float)));
     EXPECT_EQ(lumoNoError, lumoDeviceSetMatrix(3, 4, 4, a.data.data(), 5, p, 7));
     EXPECT_EQ(lumoNoError, lumoDeviceGetMatrix(3, 4, 4, p, 7, back.data.data(), 6));
-    for (int j = 0; j < 4; ++j)
-        for (int i = 0; i < 3; ++i) EXPECT_EQ(a(i, j), back(i, j));
-    EXPECT_TRUE(back.paddingUntouched());
+    EXPECT_EQ(Matrix<float>::random(3, 4, 6), back);
     auto checks = test::checksInOrder<int, int, std::size_t, const void*, int, void*, int>(
         {1, 2, 3, 5, 7, 4, 6}, {-1, -1, 0, nullptr, 1, nullptr, 1}, {2, 1, 4, &a, 2, &back, 2});
     checks.push_back({0, {0, 1, 4, nullptr, 1, nullptr, 1}});

@@ -1,7 +1,5 @@
 // The instrument that all other tests play on: what strict mode catches, when operations run,
 // and how the software device fails.
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstring>
 #include <vector>
@@ -21,16 +19,32 @@ namespace {
 
 using software::Schedule;
 
-template <class T, auto allocate = cudaMalloc>
-T* onDevice(std::size_t count) {
-    void* p = nullptr;
-    EXPECT_EQ(cudaSuccess, allocate(&p, count * sizeof(T)));
-    return static_cast<T*>(p);
-}
-template <class T>
-T* pageLocked(std::size_t count) {
-    return onDevice<T, cudaMallocHost>(count);
-}
+// Blocks of memory that a test need not free.
+template <class Machine>
+class WithBlocks : public Machine {
+  protected:
+    void TearDown() override {
+        for (void* p : device_) cudaFree(p);
+        for (void* p : pageLocked_) cudaFreeHost(p);
+        cudaGetLastError();
+        Machine::TearDown();
+    }
+    template <class T>
+    T* onDevice(std::size_t count) {
+        EXPECT_EQ(cudaSuccess, cudaMalloc(&device_.emplace_back(), count * sizeof(T)));
+        return static_cast<T*>(device_.back());
+    }
+    template <class T>
+    T* pageLocked(std::size_t count) {
+        EXPECT_EQ(cudaSuccess, cudaMallocHost(&pageLocked_.emplace_back(), count * sizeof(T)));
+        return static_cast<T*>(pageLocked_.back());
+    }
+
+  private:
+    std::vector<void*> device_, pageLocked_;
+};
+
+using Calls = std::vector<std::function<void()>>;
 
 float firstOf(const float* device) {
     float value = 0;
@@ -43,7 +57,7 @@ void gemm(int m, int n, int k, const float* a, int lda, const float* b, int ldb,
     cublasSgemm('N', 'N', m, n, k, 1, a, lda, b, ldb, 0, c, ldc);
 }
 
-class StrictMode : public test::OnSoftwareDevice {
+class StrictMode : public WithBlocks<test::OnSoftwareDevice> {
   protected:
     // Something went wrong on the device, once; the machine is then as new for TearDown.
     void expectCaught() {
@@ -55,10 +69,9 @@ class StrictMode : public test::OnSoftwareDevice {
 
 TEST_F(StrictMode, HostCodeCannotTouchDeviceMemory) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    auto* p = onDevice<volatile float>(4);
+    volatile float* p = onDevice<float>(4);
     EXPECT_DEATH(p[0] = 1, "");
     EXPECT_DEATH((void)(p[3] > 0), "");
-    cudaFree(const_cast<float*>(p));
 }
 
 TEST_F(StrictMode, CopiesAreChecked) {
@@ -95,8 +108,6 @@ TEST_F(StrictMode, CopiesAreChecked) {
     EXPECT_EQ(cudaErrorInvalidHostPointer, cudaFreeHost(device));
     cudaFree(device);
     EXPECT_EQ(cudaErrorInvalidDevicePointer, cudaFree(device));
-    cudaFreeHost(pinned);
-    cudaGetLastError();
 }
 
 TEST_F(StrictMode, KernelsReachOnlyLiveDeviceMemory) {
@@ -133,16 +144,14 @@ TEST_F(StrictMode, WritesBeyondTheEnds) {
 TEST_F(StrictMode, FreshMemoryIsPoisoned) {
     float *p = onDevice<float>(3), *h = pageLocked<float>(3);
     EXPECT_TRUE(std::isnan(firstOf(p + 2)) && std::isnan(h[0]));
-    cudaFree(p);
-    cudaFreeHost(h);
 }
 
 // --- When operations run -------------------------------------------------------------------
 
-class ScheduleTest : public test::UnderBothSchedules {
+class ScheduleTest : public WithBlocks<test::UnderBothSchedules> {
   protected:
     void SetUp() override {
-        UnderBothSchedules::SetUp();
+        WithBlocks::SetUp();
         for (auto& s : stream) ASSERT_EQ(cudaSuccess, cudaStreamCreate(&s));
         for (auto& h : host) h = pageLocked<float>(1);
         for (auto& d : device) d = onDevice<float>(1);
@@ -150,9 +159,7 @@ class ScheduleTest : public test::UnderBothSchedules {
     }
     void TearDown() override {
         for (auto s : stream) cudaStreamDestroy(s);
-        for (auto h : host) cudaFreeHost(h);
-        for (auto d : device) cudaFree(d);
-        UnderBothSchedules::TearDown();
+        WithBlocks::TearDown();
     }
     bool late() const { return GetParam() == Schedule::latest; }
     void upload(int i, cudaStream_t on) {
@@ -185,11 +192,10 @@ TEST_P(ScheduleTest, OthersWaitForTheDefaultStream) {
 }
 
 TEST_P(ScheduleTest, EveryBlockingCallEndsTheWait) {
-    float sink;
     void* other = onDevice<float>(1);
-    const std::vector<std::function<void()>> waits = {
+    const Calls waits = {
         [] { cudaThreadSynchronize(); },
-        [&] { cudaMemcpy(&sink, device[1], 4, cudaMemcpyDeviceToHost); },
+        [&] { firstOf(device[1]); },
         [&] { cudaFree(other); },
         [] { cublasShutdown(); },
         [&] {
@@ -214,7 +220,6 @@ TEST_P(ScheduleTest, DestroyedStreamFinishesItsWork) {
     EXPECT_EQ(cudaErrorInvalidResourceHandle, cudaStreamSynchronize(stream[0]));
     EXPECT_EQ(1, firstOf(device[0]));
     cudaStreamCreate(&stream[0]);
-    cudaGetLastError();
 }
 
 TEST_P(ScheduleTest, PageLockedMemoryFreedUnderItsCopy) {
@@ -230,7 +235,7 @@ LUMO_BOTH_SCHEDULES(ScheduleTest);
 
 // --- Failures ------------------------------------------------------------------------------
 
-class FaultTest : public test::OnSoftwareDevice {};
+class FaultTest : public WithBlocks<test::OnSoftwareDevice> {};
 
 TEST_F(FaultTest, TheNthCallOfANameOrOfAny) {
     void *first = nullptr, *second = nullptr;
@@ -266,7 +271,7 @@ TEST_F(FaultTest, CublasErrorsStickUntilRead) {
     gemm(1, 1, 1, a, 1, a, 1, a, 1);
     EXPECT_EQ(CUBLAS_STATUS_INVALID_VALUE, cublasGetError()) << "the first one";
     EXPECT_EQ(CUBLAS_STATUS_SUCCESS, cublasGetError());
-    const std::vector<std::function<void()>> bad = {
+    const Calls bad = {
         [&] { gemm(2, 1, 1, a, 1, a, 1, a, 2); },
         [&] { gemm(1, 2, 2, a, 1, a, 1, a, 1); },
         [&] { gemm(2, 1, 1, a, 2, a, 1, a, 1); },
@@ -279,48 +284,37 @@ TEST_F(FaultTest, CublasErrorsStickUntilRead) {
         call();
         EXPECT_EQ(CUBLAS_STATUS_INVALID_VALUE, cublasGetError()) << "call " << &call - bad.data();
     }
-    cudaFree(a);
 }
 
 TEST_F(FaultTest, CublasNeedsItsStartAndTheDevicesPrecision) {
     software::start(test::machine(12), Schedule::latest);
-    gemm(0, 0, 0, nullptr, 1, nullptr, 1, nullptr, 1);
-    EXPECT_EQ(CUBLAS_STATUS_NOT_INITIALIZED, cublasGetError());
-    cublasInit();
-    gemm(0, 0, 0, nullptr, 1, nullptr, 1, nullptr, 1);
-    EXPECT_EQ(CUBLAS_STATUS_SUCCESS, cublasGetError());
+    for (int expected : {CUBLAS_STATUS_NOT_INITIALIZED, CUBLAS_STATUS_SUCCESS}) {
+        gemm(0, 0, 0, nullptr, 1, nullptr, 1, nullptr, 1);
+        EXPECT_EQ(expected, cublasGetError());
+        cublasInit();
+    }
     cublasDgemm('N', 'N', 0, 0, 0, 1, nullptr, 1, nullptr, 1, 0, nullptr, 1);
     EXPECT_EQ(CUBLAS_STATUS_ARCH_MISMATCH, cublasGetError());
 }
 
 TEST_F(FaultTest, LaunchLimits) {
     float* p = onDevice<float>(1);
-    struct {
-        dim3 grid, block;
-        int error;
-    } const cases[] = {
-        {{65535, 1, 1}, {1024, 1, 1}, cudaSuccess},
-        {{65536, 1, 1}, {1, 1, 1}, cudaErrorInvalidConfiguration},
-        {{1, 65536, 1}, {1, 1, 1}, cudaErrorInvalidConfiguration},
-        {{1, 1, 0}, {1, 1, 1}, cudaErrorInvalidConfiguration},
-        {{1, 1, 1}, {0, 1, 1}, cudaErrorInvalidConfiguration},
-        {{1, 1, 1}, {1025, 1, 1}, cudaErrorInvalidConfiguration},
-        {{1, 1, 1}, {33, 32, 1}, cudaErrorInvalidConfiguration},
-        {{1, 1, 1}, {1, 1, 65}, cudaErrorInvalidConfiguration},
-    };
-    for (const auto& c : cases) {
-        ASSERT_EQ(cudaSuccess, cudaConfigureCall(c.grid, c.block, 0, nullptr));
+    auto launch = [p](dim3 grid, dim3 block) {
+        EXPECT_EQ(cudaSuccess, cudaConfigureCall(grid, block, 0, nullptr));
         cudalib::launchConfigured(&CudaMemsetTypeKernel<cudalib::Map1D, float>, p, 1, 1);
-        EXPECT_EQ(c.error, cudaGetLastError()) << "case " << &c - cases;
-    }
+        return cudaGetLastError();
+    };
+    EXPECT_EQ(cudaSuccess, launch({65535, 1, 1}, {1024, 1, 1}));
+    for (dim3 grid : {dim3{65536, 1, 1}, {1, 65536, 1}, {1, 1, 0}})
+        EXPECT_EQ(cudaErrorInvalidConfiguration, launch(grid, {1, 1, 1})) << grid.x << grid.y;
+    for (dim3 block : {dim3{0, 1, 1}, {1025, 1, 1}, {33, 32, 1}, {1, 1, 65}})
+        EXPECT_EQ(cudaErrorInvalidConfiguration, launch({1, 1, 1}, block)) << block.x << block.y;
     EXPECT_EQ(1, firstOf(p));
     cudalib::launchConfigured(&CudaMemsetTypeKernel<cudalib::Map1D, float>, p, 2, 1);
     EXPECT_EQ(cudaErrorMissingConfiguration, cudaGetLastError());
     cudaConfigureCall({1, 1, 1}, {1, 1, 1}, 0, nullptr);
     EXPECT_EQ(cudaErrorInvalidDeviceFunction, cudaLaunch("no stub"));
     EXPECT_EQ(1, firstOf(p));
-    cudaFree(p);
-    cudaGetLastError();
 }
 
 // --- Memory and devices --------------------------------------------------------------------
@@ -330,13 +324,12 @@ TEST_F(FaultTest, MemoryIsLimitedAndAccounted) {
     void *a = nullptr, *b = nullptr;
     ASSERT_EQ(cudaSuccess, cudaMalloc(&a, (1 << 20) - 100));
     EXPECT_EQ(cudaErrorMemoryAllocation, cudaMalloc(&b, 101));
-    std::size_t pitch = 0;
+    std::size_t pitch = 0, free = 1, total = 0;
     EXPECT_EQ(cudaErrorMemoryAllocation, cudaMalloc(&b, ~std::size_t(0)));
     EXPECT_EQ(cudaErrorMemoryAllocation, cudaMallocHost(&b, ~std::size_t(0)));
     EXPECT_EQ(cudaErrorMemoryAllocation, cudaMallocPitch(&b, &pitch, ~std::size_t(0), 1));
     EXPECT_EQ(nullptr, b);
     ASSERT_EQ(cudaSuccess, cudaMalloc(&b, 100));
-    std::size_t free = 1, total = 0;
     cudaMemGetInfo(&free, &total);
     EXPECT_EQ(0u, free);
     EXPECT_EQ(std::size_t(1) << 20, total);
@@ -349,7 +342,6 @@ TEST_F(FaultTest, MemoryIsLimitedAndAccounted) {
     EXPECT_EQ(cudaSuccess, cudaMalloc(&a, 0));
     EXPECT_EQ(nullptr, a);
     EXPECT_EQ(cudaSuccess, cudaFree(nullptr));
-    cudaGetLastError();
 }
 
 TEST_F(FaultTest, ProductionKeepsFreedBlocksUntilCublasStops) {
@@ -371,14 +363,11 @@ TEST_F(FaultTest, ProductionKeepsFreedBlocksUntilCublasStops) {
 
 TEST_F(FaultTest, TheContextBindsTheDevice) {
     const software::Machine two{{test::device(20, "first"), test::device(13, "second")}};
-    const std::vector<std::function<void()>> binding = {
-        [] { cudaFree(onDevice<char>(1)); },
+    cudaStream_t stream;
+    const Calls binding = {
+        [&] { onDevice<char>(1); },
         [] { cublasInit(); },
-        [] {
-            cudaStream_t s;
-            cudaStreamCreate(&s);
-            cudaStreamDestroy(s);
-        },
+        [&] { cudaStreamCreate(&stream); },
         [] { cudaThreadSynchronize(); },
     };
     for (const auto& bind : binding) {
@@ -393,7 +382,6 @@ TEST_F(FaultTest, TheContextBindsTheDevice) {
         EXPECT_EQ(cudaSuccess, cudaGetDevice(&device));
         EXPECT_EQ(1, device);
     }
-    cudaGetLastError();
 }
 
 }  // namespace

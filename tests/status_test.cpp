@@ -1,6 +1,4 @@
 // Status texts, the translation of exceptions, and the frame that every compute function runs in.
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <functional>
 #include <string>
@@ -13,12 +11,11 @@ namespace {
 
 using lumo::HookPoint;
 using test::Outcome, test::outcome;
-using Strings = std::vector<std::string>;
 
 struct StatusTest : test::OnSoftwareDevice {};
 
 TEST_F(StatusTest, Texts) {
-    const Strings texts = {
+    const std::string texts[] = {
         "No errors",
         "LUMO is not initialized",
         "No hardware is present to run LUMO",
@@ -36,7 +33,7 @@ TEST_F(StatusTest, Texts) {
     EXPECT_EQ(texts[11], lumoGetStatusString(lumoStatus(-1)));
 
     const std::string manual = " (see the LUMO Reference Manual for more information)";
-    const std::string guide = " (see Programmer's Guide)";
+    const std::string cuda = "CUDA Error: ", guide = " (see Programmer's Guide)";
     const struct {
         lumoStatus status;
         int info;
@@ -56,36 +53,16 @@ TEST_F(StatusTest, Texts) {
         {lumoBlasError, 13, "CUBLAS error: execution failed"},
         {lumoBlasError, 14, "CUBLAS error: internal error"},
         {lumoBlasError, 2, "CUBLAS error: unknown"},
-        {lumoRuntimeError, 2, "CUDA Error: " + std::string(cudaGetErrorString(2)) + guide},
-        {lumoRuntimeError, -36, "CUDA Error: " + std::string(cudaGetErrorString(36)) + guide},
-        {lumoRuntimeError, INT_MIN,
-         "CUDA Error: " + std::string(cudaGetErrorString(INT_MIN)) + guide},
+        {lumoRuntimeError, 2, cuda + cudaGetErrorString(2) + guide},
+        {lumoRuntimeError, -36, cuda + cudaGetErrorString(36) + guide},
+        {lumoRuntimeError, INT_MIN, cuda + cudaGetErrorString(INT_MIN) + guide},
         {lumoInsufficientMemory, 5, texts[5]},
     };
+    lumoShutdown();  // needs no initialised library
     for (const auto& c : cases)
         test::expectText(c.text, [&](char* buffer, int size) {
             return lumoGetErrorInfoString(c.status, c.info, buffer, size);
         });
-}
-
-TEST_F(StatusTest, InfoTextArguments) {
-    lumoShutdown();  // needs no initialised library
-    char buffer[8] = "before";
-    const struct {
-        int status;
-        char* buffer;
-        int size, info;
-    } cases[] = {{12, nullptr, 0, -1}, {11, buffer, 8, -1},  {-1, buffer, 8, -1},
-                 {0, nullptr, 0, -3},  {0, nullptr, 10, -3}, {0, buffer, 0, -4},
-                 {0, buffer, -5, -4}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(Outcome(lumoArgumentError, c.info),
-                  outcome(lumoGetErrorInfoString(lumoStatus(c.status), 0, c.buffer, c.size)));
-        EXPECT_EQ(lumoArgumentError, lumoGetLastStatus());
-    }
-    EXPECT_STREQ("before", buffer);
-    EXPECT_EQ(Outcome(lumoNoError, 0), outcome(lumoGetErrorInfoString(lumoNoError, 0, buffer, 4)));
-    EXPECT_EQ(lumoNoError, lumoGetLastStatus());
 }
 
 TEST_F(StatusTest, ExceptionsBecomeStatuses) {
@@ -144,8 +121,7 @@ TEST_F(StatusTest, SynchronisationRaisesCublasBeforeCuda) {
               outcome(lumo::guarded(cudalib::synchronizeAndCheck)));
     fail();
     EXPECT_EQ(lumoRuntimeError, lumo::guarded([] { throw 1; }));
-    EXPECT_EQ(CUBLAS_STATUS_SUCCESS, cublasGetError());
-    EXPECT_EQ(cudaSuccess, cudaGetLastError());
+    EXPECT_EQ(0, cublasGetError() + cudaGetLastError());
 }
 
 // --- The frame -----------------------------------------------------------------------------
@@ -183,15 +159,16 @@ class FrameTest : public test::OnSoftwareDevice {
 };
 
 TEST_F(FrameTest, UninitialisedOrImpreciseCallsLeaveInfoAlone) {
-    const Outcome imprecise{lumoInsufficientComputeCapability, 77}, down{lumoNotInitialized, 77};
+    const Outcome imprecise{lumoInsufficientComputeCapability, 77}, down{lumoNotInitialized, 77},
+        good{lumoNoError, 0};
     start(test::machine(12));
-    EXPECT_EQ(imprecise, frame<double>(lumo::hostCall));
-    EXPECT_EQ(lumoInsufficientComputeCapability, lumoGetLastStatus());
     EXPECT_EQ(imprecise, frame<lumo::Complex<double>>(lumo::deviceCall));
+    EXPECT_EQ(imprecise, frame<double>(lumo::hostCall));
+    EXPECT_EQ(imprecise, outcome(lumoGetLastStatus()));
     EXPECT_EQ(0, ran);
-    EXPECT_EQ(Outcome(lumoNoError, 0), frame<lumo::Complex<float>>(lumo::hostCall));
+    EXPECT_EQ(good, frame<lumo::Complex<float>>(lumo::hostCall));
     start(test::machine(13));
-    EXPECT_EQ(Outcome(lumoNoError, 0), frame<double>(lumo::hostCall));
+    EXPECT_EQ(good, frame<double>(lumo::hostCall));
     lumoShutdown();
     EXPECT_EQ(down, frame<double>(lumo::hostCall));
     EXPECT_EQ(down, solve(2));

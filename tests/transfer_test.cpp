@@ -54,10 +54,10 @@ class TransferTest : public test::OnSoftwareDevice {
 
 TEST_F(TransferTest, CheapestCallForTheGeometry) {
     const Names flat{"cudaMemcpy"}, pitched{"cudaMemcpy2D"};
-    struct {
+    const struct {
         std::size_t toPitch, toSlice, fromPitch, fromSlice, height, depth;
         Names calls;
-    } const cases[] = {
+    } cases[] = {
         {8, 0, 8, 0, 4, 1, flat},
         {12, 0, 12, 0, 4, 1, pitched},  // equal pitches, but padding between
         {8, 0, 12, 0, 4, 1, pitched},
@@ -108,19 +108,24 @@ TEST_F(TransferTest, AsynchronousOnItsStream) {
 }
 
 TEST_F(TransferTest, RowsAndSlicesStopAtTheFirstError) {
-    software::inject({1, "cudaMemcpy", cudaErrorUnknown});
-    EXPECT_EQ((Names{"cudaMemcpy"}),
-              calls([&] { return copy2D(device, hugePitch, host.data(), 8, 8, 3, up); },
-                    cudaErrorUnknown));
-    software::inject({2, "cudaMemcpy2D", cudaErrorInvalidValue});
-    EXPECT_EQ((Names{"cudaMemcpy2D", "cudaMemcpy2D"}),
-              calls([&] { return copy3D(device, 12, 48, host.data(), 8, 32, 8, 4, 3, up); },
-                    cudaErrorInvalidValue));
-    software::inject({1, "cudaMemcpy", cudaErrorUnknown});
-    auto run = [&] {
-        return cudalib::copyElementRun({device, 5, 1}, {host.data(), 4, 1}, 3, 9, 1, up);
+    auto callsUntil = [&](const software::Fault& fault, auto copy) {
+        software::inject(fault);
+        return calls(copy, fault.cudaError);
     };
-    EXPECT_EQ((Names{"cudaMemcpy"}), calls(run, cudaErrorUnknown)) << "the head alone";
+    EXPECT_EQ(Names{"cudaMemcpy"}, callsUntil({1, "cudaMemcpy", cudaErrorUnknown}, [&] {
+                  return copy2D(device, hugePitch, host.data(), 8, 8, 3, up);
+              }));
+    EXPECT_EQ(Names(2, "cudaMemcpy2D"), callsUntil({2, "cudaMemcpy2D", cudaErrorInvalidValue}, [&] {
+                  return copy3D(device, 12, 48, host.data(), 8, 32, 8, 4, 3, up);
+              }));
+    EXPECT_EQ(
+        Names{"cudaMemcpy"},
+        callsUntil(
+            {1, "cudaMemcpy", cudaErrorUnknown},
+            [&] {
+                return cudalib::copyElementRun({device, 5, 1}, {host.data(), 4, 1}, 3, 9, 1, up);
+            }))
+        << "the head alone";
 }
 
 // All runs of up to three columns and a bit, between all pairs of starts in the first two.

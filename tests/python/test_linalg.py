@@ -104,14 +104,12 @@ def test_lse(dtype, m, n, p):
     a, b = random((m, n), dtype), random((p, n), dtype, 2)
     c, d = random(m, dtype, 3), random(p, dtype, 4)
     x, square = lumo.lse(a, b, c, d)
-    # The same by elimination: x = particular + null-space part.
-    q = np.linalg.qr(adjoint(wide(b)), "complete")[0]
-    start = np.linalg.lstsq(wide(b), wide(d), rcond=None)[0] if p else np.zeros(n)
-    free = q[:, p:]
-    y = np.linalg.lstsq(wide(a) @ free, c - wide(a) @ start, rcond=None)[0]
-    expected = start + free @ y
+    # The same by Lagrange's multipliers.
+    a, b = wide(a), wide(b)
+    system = np.block([[adjoint(a) @ a, adjoint(b)], [b, np.zeros((p, p))]])
+    expected = np.linalg.solve(system, np.concatenate([adjoint(a) @ c, d]))[:n]
     assert close(x, expected, 3e3)
-    assert close(np.asarray(square), np.linalg.norm(c - wide(a) @ expected) ** 2, 3e3)
+    assert close(np.asarray(square), np.linalg.norm(c - a @ expected) ** 2, 3e3)
 
 
 @dtypes
