@@ -204,19 +204,12 @@ void subtract(char transa, char transb, bool ta, bool tb, int m, int n) {
 TYPED_TEST(Elementwise, DifferencesInPlace) {
     constexpr Shape sizes[] = {{1, 1},     {15, 17},  {33, 16},  {64, 65},
                                {130, 130}, {20, 150}, {150, 20}, {600, 500}};
-    const struct {
-        char transa, transb;
-        bool ta, tb;
-    } cases[] = {
-        {'N', 'N', false, false}, {'t', 'c', false, false}, {'N', 'T', false, true},
-        {'N', 'C', false, true},  {'T', 'T', true, true},   {'T', 'N', true, false},
-        {'T', 'C', true, false},  // leaves B as it is
-        {'C', 'N', true, true},   // transposes it, whatever its letter
-        {'C', 'C', true, true},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE((std::string{c.transa, c.transb}));
-        for (auto [m, n] : sizes) subtract<TypeParam>(c.transa, c.transb, c.ta, c.tb, m, n);
+    // "TC" leaves B as it is; "C" as the first letter transposes it, whatever its own.
+    for (const std::string letters : {"NN", "tc", "NT", "NC", "TT", "TN", "TC", "CN", "CC"}) {
+        SCOPED_TRACE(letters);
+        const bool ta = letters[0] == 'T' || letters[0] == 'C';
+        const bool tb = letters[0] == 'C' || letters[1] == 'T' || letters == "NC";
+        for (auto [m, n] : sizes) subtract<TypeParam>(letters[0], letters[1], ta, tb, m, n);
     }
     for (auto [m, n] : beyondOneGrid<TypeParam>()) subtract<TypeParam>('N', 'T', false, true, m, n);
 }

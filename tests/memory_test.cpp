@@ -187,18 +187,17 @@ class HostBoundTest : public MemoryTest {
 };
 
 TEST_F(HostBoundTest, Modes) {
-    const struct {
-        TransferMode mode;
-        int uploads, copies;
-    } cases[] = {{upload, 1, 1}, {download, 0, 1}, {uploadAndDownload, 1, 2}, {noTransfer, 0, 0}};
-    for (const auto& c : cases) {
+    for (auto [mode, uploads, copies] : {std::tuple{upload, 1, 1},
+                                         {download, 0, 1},
+                                         {uploadAndDownload, 1, 2},
+                                         {noTransfer, 0, 0}}) {
         a = original;
         software::startTrace();
         {
-            auto bound = bind(c.mode);
-            EXPECT_EQ(c.mode == noTransfer, bound.data() == nullptr);
-            EXPECT_EQ(c.mode == noTransfer ? 5 : 96, bound.leadingDimension());
-            if (c.uploads) {
+            auto bound = bind(mode);
+            EXPECT_EQ(mode == noTransfer, bound.data() == nullptr);
+            EXPECT_EQ(mode == noTransfer ? 5 : 96, bound.leadingDimension());
+            if (uploads) {
                 Matrix<float> there(96, 4);
                 cudaMemcpy(there.data.data(), bound.data(), 96 * 4 * 4, cudaMemcpyDeviceToHost);
                 for (int j = 0; j < 4; ++j)
@@ -208,8 +207,8 @@ TEST_F(HostBoundTest, Modes) {
             }
             if (bound.data()) compute(bound);
         }
-        EXPECT_EQ(c.copies, traced("cudaMemcpy2D"));
-        EXPECT_EQ(c.mode & download ? computed : original, a);
+        EXPECT_EQ(copies, traced("cudaMemcpy2D"));
+        EXPECT_EQ(mode & download ? computed : original, a);
         EXPECT_EQ(0u, software::usage().deviceBytes);
     }
 }
