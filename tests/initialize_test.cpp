@@ -130,6 +130,7 @@ TEST_F(InitializeTest, SelectedDeviceStays) {
         << "too late for another";
     software::inject({1, "cudaSetDevice", cudaErrorMemoryAllocation});
     EXPECT_EQ(lumoRuntimeError, lumoSelectDevice(2)) << "whatever the error";
+    EXPECT_EQ(Outcome(lumoArgumentError, -1), outcome(lumoGetExecutingDevice(nullptr)));
 }
 
 TEST_F(InitializeTest, QueriesWorkWithoutADevice) {
