@@ -67,6 +67,15 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
                      shrinkPanels<T>});
 });
 
+// A 1 x 1 matrix may have null operands as far as the check goes.
+TEST_F(OnMachine, QrOfOneElementWithNullOperands) {
+    float one = 1;
+    for (auto f : {lumoSgeqrf, lumoDeviceSgeqrf})
+        EXPECT_EQ(Outcome(lumoRuntimeError, cudaErrorInvalidValue),
+                  outcome(f(1, 1, nullptr, 1, &one)));
+    EXPECT_EQ(lumoRuntimeError, lumoSgeqrf(1, 1, &one, 1, nullptr));
+}
+
 // --- Reflectors of all three factorisations ---------------------------------------------------
 
 constexpr Reflectors kinds[] = {Reflectors::ofQr, Reflectors::ofLq, Reflectors::ofRq};
