@@ -6,9 +6,9 @@
 #include <set>
 
 #include "common/letters.h"
+#include "lapack/orthogonal.h"
 #include "lapack/tuning.h"
 #include "residuals.h"
-#include "lapack/orthogonal.h"
 #include "support/kernels.h"
 
 namespace test {
