@@ -127,8 +127,9 @@ template <class T>
 T unpack(const unsigned char* block, std::size_t& offset) {
     offset = (offset + alignof(T) - 1) / alignof(T) * alignof(T);
     T argument;
-    std::memcpy(&argument, block + offset, sizeof(T));
-    offset += sizeof(T);
+    constexpr std::size_t size = sizeof(T);  // NOLINT(bugprone-sizeof-expression): of the pointer
+    std::memcpy(&argument, block + offset, size);
+    offset += size;
     return argument;
 }
 
