@@ -53,8 +53,8 @@ def product(o: Operands, s: Statement, kind: str) -> str:
 
 
 def wrapping(o: Operands, s: Statement, kind: str) -> str:
-    """Integers wrap around: computed unsigned. Where a signed result of 32 bits does not fit, that is
-    told: no kernel means it."""
+    """Integers wrap around: computed unsigned. Whether a signed result of 32 bits fits can be asked
+    for."""
     forms = {
         "add": "{0} + {1}", "sub": "{0} - {1}", "mul": "{0} * {1}", "mad": "{0} * {1} + {2}",
         "neg": "0 - {0}", "and": "{0} & {1}", "or": "{0} | {1}", "xor": "{0} ^ {1}", "not": "~{0}",

@@ -59,10 +59,9 @@ struct Cublas {
     }
     static cublasStatus_t scal(Handle h, int n, const N* alpha, N* x, int incx) {
         const Call call;
-        return blasCall<T>(h, Names::scal, platform::vectorOperands(n, x, incx), '-',
-                           [=, a = scalar<T>(alpha, Names::scal)](auto at) {
-                               Its::scal(n, &a, at[0], incx);
-                           });
+        return blasCall<T>(
+            h, Names::scal, platform::vectorOperands(n, x, incx), '-',
+            [=, a = scalar<T>(alpha, Names::scal)](auto at) { Its::scal(n, &a, at[0], incx); });
     }
     static cublasStatus_t axpy(Handle h, int n, const N* alpha, const N* x, int incx, N* y,
                                int incy) {
@@ -153,24 +152,21 @@ struct Cublas {
             h, Names::herk,
             platform::syrkOperands(u, t, platform::hermitianTransposes<T>, n, k, a, lda, c, ldc),
             '-',
-            [=, al = scalar<Real>(alpha, Names::herk),
-             be = scalar<Real>(beta, Names::herk)](auto at) {
-                Its::herk(u, t, n, k, &al, at[0], lda, &be, at[1], ldc);
-            });
+            [=, al = scalar<Real>(alpha, Names::herk), be = scalar<Real>(beta, Names::herk)](
+                auto at) { Its::herk(u, t, n, k, &al, at[0], lda, &be, at[1], ldc); });
     }
     static cublasStatus_t syr2k(Handle h, cublasFillMode_t uplo, cublasOperation_t trans, int n,
                                 int k, const N* alpha, const N* a, int lda, const N* b, int ldb,
                                 const Real* beta, N* c, int ldc) {
         const Call call;
         const char u = letter(uplo), t = letter(trans);
-        return blasCall<T>(h, Names::syr2k,
-                           platform::syr2kOperands(u, t, platform::hermitianTransposes<T>, n, k, a,
-                                                   lda, b, ldb, c, ldc),
-                           platform::isComplex<T> ? '-' : u,
-                           [=, al = scalar<T>(alpha, Names::syr2k),
-                            be = scalar<Real>(beta, Names::syr2k)](auto at) {
-                               Its::syr2k(u, t, n, k, &al, at[0], lda, at[1], ldb, &be, at[2], ldc);
-                           });
+        return blasCall<T>(
+            h, Names::syr2k,
+            platform::syr2kOperands(u, t, platform::hermitianTransposes<T>, n, k, a, lda, b, ldb, c,
+                                    ldc),
+            platform::isComplex<T> ? '-' : u,
+            [=, al = scalar<T>(alpha, Names::syr2k), be = scalar<Real>(beta, Names::syr2k)](
+                auto at) { Its::syr2k(u, t, n, k, &al, at[0], lda, at[1], ldb, &be, at[2], ldc); });
     }
     // Out of place, or with B as the place.
     static cublasStatus_t trmm(Handle h, cublasSideMode_t side, cublasFillMode_t uplo,
@@ -182,13 +178,12 @@ struct Cublas {
         const auto two = platform::triangularOperands(s, u, t, d, m, n, a, lda, b, ldb);
         const auto three = platform::operands(two.valid, two.each[0], two.each[1],
                                               platform::BlasOperand{c, m, n, ldc});
-        return blasCall<T>(h, Names::trmm, three, 'A',
-                           [=, al = scalar<T>(alpha, Names::trmm)](auto at) {
-                               for (int j = 0; j < n && at[1] != at[2]; ++j)
-                                   std::copy_n(at[1] + std::size_t(j) * ldb, m,
-                                               at[2] + std::size_t(j) * ldc);
-                               Its::trmm(s, u, t, d, m, n, &al, at[0], lda, at[2], ldc);
-                           });
+        return blasCall<T>(
+            h, Names::trmm, three, 'A', [=, al = scalar<T>(alpha, Names::trmm)](auto at) {
+                for (int j = 0; j < n && at[1] != at[2]; ++j)
+                    std::copy_n(at[1] + std::size_t(j) * ldb, m, at[2] + std::size_t(j) * ldc);
+                Its::trmm(s, u, t, d, m, n, &al, at[0], lda, at[2], ldc);
+            });
     }
     static cublasStatus_t trsm(Handle h, cublasSideMode_t side, cublasFillMode_t uplo,
                                cublasOperation_t trans, cublasDiagType_t diag, int m, int n,
@@ -204,8 +199,8 @@ struct Cublas {
 };
 
 // CUBLAS's names for the functions above, which have CUBLAS's types.
-#define ALIAS(symbol, ...)                                                            \
-    static_assert(std::is_same_v<decltype(&__VA_ARGS__), decltype(&symbol)>);         \
+#define ALIAS(symbol, ...)                                                                     \
+    static_assert(std::is_same_v<decltype(&__VA_ARGS__), decltype(&symbol)>);                  \
     asm volatile(".globl " NAME(symbol) "\n\t.type " NAME(symbol) ", @function\n\t.set " NAME( \
         symbol) ", %c0" ::"i"(&__VA_ARGS__))
 #define NAME(symbol) TEXT(symbol)
@@ -214,12 +209,12 @@ struct Cublas {
 [[gnu::used]] void exports() {
     using C8 = std::complex<float>;
     using C16 = std::complex<double>;
-#define BLAS_ENTRY(name, S, D, C, Z, parameters)                \
-    ALIAS(S, Cublas<float>::name);                \
-    ALIAS(D, Cublas<double>::name);                \
+#define BLAS_ENTRY(name, S, D, C, Z, parameters) \
+    ALIAS(S, Cublas<float>::name);               \
+    ALIAS(D, Cublas<double>::name);              \
     COMPLEX_BLAS_ENTRY(name, S, D, C, Z, parameters)
 #define COMPLEX_BLAS_ENTRY(name, S, D, C, Z, parameters) \
-    ALIAS(C, Cublas<C8>::name);                        \
+    ALIAS(C, Cublas<C8>::name);                          \
     ALIAS(Z, Cublas<C16>::name);
 #include "platform/entries.inc"
 }

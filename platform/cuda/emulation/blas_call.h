@@ -1,5 +1,5 @@
-// How the emulated CUBLAS runs a routine: the operands are checked to the byte, in the call; the CPU's
-// BLAS computes when the stream comes to it.
+// How the emulated CUBLAS runs a routine: the operands are checked to the byte, in the call; the
+// CPU's BLAS computes when the stream comes to it.
 #pragma once
 
 #include <cublas_v2.h>

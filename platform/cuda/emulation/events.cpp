@@ -78,7 +78,8 @@ cudaError_t cudaStreamWaitEvent(cudaStream_t stream, cudaEvent_t event, unsigned
     if (!own || !known(event)) return result(cudaErrorInvalidResourceHandle);
     if (event->stream && event->stream != own) {
         const DeviceOfWork here(own->device);
-        submit(*own, [] {}, event->stream, event->number);
+        submit(
+            *own, [] {}, event->stream, event->number);
     }
     return result(0);
 }

@@ -148,11 +148,9 @@ bool Team::settleWarp(Block& block, std::size_t first, std::size_t end) {
                 continue;
             }
             Lane& other = block.lanes[first + i];
-            complete = other.stop == Stop::warp;
-            if (!complete) break;
-            if (other.state != lane.state || other.offered.mask != o.mask ||
-                other.offered.kind != o.kind)
-                complain(*this, lane, "lanes of a warp meet at different exchanges");
+            // One that waits at another exchange may still come to this one.
+            complete = other.stop == Stop::warp && other.state == lane.state &&
+                       other.offered.mask == o.mask;
             group.at[i] = &other;
             group.members |= 1u << i;
         }

@@ -1,6 +1,6 @@
-// The CPU's BLAS by itself. Under the drop-in library a call of sgemm_ would come back to the library
-// that is under test: the routines that CUBLAS is made of are taken from the CPU library's file, and
-// stand here under their own names, hidden.
+// The CPU's BLAS by itself. Under the drop-in library a call of sgemm_ would come back to the
+// library that is under test: the routines that CUBLAS is made of are taken from the CPU library's
+// file, and stand here under their own names, hidden.
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -10,16 +10,17 @@
 
 #define EACH(routine) OF(s##routine) OF(d##routine) OF(c##routine) OF(z##routine)
 #define ROUTINES                                                                                  \
-    EACH(copy) EACH(swap) EACH(scal) EACH(axpy) EACH(symv) EACH(trmv) EACH(gemv) EACH(gemm)       \
-    EACH(syrk) EACH(trmm) EACH(trsm) OF(srot) OF(drot) OF(csrot) OF(zdrot) OF(ssymm) OF(dsymm)    \
-    OF(chemm) OF(zhemm) OF(ssyr2k) OF(dsyr2k) OF(cher2k) OF(zher2k) OF(cherk) OF(zherk)
+    EACH(copy)                                                                                    \
+    EACH(swap) EACH(scal) EACH(axpy) EACH(symv) EACH(trmv) EACH(gemv) EACH(gemm) EACH(syrk)       \
+        EACH(trmm) EACH(trsm) OF(srot) OF(drot) OF(csrot) OF(zdrot) OF(ssymm) OF(dsymm) OF(chemm) \
+            OF(zhemm) OF(ssyr2k) OF(dsyr2k) OF(cher2k) OF(zher2k) OF(cherk) OF(zherk)
 
 // A jump to where the routine is, so that its arguments need not be known.
-#define OF(routine)                                                                     \
-    extern "C" {                                                                        \
-    [[gnu::used, gnu::visibility("hidden")]] void* hostBlas_##routine;                  \
-    }                                                                                   \
-    asm(".text\n\t.globl " #routine "_\n\t.hidden " #routine "_\n\t.type " #routine     \
+#define OF(routine)                                                                 \
+    extern "C" {                                                                    \
+    [[gnu::used, gnu::visibility("hidden")]] void* hostBlas_##routine;              \
+    }                                                                               \
+    asm(".text\n\t.globl " #routine "_\n\t.hidden " #routine "_\n\t.type " #routine \
         "_, @function\n" #routine "_:\n\tjmp *hostBlas_" #routine "(%rip)\n");
 ROUTINES
 #undef OF

@@ -5,6 +5,7 @@
 #include "platform/cuda/emulation/errors.h"
 #include "platform/cuda/emulation/findings.h"
 #include "platform/cuda/emulation/memory.h"
+#include "platform/cuda/emulation/settings.h"
 #include "platform/cuda/emulation/team.h"
 
 namespace emulated {
@@ -42,17 +43,15 @@ void* Lane::sharedOfOther(uint64_t a, int bytes, bool write, bool strong) {
     Block* other = team->ofCluster(*block, uint32_t(a / sharedStride - 1));
     if (!other || offset + uint64_t(bytes) > sharedBytes)
         fault("shared memory out of bounds", a, bytes, write, 700);
-    if (other->left())
-        fault("shared memory of a block that has ended", a, bytes, write, 700);
+    if (other->left()) fault("shared memory of a block that has ended", a, bytes, write, 700);
     const Lane& owner = other->lanes[0];
-    if (owner.sharedShadow)
-        raceShared(*this, owner.sharedShadow, offset, bytes, write, strong);
+    if (owner.sharedShadow) raceShared(*this, owner.sharedShadow, offset, bytes, write, strong);
     markShared(owner.sharedWritten + offset, bytes, write, offset);
     return owner.sharedMemory + offset;
 }
 
 void Lane::overflowed() {
-    if (firstTime(Kind::overflow, team->kernel().name, ""))
+    if (settings().overflow && firstTime(Kind::overflow, team->kernel().name, ""))
         found(Kind::overflow, "a signed number of 32 bits in %s, block (%u,%u,%u) lane (%u,%u,%u)",
               team->kernel().name, ctaid[0], ctaid[1], ctaid[2], tid[0], tid[1], tid[2]);
 }

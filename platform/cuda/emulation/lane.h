@@ -131,7 +131,8 @@ struct Lane {
     template <int bytes>
     void* generic(uint64_t a, bool write, bool strong = false) {
         if (a >= sharedWindow && a < sharedWindow + largestCluster * sharedStride) {
-            if (a / sharedStride == sharedBase / sharedStride) return shared<bytes>(a, write, strong);
+            if (a / sharedStride == sharedBase / sharedStride)
+                return shared<bytes>(a, write, strong);
             if (a % bytes != 0) fault("misaligned access", a, bytes, write, 716);
             return sharedOfOther(a, bytes, write, strong);
         }

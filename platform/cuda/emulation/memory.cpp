@@ -42,7 +42,8 @@ Arena::Arena(std::size_t bytes, bool forHost) : forHost_(forHost) {
 
 uint64_t Arena::take(std::size_t bytes, int device) {
     const std::size_t room = wholePages(bytes) + page;
-    if (room > end_ - next_) std::fprintf(stderr, "emulated GPU: no addresses left\n"), std::abort();
+    if (room > end_ - next_)
+        std::fprintf(stderr, "emulated GPU: no addresses left\n"), std::abort();
     const uint64_t address = next_;
     next_ += room;
     live_[address] = {address, bytes, device};
@@ -93,12 +94,12 @@ void* deviceRange(const void* address, std::size_t bytes, const char* what) {
     if (bytes == 0) return deviceMemory().reach(a);
     const Allocation* in = deviceMemory().contains(a) ? deviceMemory().find(a) : nullptr;
     if (!in || bytes > in->end() - a) {
-        found(Kind::operand, "%s: %zu bytes at %p are not in one allocation of device memory, %s",
-              what, bytes, address,
-              in ? ("offset " + std::to_string(a - in->address) + " of " +
-                    std::to_string(in->bytes))
-                       .c_str()
-                 : "in none");
+        found(
+            Kind::operand, "%s: %zu bytes at %p are not in one allocation of device memory, %s",
+            what, bytes, address,
+            in ? ("offset " + std::to_string(a - in->address) + " of " + std::to_string(in->bytes))
+                     .c_str()
+               : "in none");
         setStickyError(cudaErrorIllegalAddress);
         return nullptr;
     }

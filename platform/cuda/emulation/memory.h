@@ -1,5 +1,5 @@
-// Memory of the emulated GPU: device memory, which the host cannot touch, and page-locked memory. Both
-// are mapped a second time, for the emulation's own use.
+// Memory of the emulated GPU: device memory, which the host cannot touch, and page-locked memory.
+// Both are mapped a second time, for the emulation's own use.
 #pragma once
 
 #include <cstddef>

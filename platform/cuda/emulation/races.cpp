@@ -38,8 +38,8 @@ void tell(const Lane& lane, const char* what, const char* space, uint64_t offset
           static_cast<unsigned long long>(stamp::lane(other)));
 }
 
-// Of readers the last two that differ are kept, and whether several blocks read: with more of them, a
-// write can be told to race with one, but not with which.
+// Of readers the last two that differ are kept, and whether several blocks read: with more of them,
+// a write can be told to race with one, but not with which.
 void access(const Lane& lane, Shadow& s, const char* space, uint64_t offset, bool write,
             bool strong) {
     const uint64_t now = lane.stamp | uint64_t(strong), launch = stamp::launch(now);
@@ -95,8 +95,8 @@ Shadow* deviceShadow() {
 
 uint64_t nextLaunch() {
     static uint64_t launches = 0;
-    // Numbers come again: the accesses of their last time are forgotten. None has number zero, which
-    // is in memory that nobody has accessed.
+    // Numbers come again: the accesses of their last time are forgotten. None has number zero,
+    // which is in memory that nobody has accessed.
     if ((++launches & stamp::launchMask) == 0) {
         ++launches;
         madvise(deviceShadow(), shadowBytes, MADV_DONTNEED);

@@ -7,8 +7,8 @@
 namespace emulated::stamp {
 
 // launch 12 | block 18 | lane 10 | epoch 12 | epoch of the warp 11 | strong 1. An epoch ends at
-// a barrier, a warp's at a barrier of the warp. Strong accesses, such as atomic ones, do not race with
-// each other.
+// a barrier, a warp's at a barrier of the warp. Strong accesses, such as atomic ones, do not race
+// with each other.
 constexpr int warpShift = 1, epochShift = 12, laneShift = 24, blockShift = 34, launchShift = 52;
 constexpr uint64_t epochMask = 0xfff, warpMask = 0x7ff, laneMask = 0x3ff, blockMask = 0x3ffff;
 constexpr uint64_t launchMask = 0xfff;

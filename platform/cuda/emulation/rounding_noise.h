@@ -1,5 +1,5 @@
-// Results that differ in the last place from call to call, as those of another order of summation do:
-// nothing may depend on their bits. Round numbers, such as sums of small integers, stay.
+// Results that differ in the last place from call to call, as those of another order of summation
+// do: nothing may depend on their bits. Round numbers, such as sums of small integers, stay.
 #pragma once
 
 #include <complex>

@@ -104,7 +104,8 @@ __global__ void histogram(int n, const int* in, unsigned* bins, Extremes* extrem
     __shared__ unsigned mine[8];
     if (threadIdx.x < 8) mine[threadIdx.x] = 0;
     __syncthreads();
-    for (int i = int(blockIdx.x * blockDim.x + threadIdx.x); i < n; i += int(gridDim.x * blockDim.x)) {
+    for (int i = int(blockIdx.x * blockDim.x + threadIdx.x); i < n;
+         i += int(gridDim.x * blockDim.x)) {
         if (fault == Fault::noAtomic)
             mine[in[i] % 8] += 1;
         else
@@ -205,9 +206,8 @@ const void* address(Kernel* kernel) {
 }
 
 const void* kernel(Name name, Fault fault) {
-#define CASE(which, fault_)                            \
-    if (name == Name::which && fault == Fault::fault_) \
-        return address(&which<Fault::fault_>);
+#define CASE(which, fault_) \
+    if (name == Name::which && fault == Fault::fault_) return address(&which<Fault::fault_>);
 #define PLAIN(which) \
     if (name == Name::which) return address(&which);
     CASE(reverse, none)

@@ -34,6 +34,7 @@ const Settings& settings() {
         oneOf<Schedule>("SCHEDULE", {"late", "early", "random"}),
         oneOf<Sequence>("ORDER", {"forward", "reverse", "random"}),
         number("RACES", "1") != 0,
+        number("OVERFLOW", "0") != 0,
         number("NOISE", "0") != 0,
         word("DROP", "") == "synchronise",
         std::size_t(number("MEMORY", "4096")) << 20,

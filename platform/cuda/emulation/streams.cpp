@@ -22,14 +22,12 @@ std::vector<std::unique_ptr<Stream>>& streams() {
 }
 
 Stream& made(int device, bool legacyDefault, bool blocking) {
-    streams().push_back(
-        std::unique_ptr<Stream>(new Stream{device, legacyDefault, blocking, {}}));
+    streams().push_back(std::unique_ptr<Stream>(new Stream{device, legacyDefault, blocking, {}}));
     return *streams().back();
 }
 
 bool orderedByDefault(const Stream& a, const Stream& b) {
-    return a.device == b.device && a.blocking && b.blocking &&
-           (a.legacyDefault || b.legacyDefault);
+    return a.device == b.device && a.blocking && b.blocking && (a.legacyDefault || b.legacyDefault);
 }
 
 // As a GPU would that has come so far meanwhile.

@@ -246,13 +246,16 @@ bool Team::settleClusters() {
 
 void Team::waitForEver() {
     const char* where = "for something to change";
+    Kind kind = Kind::barrier;
     for (std::size_t i = 0; i < live_; ++i)
         for (const Lane& lane : blocks_[i]->lanes) {
             if (lane.stop == Stop::barrier) where = "at a barrier";
-            if (lane.stop == Stop::warp) where = "for lanes of their warp";
             if (lane.stop == Stop::cluster) where = "for their cluster";
+            if (lane.stop != Stop::warp) continue;
+            where = "for lanes of their warp, which are at another exchange";
+            kind = Kind::exchange;
         }
-    found(Kind::barrier, "lanes wait for ever %s: %s", where, kernel().name);
+    found(kind, "lanes wait for ever %s: %s", where, kernel().name);
     setStickyError(cudaErrorLaunchTimeout);
     throw KernelFault();
 }

@@ -1,8 +1,8 @@
-// A launch's blocks being run: lane by lane, each until it ends or waits, in the order that was asked
-// for, then whatever the waiting ones are waiting for, as far as it has come about.
+// A launch's blocks being run: lane by lane, each until it ends or waits, in the order that was
+// asked for, then whatever the waiting ones are waiting for, as far as it has come about.
 //
-// Blocks that may meet run at the same time: those of a cluster, and all of a cooperative launch. All
-// others run one after another, as a GPU with a single multiprocessor might run them.
+// Blocks that may meet run at the same time: those of a cluster, and all of a cooperative launch.
+// All others run one after another, as a GPU with a single multiprocessor might run them.
 #pragma once
 
 #include <cuda_runtime_api.h>
