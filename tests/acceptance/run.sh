@@ -21,8 +21,8 @@ for needed in $lapack/xlintsts $blas/xblat3s $lapack/liblapack.so.3 $blas/libbla
 done
 
 rm -rf "$work" && mkdir -p "$work" && cd "$work" || exit 1
-export OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 LUMO_PLATFORM=software LUMO_CROSSOVER=0
-failed=0
+callers_path=${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} failed=0 LUMO_PLATFORM=${LUMO_PLATFORM:-software}
+export LUMO_PLATFORM OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 LUMO_CROSSOVER=0
 
 # run FOLDER PATH PRELOAD: all programs, their output in FOLDER.
 run() {
@@ -30,7 +30,7 @@ run() {
     (
         cd "$1" || exit 1
         program() {  # NAME FILE INPUT
-            LD_LIBRARY_PATH=$2 LD_PRELOAD=$3 LUMO_REPORT=$PWD/report "$4" <"$5" >"$1.out" 2>"$1.err"
+            LD_LIBRARY_PATH=$2$callers_path LD_PRELOAD=$3 LUMO_REPORT=$PWD/report "$4" <"$5" >"$1.out" 2>"$1.err"
             echo "exit status $?" >>"$1.out"
         }
         for t in s c; do

@@ -7,6 +7,7 @@ extern "C" {
 // How often something was done since the start; take the difference around a call.
 //
 //   launch, launch NAME              kernels; by mangled name
+//   lanes NAME                       of its largest block so far
 //   cublas, cublas NAME              calls of CUBLAS on a handle; "cublas Sgemm"
 //   copy                             copies with bytes to move, and of these
 //   copy synchronous|asynchronous    by the function that was called

@@ -1,5 +1,6 @@
 #include "platform/cuda/emulation/counters.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 
@@ -30,6 +31,11 @@ struct AtExit {
 
 void count(const std::string& name, long long amount) {
     counts()[name] += amount;
+}
+
+void countLargest(const std::string& name, long long amount) {
+    long long& largest = counts()[name];
+    largest = std::max(largest, amount);
 }
 
 }  // namespace emulated

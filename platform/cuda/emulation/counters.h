@@ -6,5 +6,7 @@
 namespace emulated {
 
 void count(const std::string& name, long long amount = 1);
+// For what is not a sum: the largest amount.
+void countLargest(const std::string& name, long long amount);
 
 }  // namespace emulated

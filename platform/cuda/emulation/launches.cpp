@@ -80,6 +80,7 @@ cudaError_t launchKernel(const void* address, Shape shape, void** arguments, std
     }
     count("launch");
     count(std::string("launch ") + kernel->name);
+    countLargest(std::string("lanes ") + kernel->name, shape.lanes());
     if (kernel->cluster[0]) std::copy_n(kernel->cluster, 3, shape.cluster);
     if (!validBlock(shape.ntid) || !validGrid(shape)) {
         found(Kind::launch, "a shape that CUDA refuses: grid %u,%u,%u block %u,%u,%u, %s",
@@ -132,7 +133,8 @@ thread_local Configuration configuration;
 }  // namespace
 
 KernelRegistration::KernelRegistration(const Kernel* list, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i) kernels()[list[i].name] = &list[i];
+    // The first of a name stays, so that another library can stand before one.
+    for (std::size_t i = 0; i < n; ++i) kernels().emplace(list[i].name, &list[i]);
 }
 
 const Kernel* findKernel(const char* name) {
