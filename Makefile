@@ -4,10 +4,11 @@
 #   make demo-fit  fits 44 years of carbon dioxide measurements, and draws the fit
 #   make demo-svd  compresses a photograph by its singular values
 #   make check     builds everything and runs every test
+#   make emulate   runs the tests on an emulated GPU in every way (with a CUDA toolkit)
 #
 # All install what is missing first (Debian packages; without root they say what to type).
 
-.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check acceptance sanitize thread-check fuzz bench bench-unset bench-load install bundle packages test-packages docs pictures format format-check tidy clean
+.PHONY: help setup configure build demo demo-fit demo-svd demo-distributed check emulate acceptance sanitize thread-check fuzz bench bench-unset bench-load install bundle packages test-packages docs pictures format format-check tidy clean
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -44,6 +45,11 @@ demo-svd: configure
 
 check: build
 	ctest --preset default --parallel 2
+
+# The emulated GPU (docs/gpu.md) in every schedule and order, with seeded faults, and the kernels'
+# machine code. Without a CUDA toolkit it says that it is left out.
+emulate: build
+	@cmake --build --preset default --target emulate
 
 # LAPACK's own test programs, and those of NumPy and SciPy, served by Lumo (docs/drop-in.md).
 acceptance: build

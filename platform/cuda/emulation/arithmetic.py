@@ -38,7 +38,8 @@ def product(o: Operands, s: Statement, kind: str) -> str:
     target, a = s.operands[0], s.operands[1:]
     if "wide" in s.words:
         wide = kind[0] + str(2 * SIZES[kind] * 8)
-        text = f"({C_TYPES[wide]})({o.value(a[0], kind)}) * ({C_TYPES[wide]})({o.value(a[1], kind)})"
+        x, y = (f"({C_TYPES[wide]})({o.value(n, kind)})" for n in a[:2])
+        text = f"{x} * {y}"
         if s.words[0] == "mad":
             text = f"({C_TYPES[unsigned(wide)]})({text}) + {o.value(a[2], unsigned(wide))}"
         return o.set(target, text, wide)
@@ -53,8 +54,8 @@ def product(o: Operands, s: Statement, kind: str) -> str:
 
 
 def wrapping(o: Operands, s: Statement, kind: str) -> str:
-    """Integers wrap around: computed unsigned. Whether a signed result of 32 bits fits can be asked
-    for."""
+    """Integers wrap around: computed unsigned. Whether a signed result of 32 bits fits can be
+    asked for."""
     forms = {
         "add": "{0} + {1}", "sub": "{0} - {1}", "mul": "{0} * {1}", "mad": "{0} * {1} + {2}",
         "neg": "0 - {0}", "and": "{0} & {1}", "or": "{0} | {1}", "xor": "{0} ^ {1}", "not": "~{0}",
@@ -75,14 +76,14 @@ def integer(o: Operands, s: Statement, kind: str) -> str:
     if name in ("mul", "mad"):
         return product(o, s, kind)
     if name == "shl":
-        return o.set(target, f"shiftLeft({o.value(a[0], unsigned(kind))}, {o.value(a[1], 'u32')})", kind)
+        x = o.value(a[0], unsigned(kind))
+        return o.set(target, f"shiftLeft({x}, {o.value(a[1], 'u32')})", kind)
     if name == "shr":
         signed = kind if kind[0] == "s" else unsigned(kind)
         return o.set(target, f"shiftRight({o.value(a[0], signed)}, {o.value(a[1], 'u32')})", kind)
     if name in ("min", "max"):
-        return o.set(
-            target, f"std::{name}<{C_TYPES[kind]}>({o.value(a[0], kind)}, {o.value(a[1], kind)})", kind
-        )
+        x, y = (o.value(n, kind) for n in a)
+        return o.set(target, f"std::{name}<{C_TYPES[kind]}>({x}, {y})", kind)
     if name in ("div", "rem"):
         sign = "/" if name == "div" else "%"
         return o.set(target, f"{o.value(a[0], kind)} {sign} {o.value(a[1], kind)}", kind)
@@ -136,15 +137,15 @@ def move(o: Operands, s: Statement) -> str:
     target, source, kind = s.operands[0], s.operands[1], s.words[-1]
     if source.startswith("{"):
         halves = [x.strip() for x in source.strip("{}").split(",")]
-        half = "u" + str(SIZES[kind] * 8 // len(halves))
-        return o.set(target, f"packed<{C_TYPES[unsigned(kind)]}>({', '.join(o.value(h, half) for h in halves)})", unsigned(kind))
+        half, whole = "u" + str(SIZES[kind] * 8 // len(halves)), unsigned(kind)
+        values = ", ".join(o.value(h, half) for h in halves)
+        return o.set(target, f"packed<{C_TYPES[whole]}>({values})", whole)
     if target.startswith("{"):
         halves = [x.strip() for x in target.strip("{}").split(",")]
         bits = SIZES[kind] * 8 // len(halves)
         value = o.value(source, unsigned(kind))
-        return " ".join(
-            o.set(h, f"(uint{bits}_t)({value} >> {i * bits})", f"u{bits}") for i, h in enumerate(halves)
-        )
+        parts = [f"(uint{bits}_t)({value} >> {i * bits})" for i in range(len(halves))]
+        return " ".join(o.set(h, part, f"u{bits}") for h, part in zip(halves, parts))
     if o.kind(source) is None and kind in FLOATING:
         raise NotUnderstood(s.text)
     return o.set(target, o.value(source, kind), kind)
@@ -198,9 +199,9 @@ def window(o: Operands, s: Statement) -> str:
     return o.set(s.operands[0], o.value(s.operands[1], s.words[-1]), s.words[-1])
 
 
-ARITHMETIC = dict.fromkeys(
-    "add sub mul div rem min max and or xor shl shr mad fma neg abs not cnot sqrt rcp copysign".split(),
-    arithmetic,
+OPERATORS = (
+    "add sub mul div rem min max and or xor shl shr mad fma neg abs not cnot sqrt rcp copysign"
 )
+ARITHMETIC = dict.fromkeys(OPERATORS.split(), arithmetic)
 ARITHMETIC |= dict.fromkeys("popc clz brev bfind bfe bfi lop3 prmt shf".split(), bit_field)
 ARITHMETIC |= {"cvt": convert, "mov": move, "setp": compare, "selp": select, "cvta": window}

@@ -88,10 +88,13 @@ KERNEL_FAULTS = [
     ("a barrier is missing, larfg", "larfg", r"\tbar\.sync \t0;", "", 0),
     ("one element too many, Copy", "Copy", r"setp\.ge\.u64", "setp.gt.u64", 0),
     ("one row too many, LASET", "LASET", r"setp\.ge\.s32", "setp.gt.s32", 0),
-    ("shared memory out of bounds", "Transpose", r"(st\.shared\.f32\s+\[%rd?\d+)\]", r"\1+4096]", 0),
+    ("shared memory out of bounds", "Transpose",
+     r"(st\.shared\.f32\s+\[%rd?\d+)\]", r"\1+4096]", 0),
     ("lanes part ways at a barrier", "larfg", r"\tbar\.sync \t0;", "\t@%p1 bar.sync \t0;", 0),
-    ("a write goes elsewhere in its vector", "Scale", r"(st\.global\.f32\s+\[%rd\d+)\]", r"\1+4]", 0),
-    ("operands in the wrong order", "Subtract", r"sub\.f32 \t(%f\d+), (%f\d+), (%f\d+)", r"sub.f32 \1, \3, \2", 0),
+    ("a write goes elsewhere in its vector", "Scale",
+     r"(st\.global\.f32\s+\[%rd\d+)\]", r"\1+4]", 0),
+    ("operands in the wrong order", "Subtract",
+     r"sub\.f32 \t(%f\d+), (%f\d+), (%f\d+)", r"sub.f32 \1, \3, \2", 0),
 ]  # fmt: skip
 
 # Faults of the runtime: one call fails, or waiting for a stream does nothing.
@@ -172,8 +175,10 @@ def largest_blocks() -> dict[str, int]:
 
 def machine_code() -> bool:
     lanes = largest_blocks()
-    newer = {p.stem: p for p in (WORK / "kernels").glob("*.ptx") if not p.stem.startswith("selftest")}
-    emulated = int(re.search(r"\.target sm_(\d+)", next(iter(newer.values())).read_text()).group(1))
+    made = (WORK / "kernels").glob("*.ptx")
+    newer = {p.stem: p for p in made if not p.stem.startswith("selftest")}
+    some = next(iter(newer.values())).read_text()
+    emulated = int(re.search(r"\.target sm_(\d+)", some).group(1))
     listed = subprocess.run([NVCC, "--list-gpu-code"], capture_output=True, text=True, check=True)
     architectures = sorted({int(a) for a in re.findall(r"sm_(\d+)", listed.stdout)})
     units = [u for u in (SOURCE / "src").rglob("*.cu") if u.stem in newer]
@@ -193,17 +198,19 @@ def machine_code() -> bool:
                 numbers = re.search(r"(\d+) bytes stack frame, (\d+) .*?, (\d+) ", part)
                 used = int(re.search(r"Used (\d+) registers", part).group(1))
                 smem = re.search(r"(\d+) bytes smem", part)
+                block = lanes.get(name, LANES)
                 kernels, registers = kernels + 1, max(registers, used)
                 shared = max(shared, int(smem.group(1)) if smem else 0)
                 if not numbers or any(int(n) for n in numbers.groups()):
                     complaints.append(f"{name}: local memory")
-                if (used + 7) // 8 * 8 * lanes.get(name, LANES) > REGISTERS:
-                    complaints.append(f"{name}: {used} registers for {lanes.get(name, LANES)} lanes")
+                if (used + 7) // 8 * 8 * block > REGISTERS:
+                    complaints.append(f"{name}: {used} registers for {block} lanes")
                 if smem and int(smem.group(1)) > SHARED:
                     complaints.append(f"{name}: {smem.group(0)}")
         print(
-            f"sm_{architecture}: {kernels} kernels, at most {registers} registers and {shared} bytes of "
-            f"shared memory, {len(complaints)} complaints ({len(lanes)} kernels' blocks known)",
+            f"sm_{architecture}: {kernels} kernels, at most {registers} registers and {shared} "
+            f"bytes of shared memory, {len(complaints)} complaints "
+            f"({len(lanes)} kernels' blocks known)",
             *complaints, sep="\n    ", flush=True,
         )  # fmt: skip
         return kernels > 0 and not complaints
@@ -215,8 +222,8 @@ def machine_code() -> bool:
 def acceptance() -> bool:
     script = str(SOURCE / "tests/acceptance/run.sh")
     small = str(BUILD / "tests/acceptance/small-blocks")
-    command = ["sh", script, str(BUILD / "liblumo-lapack.so"), small, str(WORK / "acceptance"), "short"]
-    done = run("acceptance", command, timeout=3600)
+    dropin, work = str(BUILD / "liblumo-lapack.so"), str(WORK / "acceptance")
+    done = run("acceptance", ["sh", script, dropin, small, work, "short"], timeout=3600)
     print("\n".join(done.output.splitlines()[:2]), flush=True)
     if done.status not in (0, 77):
         print(done.output)

@@ -88,7 +88,8 @@ def parameter(text: str) -> Memory:
     array = re.match(r"\.param\s+\.align\s+(\d+)\s+\.b8\s+([\w$]+)\[(\d+)\]$", text)
     if array:
         return Memory(array.group(2), int(array.group(3)), int(array.group(1)))
-    scalar = re.match(r"\.param\s+\.(\w+)\s+(?:\.ptr\s+(?:\.\w+\s+)?\.align\s+\d+\s+)?([\w$]+)$", text)
+    pointer = r"(?:\.ptr\s+(?:\.\w+\s+)?\.align\s+\d+\s+)?"
+    scalar = re.match(r"\.param\s+\.(\w+)\s+" + pointer + r"([\w$]+)$", text)
     if not scalar:
         raise NotUnderstood("parameter " + text)
     size = SIZES[scalar.group(1)]
@@ -96,8 +97,8 @@ def parameter(text: str) -> Memory:
 
 
 class Body:
-    """Splits an entry's body. Inline assembly may open scopes with registers of their own, which get
-    names of their own here."""
+    """Splits an entry's body. Inline assembly may open scopes with registers of their own, which
+    get names of their own here."""
 
     def __init__(self, entry: Entry, text: str):
         self.entry = entry
@@ -133,9 +134,9 @@ class Body:
         match = re.match(r"(?:@(!?%\w+)\s+)?([\w.:]+)\s*(.*)$", line)
         if not match:
             raise NotUnderstood("statement " + line)
-        self.entry.code.append(
-            Statement(line, match.group(1), match.group(2).split("."), split_operands(match.group(3)))
-        )
+        guard, opcode, operands = match.groups()
+        statement = Statement(line, guard, opcode.split("."), split_operands(operands))
+        self.entry.code.append(statement)
 
     def directive(self, line: str) -> None:
         if line.startswith((".pragma", ".loc", ".file")):

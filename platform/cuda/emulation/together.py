@@ -1,7 +1,7 @@
 """Statements by which lanes meet: memory, atomic operations, fences, barriers, exchange in a warp.
 
-What has to wait for other lanes returns from the lane's function, with the reason, and goes on behind
-a label when the lane is run again.
+What has to wait for other lanes returns from the lane's function, with the reason, and goes on
+behind a label when the lane is run again.
 """
 
 from operands import Operands
@@ -151,13 +151,17 @@ def vote(o: Operands, s: Statement, waits: Waits) -> str:
 def match(o: Operands, s: Statement, waits: Waits) -> str:
     target, value, mask = s.operands
     kind = "matchAny" if s.words[1] == "any" else "matchAll"
-    return exchange(o, waits, kind, mask, [o.value(value, s.words[-1])]) + " " + taken(o, target, "b32")
+    text = exchange(o, waits, kind, mask, [o.value(value, s.words[-1])])
+    return text + " " + taken(o, target, "b32")
 
 
 def reduce(o: Operands, s: Statement, waits: Waits) -> str:
     target, value, mask = s.operands
     operation, kind = s.words[2:]
-    names = {"add": "sum", "min": "least", "max": "largest", "and": "bitAnd", "or": "bitOr", "xor": "bitXor"}
+    names = {
+        "add": "sum", "min": "least", "max": "largest",
+        "and": "bitAnd", "or": "bitOr", "xor": "bitXor",
+    }  # fmt: skip
     name = names[operation] + ("Signed" if kind == "s32" and operation in ("min", "max") else "")
     return exchange(o, waits, name, mask, [o.value(value, "u32")]) + " " + taken(o, target, "b32")
 

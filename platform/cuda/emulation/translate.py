@@ -89,7 +89,7 @@ def function(entry: Entry, number: int) -> tuple[list[str], str]:
 
 def main() -> None:
     target, source = sys.argv[1:]
-    lines = ['#include "platform/cuda/emulation/kernel.h"', '#include "platform/cuda/emulation/lane.h"']
+    lines = [f'#include "platform/cuda/emulation/{header}"' for header in ("kernel.h", "lane.h")]
     lines += ["namespace {", "using namespace emulated;"]
     rows = []
     try:
