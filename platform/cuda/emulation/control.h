@@ -1,5 +1,6 @@
-// What a test may ask of the emulated GPU. The library is libcuda.so.1 to a program, and exports
-// these beside the runtime, CUBLAS and the driver: dlsym(RTLD_DEFAULT, ...) or a link finds them.
+// What a test may ask of the emulated GPU. To a program it is libcuda.so.1, which the plugin loads for
+// itself: dlsym(dlopen("libcuda.so.1", RTLD_LAZY), "emulatedGpuCount") finds the function, and null
+// where there is another driver.
 #pragma once
 
 extern "C" {

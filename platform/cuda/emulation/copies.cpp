@@ -96,19 +96,18 @@ cudaError_t copy(const char* name, Rows to, Rows from, std::size_t width, std::s
     countCopy(asynchronous, toPlace, fromPlace, width * height);
     Stream* stream = streamOf(handle);
     if (!stream) return result(cudaErrorInvalidResourceHandle);
-    auto work = [=] { move(to, from, width, height); };
     const bool pageable = toPlace == Place::pageable || fromPlace == Place::pageable;
-    if (toDevice && fromDevice) {
-        submit(*stream, work);  // the host never waits
-    } else if (fromPlace == Place::pageable && toDevice) {
+    const bool onDevice = toDevice && fromDevice;
+    auto work = [=] { move(to, from, width, height); };
+    if (fromPlace == Place::pageable && toDevice) {
         // The source is staged, and may be changed afterwards; the rest may still be under way.
         complete(*stream);
         if (stickyError()) return result(0);
         auto staged = std::make_shared<std::vector<char>>(width * height);
         move({staged->data(), width}, from, width, height);
         submit(*stream, [=] { move(to, {staged->data(), width}, width, height); });
-    } else if (asynchronous && !pageable) {
-        submit(*stream, work);
+    } else if (onDevice || (asynchronous && !pageable)) {
+        submit(*stream, work);  // the host does not wait
     } else {
         complete(*stream);
         if (!stickyError()) work();
