@@ -1,6 +1,6 @@
-// What a test may ask of the emulated GPU. To a program it is libcuda.so.1, which the plugin loads for
-// itself: dlsym(dlopen("libcuda.so.1", RTLD_LAZY), "emulatedGpuCount") finds the function, and null
-// where there is another driver.
+// What a test may ask of the emulated GPU. To a program it is libcuda.so.1, which the plugin loads
+// for itself: dlsym(dlopen("libcuda.so.1", RTLD_LAZY), "emulatedGpuCount") finds the function, and
+// null where there is another driver.
 #pragma once
 
 extern "C" {
