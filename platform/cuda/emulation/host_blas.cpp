@@ -9,13 +9,14 @@
 #include <string>
 
 #define EACH(routine) OF(s##routine) OF(d##routine) OF(c##routine) OF(z##routine)
-#define ROUTINES                                                                                 \
-    EACH(copy)                                                                                   \
-    EACH(swap)                                                                                   \
-    EACH(scal)                                                                                   \
-    EACH(axpy) EACH(symv) EACH(trmv) EACH(gemv) EACH(gemm) EACH(syrk) EACH(trmm) EACH(trsm)      \
-        OF(srot) OF(drot) OF(csrot) OF(zdrot) OF(ssymm) OF(dsymm) OF(chemm) OF(zhemm) OF(ssyr2k) \
-            OF(dsyr2k) OF(cher2k) OF(zher2k) OF(cherk) OF(zherk)
+#define ROUTINES                                                                                   \
+    EACH(copy)                                                                                     \
+    EACH(swap)                                                                                     \
+    EACH(scal)                                                                                     \
+    EACH(axpy)                                                                                     \
+    EACH(symv) EACH(trmv) EACH(gemv) EACH(gemm) EACH(syrk) EACH(trmm) EACH(trsm) OF(srot) OF(drot) \
+        OF(csrot) OF(zdrot) OF(ssymm) OF(dsymm) OF(chemm) OF(zhemm) OF(ssyr2k) OF(dsyr2k)          \
+            OF(cher2k) OF(zher2k) OF(cherk) OF(zherk)
 
 // A jump to where the routine is, so that its arguments need not be known.
 #define OF(routine)                                                                 \
