@@ -9,14 +9,13 @@
 #include <string>
 
 #define EACH(routine) OF(s##routine) OF(d##routine) OF(c##routine) OF(z##routine)
-#define ROUTINES                                                                                   \
-    EACH(copy)                                                                                     \
-    EACH(swap)                                                                                     \
-    EACH(scal)                                                                                     \
-    EACH(axpy)                                                                                     \
-    EACH(symv) EACH(trmv) EACH(gemv) EACH(gemm) EACH(syrk) EACH(trmm) EACH(trsm) OF(srot) OF(drot) \
-        OF(csrot) OF(zdrot) OF(ssymm) OF(dsymm) OF(chemm) OF(zhemm) OF(ssyr2k) OF(dsyr2k)          \
-            OF(cher2k) OF(zher2k) OF(cherk) OF(zherk)
+#define ROTATIONS OF(srot) OF(drot) OF(csrot) OF(zdrot)
+#define ON_VECTORS EACH(copy) EACH(swap) EACH(scal) EACH(axpy) ROTATIONS
+#define BY_VECTOR EACH(symv) EACH(trmv) EACH(gemv)
+#define HERMITIAN OF(chemm) OF(zhemm) OF(cherk) OF(zherk) OF(cher2k) OF(zher2k)
+#define SYMMETRIC OF(ssymm) OF(dsymm) OF(ssyr2k) OF(dsyr2k) EACH(syrk)
+#define ON_MATRICES EACH(gemm) EACH(trmm) EACH(trsm) SYMMETRIC HERMITIAN
+#define ROUTINES ON_VECTORS BY_VECTOR ON_MATRICES
 
 // A jump to where the routine is, so that its arguments need not be known.
 #define OF(routine)                                                                 \
