@@ -38,7 +38,10 @@ thread_local int errorWord = cuda3::CUBLAS_STATUS_SUCCESS;
 // A new handle needs tens of megabytes on the device, and CUBLAS says "not initialized" where it
 // does not get them.
 cublasStatus_t create(cublasHandle_t& handle) {
-    const cublasStatus_t status = cublasCreate(&handle);
+    cublasStatus_t status = cublasCreate(&handle);
+    if (status == CUBLAS_STATUS_SUCCESS) return status;
+    releaseKept();
+    status = cublasCreate(&handle);
     if (status != CUBLAS_STATUS_NOT_INITIALIZED) return status;
     constexpr std::size_t enough = std::size_t(256) << 20;
     std::size_t free = 0, total = 0;
@@ -97,7 +100,7 @@ int cublasShutdown() {
     if (cudaGetDevice(&device) != cudaErrorCudartUnloading) {
         OnDevice here;
         for (cublasHandle_t handle : h.all) cublasDestroy(handle);
-        trimPageLocked();
+        releaseKept();
     }
     h.all.clear();
     h.idle.clear();

@@ -136,52 +136,6 @@ int getDevice(int* device) {
     return cudaSuccess;
 }
 
-int streamCreate(platform::Stream* stream) {
-    bindContext();
-    OnDevice here;
-    // A blocking stream: the algorithms rely on the default stream's ordering with all others.
-    cudaStream_t made = nullptr;
-    const cudaError_t error = cudaStreamCreate(&made);
-    *stream = made;
-    return reported(error);
-}
-
-int streamDestroy(platform::Stream stream) {
-    OnDevice here;
-    return reported(cudaStreamDestroy(static_cast<cudaStream_t>(stream)));
-}
-
-int streamSynchronize(platform::Stream stream) {
-    OnDevice here;
-    return reported(cudaStreamSynchronize(static_cast<cudaStream_t>(stream)));
-}
-
-int eventCreate(platform::Event* event) {
-    bindContext();
-    OnDevice here;
-    cudaEvent_t made = nullptr;
-    const cudaError_t error = cudaEventCreateWithFlags(&made, cudaEventDisableTiming);
-    *event = made;
-    return reported(error);
-}
-
-int eventDestroy(platform::Event event) {
-    OnDevice here;
-    return reported(cudaEventDestroy(static_cast<cudaEvent_t>(event)));
-}
-
-int eventRecord(platform::Event event, platform::Stream stream) {
-    OnDevice here;
-    return reported(
-        cudaEventRecord(static_cast<cudaEvent_t>(event), static_cast<cudaStream_t>(stream)));
-}
-
-int streamWaitEvent(platform::Stream stream, platform::Event event, unsigned flags) {
-    OnDevice here;
-    return reported(cudaStreamWaitEvent(static_cast<cudaStream_t>(stream),
-                                        static_cast<cudaEvent_t>(event), flags));
-}
-
 int threadSynchronize() {
     Context& c = context();
     bool take;

@@ -33,8 +33,8 @@ class OnDevice {
 // Another device was chosen.
 void forgetContext();
 
-// Gives the page-locked blocks that are kept for reuse back to the system.
-void trimPageLocked();
+// Destroys the streams and events that are kept for reuse.
+void releaseKeptStreams();
 
 #define ENTRY(kind, result, name, parameters) result name parameters;
 #include "platform/entries.inc"

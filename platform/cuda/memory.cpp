@@ -1,36 +1,17 @@
-#include <iterator>
-#include <map>
-#include <mutex>
-
 #include "platform/cuda/device.h"
 #include "platform/cuda/errors.h"
+#include "platform/cuda/kept_blocks.h"
 
 namespace gpu {
 namespace {
 
-// A GPU takes milliseconds to page-lock memory, and the algorithms want a panel for each call:
-// blocks that are given back are kept.
-struct PageLocked {
-    static constexpr std::size_t keepAtMost = std::size_t(256) << 20;
-    std::mutex mutex;
-    std::map<void*, std::size_t> live;
-    std::multimap<std::size_t, void*> kept;
-    std::size_t keptBytes = 0;
-
-    // Gives kept blocks back, the largest first, until no more than this is left.
-    void discardKept(std::size_t downTo) {
-        while (keptBytes > downTo) {
-            auto largest = std::prev(kept.end());
-            if (cudaFreeHost(largest->second) != cudaSuccess) cudaGetLastError();
-            keptBytes -= largest->first;
-            kept.erase(largest);
-        }
-    }
-};
-
-PageLocked& pageLocked() {
-    static auto* instance = new PageLocked;
-    return *instance;
+// So much is kept for reuse: of the device's memory a part that others will not miss.
+constexpr std::size_t keptPageLocked = std::size_t(256) << 20;
+std::size_t keptOnDevice() {
+    platform::DeviceProperties properties;
+    return getDeviceProperties(&properties, processDevice()) == cudaSuccess
+               ? properties.totalGlobalMem / 8
+               : 0;
 }
 
 // Unified addressing knows where a pointer leads better than the caller's word does.
@@ -63,7 +44,7 @@ int malloc(void** pointer, std::size_t bytes) {
     bindContext();
     if (bytes == 0) return cudaSuccess;
     OnDevice here;
-    return reported(cudaMalloc(pointer, bytes));
+    return reported(deviceBlocks().take(pointer, bytes));
 }
 
 int mallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size_t height) {
@@ -76,7 +57,11 @@ int mallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size
 int free(void* pointer) {
     if (!pointer) return cudaSuccess;
     OnDevice here;
-    const cudaError_t error = cudaFree(pointer);
+    // To give memory back waits for what may still work on it.
+    cudaError_t error = cudaDeviceSynchronize();
+    if (deviceBlocks().give(pointer, error == cudaSuccess ? keptOnDevice() : 0))
+        return reported(error);
+    error = cudaFree(pointer);
     if (error != cudaErrorInvalidValue) return reported(error);
     cudaGetLastError();
     return reported3(cuda3::cudaErrorInvalidDevicePointer);
@@ -86,50 +71,24 @@ int mallocHost(void** pointer, std::size_t bytes) {
     *pointer = nullptr;
     bindContext();
     if (bytes == 0) return cudaSuccess;
-    PageLocked& p = pageLocked();
-    std::lock_guard<std::mutex> lock(p.mutex);
     OnDevice here;
-    std::size_t size = bytes;
-    auto fit = p.kept.lower_bound(bytes);
-    if (fit != p.kept.end() && fit->first <= 2 * bytes) {
-        size = fit->first;
-        *pointer = fit->second;
-        p.keptBytes -= size;
-        p.kept.erase(fit);
-    } else {
-        cudaError_t error = cudaMallocHost(pointer, bytes);
-        if (error == cudaErrorMemoryAllocation && p.keptBytes > 0) {
-            cudaGetLastError();
-            p.discardKept(0);
-            error = cudaMallocHost(pointer, bytes);
-        }
-        if (error != cudaSuccess) return reported(error);
-    }
-    p.live[*pointer] = size;
-    return cudaSuccess;
+    return reported(pageLockedBlocks().take(pointer, bytes));
 }
 
 int freeHost(void* pointer) {
     if (!pointer) return cudaSuccess;
-    PageLocked& p = pageLocked();
-    std::lock_guard<std::mutex> lock(p.mutex);
-    auto found = p.live.find(pointer);
-    if (found == p.live.end()) return reported3(cuda3::cudaErrorInvalidHostPointer);
-    const std::size_t size = found->second;
-    p.live.erase(found);
     OnDevice here;
-    if (size > PageLocked::keepAtMost) return reported(cudaFreeHost(pointer));
-    p.discardKept(PageLocked::keepAtMost - size);
-    p.kept.emplace(size, pointer);
-    p.keptBytes += size;
-    return cudaSuccess;
+    return pageLockedBlocks().give(pointer, keptPageLocked)
+               ? cudaSuccess
+               : reported3(cuda3::cudaErrorInvalidHostPointer);
 }
 
-void trimPageLocked() {
-    PageLocked& p = pageLocked();
-    std::lock_guard<std::mutex> lock(p.mutex);
+int releaseKept() {
     OnDevice here;
-    p.discardKept(0);
+    deviceBlocks().discard();
+    pageLockedBlocks().discard();
+    releaseKeptStreams();
+    return cudaSuccess;
 }
 
 int memcpy(void* to, const void* from, std::size_t bytes, int /*kind*/) {

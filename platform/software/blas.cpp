@@ -15,9 +15,7 @@ int cublasShutdown() {
     observe("cublasShutdown");
     drainAll();
     blasReady = false;
-    // The library is done for now: what was kept for reuse goes back to the system.
-    deviceHeap().trim();
-    pageLockedHeap().trim();
+    releaseKept();  // the library is done for now
     return CUBLAS_STATUS_SUCCESS;
 }
 

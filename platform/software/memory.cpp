@@ -181,4 +181,10 @@ void* bytesBehind(const void* devicePointer) {
     return deviceHeap().contains(devicePointer) ? deviceHeap().address(devicePointer, 0) : nullptr;
 }
 
+int releaseKept() {
+    deviceHeap().trim();
+    pageLockedHeap().trim();
+    return cudaSuccess;
+}
+
 }  // namespace software

@@ -89,6 +89,8 @@ void lumoShutdown() try {
 
 void lumoFreeBuffers() try {
     boost::mutex::scoped_lock lock(lumo::runtimeMutex());
-    if (lumo::initialized()) cudalib::WorkspacePool::releaseIdleOfThisThread();
+    if (!lumo::initialized()) return;
+    cudalib::WorkspacePool::releaseIdleOfThisThread();
+    platform::releaseKept();
 } catch (...) {
 }

@@ -1,8 +1,9 @@
 // The routines of CUBLAS that the library uses, over the CPU's BLAS, and handles.
 #include "platform/cuda/emulation/blas_call.h"
-#include "platform/fortran_blas.h"
 
 #include <set>
+
+#include "platform/cpu/blas.h"
 
 namespace emulated {
 namespace {
@@ -43,32 +44,31 @@ template <class T>
 struct Cublas {
     using N = Native<T>;
     using Real = platform::RealOf<T>;
-    using Its = blas::Routines<T>;
     using Handle = cublasHandle_t;
     using Names = emulated::Names<T>;
 
     static cublasStatus_t copy(Handle h, int n, const N* x, int incx, N* y, int incy) {
         const Call call;
         return blasCall<T>(h, Names::copy, platform::vectorOperands(n, x, incx, y, incy), '-',
-                           [=](auto at) { Its::copy(n, at[0], incx, at[1], incy); });
+                           [=](auto at) { cpu::copy<T>(n, at[0], incx, at[1], incy); });
     }
     static cublasStatus_t swap(Handle h, int n, N* x, int incx, N* y, int incy) {
         const Call call;
         return blasCall<T>(h, Names::swap, platform::vectorOperands(n, x, incx, y, incy), '-',
-                           [=](auto at) { Its::swap(n, at[0], incx, at[1], incy); });
+                           [=](auto at) { cpu::swap<T>(n, at[0], incx, at[1], incy); });
     }
     static cublasStatus_t scal(Handle h, int n, const N* alpha, N* x, int incx) {
         const Call call;
         return blasCall<T>(
             h, Names::scal, platform::vectorOperands(n, x, incx), '-',
-            [=, a = scalar<T>(alpha, Names::scal)](auto at) { Its::scal(n, &a, at[0], incx); });
+            [=, a = scalar<T>(alpha, Names::scal)](auto at) { cpu::scal<T>(n, a, at[0], incx); });
     }
     static cublasStatus_t axpy(Handle h, int n, const N* alpha, const N* x, int incx, N* y,
                                int incy) {
         const Call call;
         return blasCall<T>(h, Names::axpy, platform::vectorOperands(n, x, incx, y, incy), '-',
                            [=, a = scalar<T>(alpha, Names::axpy)](auto at) {
-                               Its::axpy(n, &a, at[0], incx, at[1], incy);
+                               cpu::axpy<T>(n, a, at[0], incx, at[1], incy);
                            });
     }
     static cublasStatus_t rot(Handle h, int n, N* x, int incx, N* y, int incy, const Real* c,
@@ -77,7 +77,7 @@ struct Cublas {
         return blasCall<T>(
             h, Names::rot, platform::vectorOperands(n, x, incx, y, incy), '-',
             [=, cosine = scalar<Real>(c, Names::rot), sine = scalar<Real>(s, Names::rot)](auto at) {
-                Its::rot(n, at[0], incx, at[1], incy, &cosine, &sine);
+                cpu::rot<T>(n, at[0], incx, at[1], incy, cosine, sine);
             });
     }
     static cublasStatus_t symv(Handle h, cublasFillMode_t uplo, int n, const N* alpha, const N* a,
@@ -87,7 +87,7 @@ struct Cublas {
         return blasCall<T>(
             h, Names::symv, platform::symvOperands(u, n, a, lda, x, incx, y, incy), 'A',
             [=, al = scalar<T>(alpha, Names::symv), be = scalar<T>(beta, Names::symv)](auto at) {
-                Its::symv(u, n, &al, at[0], lda, at[1], incx, &be, at[2], incy);
+                cpu::symv<T>(u, n, al, at[0], lda, at[1], incx, be, at[2], incy);
             });
     }
     static cublasStatus_t trmv(Handle h, cublasFillMode_t uplo, cublasOperation_t trans,
@@ -95,7 +95,7 @@ struct Cublas {
         const Call call;
         const char u = letter(uplo), t = letter(trans), d = letter(diag);
         return blasCall<T>(h, Names::trmv, platform::trmvOperands(u, t, d, n, a, lda, x, incx), 'A',
-                           [=](auto at) { Its::trmv(u, t, d, n, at[0], lda, at[1], incx); });
+                           [=](auto at) { cpu::trmv<T>(u, t, d, n, at[0], lda, at[1], incx); });
     }
     static cublasStatus_t gemv(Handle h, cublasOperation_t trans, int m, int n, const N* alpha,
                                const N* a, int lda, const N* x, int incx, const N* beta, N* y,
@@ -105,7 +105,7 @@ struct Cublas {
         return blasCall<T>(
             h, Names::gemv, platform::gemvOperands(t, m, n, a, lda, x, incx, y, incy), 'A',
             [=, al = scalar<T>(alpha, Names::gemv), be = scalar<T>(beta, Names::gemv)](auto at) {
-                Its::gemv(t, m, n, &al, at[0], lda, at[1], incx, &be, at[2], incy);
+                cpu::gemv<T>(t, m, n, al, at[0], lda, at[1], incx, be, at[2], incy);
             });
     }
     static cublasStatus_t gemm(Handle h, cublasOperation_t transa, cublasOperation_t transb, int m,
@@ -116,7 +116,7 @@ struct Cublas {
         return blasCall<T>(
             h, Names::gemm, platform::gemmOperands(ta, tb, m, n, k, a, lda, b, ldb, c, ldc), 'A',
             [=, al = scalar<T>(alpha, Names::gemm), be = scalar<T>(beta, Names::gemm)](auto at) {
-                Its::gemm(ta, tb, m, n, k, &al, at[0], lda, at[1], ldb, &be, at[2], ldc);
+                cpu::gemm<T>(ta, tb, m, n, k, al, at[0], lda, at[1], ldb, be, at[2], ldc);
             });
     }
     static cublasStatus_t symm(Handle h, cublasSideMode_t side, cublasFillMode_t uplo, int m, int n,
@@ -127,7 +127,7 @@ struct Cublas {
         return blasCall<T>(
             h, Names::symm, platform::symmOperands(s, u, m, n, a, lda, b, ldb, c, ldc), 'A',
             [=, al = scalar<T>(alpha, Names::symm), be = scalar<T>(beta, Names::symm)](auto at) {
-                Its::symm(s, u, m, n, &al, at[0], lda, at[1], ldb, &be, at[2], ldc);
+                cpu::symm<T>(s, u, m, n, al, at[0], lda, at[1], ldb, be, at[2], ldc);
             });
     }
     static cublasStatus_t syrk(Handle h, cublasFillMode_t uplo, cublasOperation_t trans, int n,
@@ -139,7 +139,7 @@ struct Cublas {
             h, Names::syrk,
             platform::syrkOperands(u, t, platform::symmetricTransposes<T>, n, k, a, lda, c, ldc), u,
             [=, al = scalar<T>(alpha, Names::syrk), be = scalar<T>(beta, Names::syrk)](auto at) {
-                Its::syrk(u, t, n, k, &al, at[0], lda, &be, at[1], ldc);
+                cpu::syrk<T>(u, t, n, k, al, at[0], lda, be, at[1], ldc);
             });
     }
     // The diagonal is real: no noise, which would make it complex.
@@ -153,20 +153,22 @@ struct Cublas {
             platform::syrkOperands(u, t, platform::hermitianTransposes<T>, n, k, a, lda, c, ldc),
             '-',
             [=, al = scalar<Real>(alpha, Names::herk), be = scalar<Real>(beta, Names::herk)](
-                auto at) { Its::herk(u, t, n, k, &al, at[0], lda, &be, at[1], ldc); });
+                auto at) { cpu::herk<T>(u, t, n, k, al, at[0], lda, be, at[1], ldc); });
     }
     static cublasStatus_t syr2k(Handle h, cublasFillMode_t uplo, cublasOperation_t trans, int n,
                                 int k, const N* alpha, const N* a, int lda, const N* b, int ldb,
                                 const Real* beta, N* c, int ldc) {
         const Call call;
         const char u = letter(uplo), t = letter(trans);
-        return blasCall<T>(
-            h, Names::syr2k,
-            platform::syr2kOperands(u, t, platform::hermitianTransposes<T>, n, k, a, lda, b, ldb, c,
-                                    ldc),
-            platform::isComplex<T> ? '-' : u,
-            [=, al = scalar<T>(alpha, Names::syr2k), be = scalar<Real>(beta, Names::syr2k)](
-                auto at) { Its::syr2k(u, t, n, k, &al, at[0], lda, at[1], ldb, &be, at[2], ldc); });
+        return blasCall<T>(h, Names::syr2k,
+                           platform::syr2kOperands(u, t, platform::hermitianTransposes<T>, n, k, a,
+                                                   lda, b, ldb, c, ldc),
+                           platform::isComplex<T> ? '-' : u,
+                           [=, al = scalar<T>(alpha, Names::syr2k),
+                            be = scalar<Real>(beta, Names::syr2k)](auto at) {
+                               cpu::syr2k<T>(u, t, n, k, al, at[0], lda, at[1], ldb, be, at[2],
+                                             ldc);
+                           });
     }
     // Out of place, or with B as the place.
     static cublasStatus_t trmm(Handle h, cublasSideMode_t side, cublasFillMode_t uplo,
@@ -182,7 +184,7 @@ struct Cublas {
             h, Names::trmm, three, 'A', [=, al = scalar<T>(alpha, Names::trmm)](auto at) {
                 for (int j = 0; j < n && at[1] != at[2]; ++j)
                     std::copy_n(at[1] + std::size_t(j) * ldb, m, at[2] + std::size_t(j) * ldc);
-                Its::trmm(s, u, t, d, m, n, &al, at[0], lda, at[2], ldc);
+                cpu::trmm<T>(s, u, t, d, m, n, al, at[0], lda, at[2], ldc);
             });
     }
     static cublasStatus_t trsm(Handle h, cublasSideMode_t side, cublasFillMode_t uplo,
@@ -193,7 +195,7 @@ struct Cublas {
         return blasCall<T>(h, Names::trsm,
                            platform::triangularOperands(s, u, t, d, m, n, a, lda, b, ldb), 'A',
                            [=, al = scalar<T>(alpha, Names::trsm)](auto at) {
-                               Its::trsm(s, u, t, d, m, n, &al, at[0], lda, at[1], ldb);
+                               cpu::trsm<T>(s, u, t, d, m, n, al, at[0], lda, at[1], ldb);
                            });
     }
 };

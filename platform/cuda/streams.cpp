@@ -1,0 +1,104 @@
+// Streams and events. Calls create and destroy them, and a runtime takes long over it: those that
+// are given back are kept.
+#include <mutex>
+#include <vector>
+
+#include "platform/cuda/device.h"
+#include "platform/cuda/errors.h"
+
+namespace gpu {
+namespace {
+
+template <class Handle>
+struct Kept {
+    static constexpr std::size_t most = 32;
+    std::mutex mutex;
+    std::vector<Handle> idle;
+
+    bool take(Handle& handle) {
+        std::lock_guard<std::mutex> lock(mutex);
+        if (idle.empty()) return false;
+        handle = idle.back();
+        idle.pop_back();
+        return true;
+    }
+    bool give(Handle handle) {
+        std::lock_guard<std::mutex> lock(mutex);
+        if (idle.size() == most) return false;
+        idle.push_back(handle);
+        return true;
+    }
+};
+
+// Never destroyed: calls come at exit, too.
+auto& streams() {
+    static auto* instance = new Kept<cudaStream_t>;
+    return *instance;
+}
+auto& events() {
+    static auto* instance = new Kept<cudaEvent_t>;
+    return *instance;
+}
+
+cudaStream_t native(platform::Stream stream) {
+    return static_cast<cudaStream_t>(stream);
+}
+
+}  // namespace
+
+void releaseKeptStreams() {
+    cudaStream_t stream;
+    while (streams().take(stream)) cudaStreamDestroy(stream);
+    cudaEvent_t event;
+    while (events().take(event)) cudaEventDestroy(event);
+    cudaGetLastError();
+}
+
+int streamCreate(platform::Stream* stream) {
+    bindContext();
+    OnDevice here;
+    // A blocking stream: the algorithms rely on the default stream's ordering with all others.
+    cudaStream_t made = nullptr;
+    const cudaError_t error = streams().take(made) ? cudaSuccess : cudaStreamCreate(&made);
+    *stream = made;
+    return reported(error);
+}
+
+int streamDestroy(platform::Stream stream) {
+    OnDevice here;
+    return streams().give(native(stream)) ? cudaSuccess
+                                          : reported(cudaStreamDestroy(native(stream)));
+}
+
+int streamSynchronize(platform::Stream stream) {
+    OnDevice here;
+    return reported(cudaStreamSynchronize(native(stream)));
+}
+
+int eventCreate(platform::Event* event) {
+    bindContext();
+    OnDevice here;
+    cudaEvent_t made = nullptr;
+    const cudaError_t error =
+        events().take(made) ? cudaSuccess : cudaEventCreateWithFlags(&made, cudaEventDisableTiming);
+    *event = made;
+    return reported(error);
+}
+
+int eventDestroy(platform::Event event) {
+    OnDevice here;
+    const auto given = static_cast<cudaEvent_t>(event);
+    return events().give(given) ? cudaSuccess : reported(cudaEventDestroy(given));
+}
+
+int eventRecord(platform::Event event, platform::Stream stream) {
+    OnDevice here;
+    return reported(cudaEventRecord(static_cast<cudaEvent_t>(event), native(stream)));
+}
+
+int streamWaitEvent(platform::Stream stream, platform::Event event, unsigned flags) {
+    OnDevice here;
+    return reported(cudaStreamWaitEvent(native(stream), static_cast<cudaEvent_t>(event), flags));
+}
+
+}  // namespace gpu
