@@ -1,0 +1,118 @@
+// What the library makes a modern GPU do: launches, CUBLAS calls, copies and allocations of its
+// calls, counted. It is these that cost, not the arithmetic.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "lumo.h"
+#include "lumo_memory.h"
+
+namespace {
+
+class Costs : public ::testing::Test {
+  protected:
+    using Count = long long (*)(const char*);
+
+    void SetUp() override {
+        void* driver = dlopen("libcuda.so.1", RTLD_LAZY);
+        if (driver) count_ = reinterpret_cast<Count>(dlsym(driver, "emulatedGpuCount"));
+        if (!count_) GTEST_SKIP() << "the GPU is not an emulated one";
+        ASSERT_EQ(lumoNoError, lumoInitialize());
+    }
+    void TearDown() override { lumoShutdown(); }
+
+    // How often any of these is done in f().
+    template <class F>
+    long long of(const std::vector<const char*>& names, F f) const {
+        auto sum = [&] {
+            long long all = 0;
+            for (const char* name : names) all += count_(name);
+            return all;
+        };
+        const long long before = sum();
+        f();
+        return sum() - before;
+    }
+
+    static std::vector<float> random(int rows, int columns) {
+        std::mt19937 engine(1);
+        std::vector<float> all(std::size_t(rows) * std::size_t(columns));
+        for (float& x : all) x = std::uniform_real_distribution<float>(-1, 1)(engine);
+        return all;
+    }
+
+    Count count_ = nullptr;
+};
+
+// Device memory with a copy of a host matrix.
+class Device {
+  public:
+    explicit Device(const std::vector<float>& host) {
+        EXPECT_EQ(lumoNoError, lumoDeviceMalloc(&data_, host.size() * sizeof(float)));
+        EXPECT_EQ(lumoNoError, lumoDeviceSetMatrix(int(host.size()), 1, sizeof(float), host.data(),
+                                                   int(host.size()), data_, int(host.size())));
+    }
+    ~Device() { lumoDeviceFree(data_); }
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+    float* get() const { return static_cast<float*>(data_); }
+
+  private:
+    void* data_ = nullptr;
+};
+
+const std::vector<const char*> work{"launch", "cublas"};
+
+TEST_F(Costs, LuPanelsAndSolve) {
+    const int n = 640, panel = 64;
+    const Device a(random(n, n)), again(random(n, n)), b(random(n, 1));
+    std::vector<int> pivots(n);
+    const long long factors = of(
+        work, [&] { EXPECT_EQ(lumoNoError, lumoDeviceSgetrf(n, n, a.get(), n, pivots.data())); });
+    EXPECT_LE(factors, 8 * n / panel);
+    const long long solved = of(work, [&] {
+        EXPECT_EQ(lumoNoError, lumoDeviceSgesv(n, 1, again.get(), n, pivots.data(), b.get(), n));
+    });
+    EXPECT_LE(solved - factors, 12);
+}
+
+// However many panels there are, the same few copies wait: scalar factors and the tail.
+TEST_F(Costs, QrWaitsForNoCopyInItsLoop) {
+    auto waits = [&](int n) {
+        const Device a(random(700, n)), tau(random(n, 1));
+        return of({"copy synchronous"}, [&] {
+            EXPECT_EQ(lumoNoError, lumoDeviceSgeqrf(700, n, a.get(), 700, tau.get()));
+        });
+    };
+    EXPECT_EQ(waits(192), waits(640));
+    EXPECT_LE(waits(640), 4);
+}
+
+TEST_F(Costs, ASecondCallAllocatesNothing) {
+    const int n = 300;
+    auto second = [&](auto call) {
+        call();
+        return of({"allocate", "allocate host", "stream", "event", "handle"}, call);
+    };
+    std::vector<int> pivots(n);
+    EXPECT_EQ(0, second([&] {
+                  auto a = random(n, n), b = random(n, 1);
+                  EXPECT_EQ(lumoNoError, lumoSgesv(n, 1, a.data(), n, pivots.data(), b.data(), n));
+              }));
+    EXPECT_EQ(0, second([&] {
+                  auto a = random(n, n), b = random(n, 2);
+                  EXPECT_EQ(lumoNoError, lumoSgels('N', n, n, 2, a.data(), n, b.data(), n));
+              }));
+    EXPECT_EQ(0, second([&] {
+                  auto a = random(n, n), s = random(n, 1), u = random(n, n), vt = random(n, n);
+                  EXPECT_EQ(lumoNoError, lumoSgesvd('S', 'S', n, n, a.data(), n, s.data(), u.data(),
+                                                    n, vt.data(), n));
+              }));
+    // What was kept goes back.
+    EXPECT_GT(of({"free"}, [] { lumoFreeBuffers(); }), 0);
+}
+
+}  // namespace
