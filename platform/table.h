@@ -61,6 +61,8 @@ struct Launch {
 struct Kernel {
     const char* name;
     bool (*run)(const Launch&);
+    // What a platform that knows kernels by their names has found of this one, once it has.
+    mutable const void* found = nullptr;
 };
 
 // What the library registers as a unit's "fat binary".

@@ -31,6 +31,16 @@ std::unordered_map<std::string, const void*>& stubs() {
     return *byName;
 }
 
+// The first launch looks the name up. Threads that do so together find the same.
+const void* stubOf(const platform::Kernel& kernel) {
+    const void* stub = __atomic_load_n(&kernel.found, __ATOMIC_RELAXED);
+    if (stub) return stub;
+    const auto at = stubs().find(kernel.name);
+    if (at == stubs().end()) return nullptr;
+    __atomic_store_n(&kernel.found, at->second, __ATOMIC_RELAXED);
+    return at->second;
+}
+
 dim3 native(platform::Dim3 d) {
     return dim3(d.x, d.y, d.z);
 }
@@ -67,14 +77,14 @@ int launch(const platform::Kernel* kernel) {
     const Configuration c = configuration;
     configuration.set = false;
     if (!c.set) return reported3(cuda3::cudaErrorMissingConfiguration);
-    auto stub = kernel ? stubs().find(kernel->name) : stubs().end();
-    if (stub == stubs().end()) return reported3(cuda3::cudaErrorInvalidDeviceFunction);
+    const void* stub = kernel ? stubOf(*kernel) : nullptr;
+    if (!stub) return reported3(cuda3::cudaErrorInvalidDeviceFunction);
     bindContext();
     OnDevice here;
     void* pointers[64];
     if (offsets.size() > std::size(pointers)) return reported(cudaErrorInvalidValue);
     for (std::size_t i = 0; i < offsets.size(); ++i) pointers[i] = arguments + offsets[i];
-    return reported(cudaLaunchKernel(stub->second, c.grid, c.block, pointers, c.shared, c.stream));
+    return reported(cudaLaunchKernel(stub, c.grid, c.block, pointers, c.shared, c.stream));
 }
 
 }  // namespace gpu

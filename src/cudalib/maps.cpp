@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "common/state.h"
 #include "cudalib/exceptions.h"
 
 namespace cudalib {
@@ -27,6 +28,7 @@ int ceilDiv(int a, int b) {
 }
 
 GridLimits gridLimits() {
+    if (lumo::deviceIsModern()) return {2147483647, 65535, 65535};  // from capability 3.0 on
     int device = 0;
     checkCudaError(cudaGetDevice(&device));
     cudaDeviceProp properties;

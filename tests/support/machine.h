@@ -26,6 +26,7 @@ inline software::DeviceDescription device(int capability, std::string name = "Te
     d.major = capability / 10;
     d.minor = capability % 10;
     d.memory = memory;
+    if (capability >= 30) d.maxGrid[0] = 2147483647;
     return d;
 }
 
