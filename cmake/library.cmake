@@ -23,7 +23,10 @@ set(LUMO_KERNEL_UNITS
     src/basic/lasr/lasr
     src/blas/gemv/gemv
     src/blas/symv/symv
+    src/brd/both_products/both_products
     src/brd/brd/TakeHead
+    src/brd/next_column/next_column
+    src/brd/reflectors/reflectors
     src/cudalib/Algorithm/Memset)
 # A launcher that only launches stands in its header.
 set(LUMO_LAUNCHERS ${LUMO_KERNEL_UNITS})
@@ -66,6 +69,7 @@ add_library(lumo_objects OBJECT
     src/cudalib/workspace_pool.cpp
     src/lapack/apply_q.cpp
     src/lapack/bdsqr.cpp
+    src/lapack/bidiagonal_panel.cpp
     src/lapack/block_reflector.cpp
     src/lapack/dqds.cpp
     src/lapack/gebrd.cpp

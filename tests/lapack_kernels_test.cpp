@@ -11,6 +11,8 @@
 #include "basic/lasr/lasr.h"
 #include "blas/cublas.h"
 #include "platform/cpu/lapack.h"
+#include "brd/both_products/both_products.h"
+#include "brd/next_column/next_column.h"
 #include "support/kernels.h"
 
 namespace test {
@@ -82,6 +84,91 @@ TYPED_TEST(LapackKernels, ReflectorsKeepNotANumberAndInfinity) {
         OnDevice<T> both(vectorOf<T>(2, 1)), deviceX(x);
         lumo::larfg(41, both.data(), deviceX.data(), 1, both.data() + 1);
         EXPECT_FALSE(std::isfinite(std::abs(wide(both.download()(0, 0)))));
+    }
+}
+
+// --- Products of the bidiagonal reduction ------------------------------------------------------
+
+// Small whole numbers, in both places: sums of their products are exact, in any order. The first
+// ones are zero, so many as `zeros` says.
+template <class T>
+Twins<T> wholeNumbers(int m, int n, unsigned seed, int zeros = 0) {
+    auto a = Matrix<T>::random(m, n, m + 2, seed);
+    for (T& x : a.data)
+        if (!(x == Matrix<T>::mark()))
+            x = scalar<T>(std::round(3 * wide(x).real()), std::round(3 * wide(x).imag()));
+    std::fill_n(a.data.begin(), zeros, T(0));
+    return a;
+}
+
+// Sizes around groups of columns, the lanes of a block, and the most parts.
+TYPED_TEST(LapackKernels, BothProductsInOnePass) {
+    using T = TypeParam;
+    for (auto [m, n, count] :
+         {std::array{1, 1, 0}, {31, 8, 1}, {257, 9, 65}, {600, 70, 6}, {20, 2100, 3}}) {
+        const int lead = m / 3 % 8;
+        SCOPED_TRACE(testing::Message() << m << " x " << n << ", " << count);
+        auto a = wholeNumbers<T>(m, n, 1), w = wholeNumbers<T>(n, count + 1, 2),
+             v = wholeNumbers<T>(m, 1, 3, lead), t = wholeNumbers<T>(count + 1, 2, 4),
+             r = wholeNumbers<T>(n, 1, 5), tau = wholeNumbers<T>(1, 1, 8);
+        const OnDevice<T> sums(poisoned<T>(m, lumo::mostParts<T>(n), m + 1));
+        const int parts = lumo::bothProducts(m, lead, n, count, a.gpu(), a.host.ld, w.gpu(),
+                                             w.host.ld, v.gpu(), t.gpu(), t.gpu() + t.host.ld,
+                                             tau.gpu(), r.gpu(), sums.data(), sums.ld());
+        auto product = filled(m, 1, T(0)), made = product;
+        for (int j = 0; j < n; ++j) {
+            T y = T(0), head = lumo::conjugate(a.host(lead, j));
+            for (int i = 0; i < m; ++i) y = y + lumo::conjugate(a.host(i, j)) * v.host(i, 0);
+            for (int k = 0; k < count; ++k) {
+                y = y + w.host(j, k) * t.host(k, 0);
+                head = head + w.host(j, k) * t.host(k, 1);
+            }
+            w.host(j, count) = tau.host(0, 0) * y;
+            r.host(j, 0) = head - w.host(j, count);
+            for (int i = 0; i < m; ++i) product(i, 0) = product(i, 0) + a.host(i, j) * r.host(j, 0);
+        }
+        for (auto* result : {&w, &r}) result->expectSame(0);
+        const auto part = sums.download();
+        for (int k = 0; k < parts; ++k)
+            for (int i = 0; i < m; ++i) made(i, 0) = made(i, 0) + part(i, k);
+        EXPECT_EQ(product, made);
+        EXPECT_TRUE(part.paddingUntouched());
+    }
+}
+
+// By the sums of A r over e; by A itself where e is too small or a sum has overflowed.
+TYPED_TEST(LapackKernels, NextColumns) {
+    using T = TypeParam;
+    const double tiny = std::numeric_limits<RealOf<T>>::min();
+    for (auto [m, n, count, parts, e, overflow] : {std::tuple{1, 1, 1, 1, 4.0, false},
+                                                   {300, 9, 5, 40, 4.0, false},
+                                                   {32, 70, 67, 3, tiny, false},
+                                                   {300, 9, 5, 3, tiny, false},
+                                                   {31, 9, 5, 3, 4.0, true}}) {
+        SCOPED_TRACE(testing::Message() << m << " x " << n << ", " << count << ", " << e);
+        auto a = wholeNumbers<T>(m, n, 1), p = wholeNumbers<T>(m, count + 1, 2),
+             w = wholeNumbers<T>(n, count + 1, 3), heads = wholeNumbers<T>(count, 1, 4),
+             tau = wholeNumbers<T>(1, 1, 8);
+        auto sums = wholeNumbers<T>(m, parts, 5).host;
+        if (overflow) sums(m - 1, 0) = scalar<T>(HUGE_VAL);
+        const OnDevice<T> onSums(sums);
+        const OnDevice<RealOf<T>> onE(filled(1, 1, RealOf<T>(e)));
+        lumo::nextColumn(m, n, count, a.gpu(), a.host.ld, w.gpu(), w.host.ld, p.gpu(), p.host.ld,
+                         heads.gpu(), onSums.data(), sums.ld, parts, onE.data(), tau.gpu(), true);
+        for (int i = 0; i < m; ++i) {
+            T column = T(0), sum = T(0), product = T(0);
+            for (int k = 0; k < parts; ++k) sum = sum + sums(i, k);
+            for (int k = 0; k < count; ++k) sum = sum - p.host(i, k) * heads.host(k, 0);
+            for (int j = n - 1; j >= 0; --j) {
+                column = a.host(i, j);
+                for (int k = 0; k < count; ++k)
+                    column = column - p.host(i, k) * lumo::conjugate(w.host(j, k));
+                product = product + column * (T(j == 0) - tau.host(0, 0) * w.host(j, count));
+            }
+            a.host(i, 0) = e == 4 && !overflow ? RealOf<T>(0.25) * sum : product;
+            p.host(i, count) = column - a.host(i, 0);
+        }
+        for (auto* result : {&a, &p}) result->expectSame(0);
     }
 }
 

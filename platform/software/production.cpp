@@ -15,7 +15,7 @@ bool isTheMachine() {
 
 // Measured. A panel is the caller's own work, while the other threads update what lies beyond the
 // next one.
-int panelWidth(platform::Panel kind, char /*type*/, int m, int n) {
+int panelWidth(platform::Panel kind, char type, int m, int n) {
     if (!isTheMachine()) return 0;
     const int order = std::min(m, n);
     switch (kind) {
@@ -24,7 +24,7 @@ int panelWidth(platform::Panel kind, char /*type*/, int m, int n) {
         case platform::Panel::qr:
             return 64;
         case platform::Panel::bidiagonal:
-            return 24;
+            return type == 'C' || type == 'Z' ? 24 : 16;
         case platform::Panel::reflectors:  // for few columns their triangular factors are the work
             return n < 16 ? 16 : 64;
     }

@@ -1,9 +1,12 @@
 #include "lapack/gebrd.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 
 #include "basic/Copy/Copy.h"
+#include "basic/LACPY/LACPY.h"
+#include "basic/Transpose/Transpose.h"
 #include "blas/gemm.h"
 #include "common/element_types.h"
 #include "common/exceptions.h"
@@ -12,6 +15,7 @@
 #include "cudalib/transfer.h"
 #include "cudalib/workspace_pool.h"
 #include "lapack/host_lapack.h"
+#include "lapack/bidiagonal_panel.h"
 #include "lapack/labrd.h"
 #include "lapack/tuning.h"
 
@@ -27,17 +31,59 @@ class BidiagonalReduction {
         : m_(m), n_(n), k_(std::min(m, n)), a_{a, lda}, d_(d), e_(e), tauq_(tauq), taup_(taup) {}
 
     void run() const {
-        const int wish =
-            platform::panelWidth(platform::Panel::bidiagonal, platform::letter<T>, m_, n_);
-        const int nb = wish ? wish : gebrdTuning<T>.current();
+        const int wish = platform::panelWidth(platform::Panel::bidiagonal, platform::letter<T>, m_, n_);
+        const int nb = std::min(wish ? wish : gebrdTuning<T>.current(), BidiagonalPanel<T>::most);
         // The last block, of 1 to nb columns, is the CPU's.
         const int split = (k_ - 1) / nb * nb;
-        if (split > 0) reduceOnDevice(nb, split);
+        if (split > 0 && gebrdReadsOnce<T>()) {
+            if (m_ < n_) return runOnAdjoint(nb, split);
+            if (!isAligned()) return runOnCopy(nb, split);
+            return reduceReadingOnce(nb, split);
+        }
+        if (split > 0) reduceReadingTwice(nb, split);
         reduceOnCpu(split);
     }
 
   private:
-    void reduceOnDevice(int nb, int split) const {
+    // A matrix is read by columns, so a wide one is made a tall one: A^H = P B^H Q^H.
+    void runOnAdjoint(int nb, int split) const {
+        const int ld = alignedLd(n_);
+        const cudalib::Workspace<T> adjoint(std::size_t(ld) * std::size_t(m_));
+        transpose(adjoint.data(), ld, a_.data, a_.ld, m_, n_, isComplex<T>);
+        BidiagonalReduction(n_, m_, adjoint.data(), ld, d_, e_, taup_, tauq_)
+            .reduceReadingOnce(nb, split);
+        transpose(a_.data, a_.ld, adjoint.data(), ld, n_, m_, isComplex<T>);
+    }
+
+    // A vector of a CPU that lies across two lines of the cache is read twice, by every product.
+    bool isAligned() const {
+        const auto pitch = std::size_t(a_.ld) * sizeof(T);
+        return (reinterpret_cast<std::uintptr_t>(a_.data) | pitch) % alignment == 0;
+    }
+    void runOnCopy(int nb, int split) const {
+        const int ld = alignedLd(m_);
+        const cudalib::Workspace<T> copy(std::size_t(ld) * std::size_t(n_));
+        LACPY('F', m_, n_, a_.data, a_.ld, copy.data(), ld);
+        BidiagonalReduction(m_, n_, copy.data(), ld, d_, e_, tauq_, taup_)
+            .reduceReadingOnce(nb, split);
+        LACPY('F', m_, n_, copy.data(), ld, a_.data, a_.ld);
+    }
+    static constexpr std::size_t alignment = 32;
+    // Not a multiple of 1 kB either, for columns so far apart compete for places in the cache.
+    static int alignedLd(int rows) {
+        constexpr int elements = int(alignment / sizeof(T)) * 2, spread = 1024 / int(sizeof(T));
+        const int ld = (rows + elements - 1) / elements * elements;
+        return ld % spread == 0 ? ld + elements : ld;
+    }
+
+    void reduceReadingOnce(int nb, int split) const {
+        const BidiagonalPanel<T> panel(m_, n_, nb);
+        for (int i = 0; i < split; i += nb)
+            panel.reduce(m_ - i, n_ - i, a_.at(i, i), a_.ld, d_ + i, e_ + i, tauq_ + i, taup_ + i);
+        reduceOnCpu(split);
+    }
+
+    void reduceReadingTwice(int nb, int split) const {
         const cudalib::Workspace<T> x(std::size_t(m_) * nb), y(std::size_t(n_) * nb), row(n_);
         for (int i = 0; i < split; i += nb) {
             Labrd<T>{m_ - i,    n_ - i,    nb,       a_.at(i, i), a_.ld,    d_ + i, e_ + i,

@@ -11,7 +11,9 @@ namespace lumo {
 // memory. Argument errors: -1: m < 0; -2: n < 0; -4: lda < max(1, m).
 //
 // The device reduces panels and updates what lies right of and below them; the CPU LAPACK reduces
-// the last block, which alone travels. Device memory: nb (m + n) + n elements.
+// the last block, which alone travels. Device memory: nb (m + n) + n elements; where the matrix is
+// read once a column (tuning.h), twice as much, up to 256 m for partial sums, and m n for a copy of
+// a matrix that is wide or whose columns are not aligned.
 template <class T>
 void gebrd(int m, int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tauq, T* taup);
 

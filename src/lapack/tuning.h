@@ -4,6 +4,7 @@
 
 #include "common/complex.h"
 #include "common/state.h"
+#include "platform/cuda3.h"
 
 namespace lumo {
 
@@ -40,7 +41,14 @@ inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 
 // Columns of a panel of gebrd; the last one is the CPU's.
 template <class T>
-inline BlockSize gebrdTuning{32, 96};
+inline BlockSize gebrdTuning{32, 96, 32};
+
+// Whether a panel of gebrd reads the matrix once a column (BidiagonalPanel) or twice (Labrd). On a
+// CPU, complex products are worth a second reading: they are slower in a kernel than in its BLAS.
+template <class T>
+bool gebrdReadsOnce() {
+    return platform::sharesMemory() ? !isComplex<T> : deviceIsModern();
+}
 
 struct BdsqrTuning {
     int stepsPerSquare;  // the iteration gives up after this many times n^2 rotations

@@ -191,7 +191,9 @@ TYPED_TEST_SUITE(HardMatrices, ElementTypes);
 
 TYPED_TEST(HardMatrices, ComeOutRight) {
     using T = TypeParam;
-    for (auto [m, n] : {std::pair{14, 14}, {30, 11}, {11, 30}}) {
+    for (auto [m, n, capability] :
+         {std::tuple{14, 14, 20}, {30, 11, 20}, {11, 30, 20}, {14, 14, 90}, {12, 14, 90}}) {
+        if (onSoftwareDevice()) this->start(machine(capability));
         auto diagonal = filled(m, n, T(0));
         this->check("zero", diagonal);
         for (int i = 0; i < std::min(m, n); ++i) diagonal(i, i) = scalar<T>(i % 3 ? -i : i);

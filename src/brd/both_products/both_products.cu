@@ -1,0 +1,186 @@
+#include "brd/both_products/shape.h"
+#include "cudalib/kernel.h"
+#include "cudalib/lane_values.h"
+
+// So many lanes share a dot product: all on a GPU, a vector's on a CPU.
+#ifdef __CUDACC__
+constexpr int dotLanes = lumo::bothProductsLanes, unrolledDots = 2;
+#else
+constexpr int dotLanes = 8, unrolledDots = 4;
+#endif
+
+// Columns of A that are multiplied by together.
+template <class T>
+struct Columns {
+    using Team = cudalib::Team<lumo::bothProductsLanes, 1>;
+    static constexpr int count = lumo::columnsTogether<T>, width = dotLanes;
+
+    // A value for each column.
+    struct Values {
+        T of[count];
+    };
+
+    const T* at[count];
+
+    // The columns' dot products, n elements of each, with x; for all of the block.
+    LUMO_DEVICE Values dotProducts(Team team, int n, const T* x) const {
+        cudalib::LaneValues<Team, T> sums[count];
+        team.lanes(width, [&](int lane) {
+            for (int k = 0; k < count; ++k) sums[k].at(0, lane) = T(0);
+        });
+        long i = 0;
+        for (; i + width * unrolledDots <= n; i += width * unrolledDots)
+            team.lanes(width, [&](int lane) { add<unrolledDots>(i, lane, x, sums); });
+        for (; i < n; i += width)
+            team.lanes(n - i < width ? n - i : width, [&](int lane) { add<1>(i, lane, x, sums); });
+
+        LUMO_SHARED T partial[count][width + 1];
+        team.lanes(width, [&](int lane) {
+            for (int k = 0; k < count; ++k) partial[k][lane] = sums[k].at(0, lane);
+        });
+        team.barrier();
+        for (int half = width / 2; half > 0; half /= 2) {
+            team.lanes(half, [&](int lane) {
+                for (int k = 0; k < count; ++k)
+                    partial[k][lane] = partial[k][lane] + partial[k][lane + half];
+            });
+            team.barrier();
+        }
+        Values values;
+        for (int k = 0; k < count; ++k) values.of[k] = partial[k][0];
+        team.barrier();  // the next sums' lanes write there again
+        return values;
+    }
+
+    // result := the columns, n elements of each, times x; or this is added to it.
+    LUMO_DEVICE void multiply(Team team, int n, const Values& x, bool added, T* result) const {
+        for (long i = 0; i < n; i += Team::X) {
+            if (added)
+                team.lanes(n - i, [&](int lane) {
+                    result[i + lane] = result[i + lane] + product(i + lane, x);
+                });
+            else
+                team.lanes(n - i, [&](int lane) { result[i + lane] = product(i + lane, x); });
+        }
+    }
+
+  private:
+    // Adds so many steps' products to a lane's sums.
+    template <int steps>
+    LUMO_DEVICE void add(long i, int lane, const T* x,
+                         cudalib::LaneValues<Team, T> (&sums)[count]) const {
+        T sum[count];
+        for (int k = 0; k < count; ++k) sum[k] = lumo::conjugate(at[k][i + lane]) * x[i + lane];
+        for (int step = 1; step < steps; ++step) {
+            const long here = i + step * width + lane;
+            for (int k = 0; k < count; ++k)
+                sum[k] = sum[k] + lumo::conjugate(at[k][here]) * x[here];
+        }
+        for (int k = 0; k < count; ++k) sums[k].at(0, lane) = sums[k].at(0, lane) + sum[k];
+    }
+
+    LUMO_DEVICE T product(long i, const Values& x) const {
+        T sum = at[0][i] * x.of[0];
+        for (int k = 1; k < count; ++k) sum = sum + at[k][i] * x.of[k];
+        return sum;
+    }
+};
+
+// y := W t and r := W c for rows of W. The lanes are dealt `span` rows at a time and, if there are
+// more of them, slices of the columns.
+template <class T>
+struct RowProducts {
+    using Team = typename Columns<T>::Team;
+    static constexpr int span = dotLanes < Team::X ? Team::X : Columns<T>::count;
+    static constexpr int slices = Team::X / span, together = 4;
+
+    const T* w;  // at the first of the rows
+    int ldw, rows, count;
+    const T *t, *c;
+
+    LUMO_DEVICE void make(Team team, T* y, T* r) const {
+        LUMO_SHARED T byT[Team::X], byC[Team::X];
+        const int lanes = slices == 1 ? rows : Team::X;
+        team.lanes(lanes, [&](int lane) { byT[lane] = byC[lane] = T(0); });
+        int k = 0;
+        for (; k + slices * together <= count; k += slices * together)
+            team.lanes(lanes, [&](int lane) {
+                add<together>(lane % span, k + lane / span * together, byT[lane], byC[lane]);
+            });
+        for (; k < count; k += slices)
+            team.lanes(lanes, [&](int lane) {
+                if (slices == 1 || k + lane / span < count)
+                    add<1>(lane % span, k + lane / span, byT[lane], byC[lane]);
+            });
+        team.barrier();
+        for (int half = Team::X / 2; half >= span; half /= 2) {
+            team.lanes(half, [&](int lane) {
+                byT[lane] = byT[lane] + byT[lane + half];
+                byC[lane] = byC[lane] + byC[lane + half];
+            });
+            team.barrier();
+        }
+        team.lanes(rows, [&](int lane) {
+            y[lane] = byT[lane];
+            r[lane] = byC[lane];
+        });
+        team.barrier();
+    }
+
+    template <int columns>
+    LUMO_DEVICE void add(int row, int k, T& byT, T& byC) const {
+        if (slices > 1 && row >= rows) return;
+        T first = byT, second = byC;
+        for (int i = 0; i < columns; ++i) {
+            const T element = w[std::size_t(k + i) * std::size_t(ldw) + row];
+            first = first + element * t[k + i];
+            second = second + element * c[k + i];
+        }
+        byT = first;
+        byC = second;
+    }
+};
+
+template <class T>
+LUMO_KERNEL void BothProducts_k(int rows, int lead, int columns, int count, int perPart, const T* a,
+                                int lda, T* w, int ldw, const T* v, const T* t, const T* c,
+                                const T* tau, T* r, T* parts, int ldparts) {
+    using Group = Columns<T>;
+    cudalib::kernel<256>([&](typename Group::Team team) LUMO_INLINED {
+        const long begin = team.x() * perPart;
+        const long end = columns - begin < perPart ? columns : begin + perPart;
+        T *const part = parts + team.x() * ldparts, *const y = w + count * long(ldw);
+        const T factor = *tau;
+        constexpr int span = RowProducts<T>::span;
+        for (long j = begin; j < end; j += span) {
+            const int here = end - j < span ? int(end - j) : span;
+            RowProducts<T>{w + j, ldw, here, count, t, c}.make(team, y + j, r + j);
+        }
+
+        for (long j = begin; j < end; j += Group::count) {
+            // The last group may have columns to spare: they are the last one once more, times 0.
+            const int here = end - j < Group::count ? int(end - j) : Group::count;
+            Group group;
+            for (int k = 0; k < Group::count; ++k)
+                group.at[k] = a + (j + (k < here ? k : here - 1)) * lda;
+            typename Group::Values left = group.dotProducts(team, rows, v), row;
+            for (int k = 0; k < Group::count; ++k) {
+                const long column = j + (k < here ? k : here - 1);
+                left.of[k] = factor * (left.of[k] + y[column]);
+                row.of[k] =
+                    k < here ? lumo::conjugate(group.at[k][lead]) + r[column] - left.of[k] : T(0);
+            }
+            team.barrier();  // the lanes have read y and r
+            team.lanes(1, [&](int) {
+                for (int k = 0; k < Group::count; ++k)
+                    if (k < here) {
+                        y[j + k] = left.of[k];
+                        r[j + k] = row.of[k];
+                    }
+            });
+            group.multiply(team, rows, row, j > begin, part);
+        }
+    });
+}
+
+LUMO_REGISTER(lumo::ElementTypes, &BothProducts_k<T>)
