@@ -6,9 +6,8 @@
 namespace lumo {
 
 // Of a column: a, `rows` elements, becomes (beta, v), as xGEBRD leaves it; vector (1, v), with
-// `lead` zeros before it; beta d.
-// pulled, `count` elements, becomes the vector's row of P, negated and conjugated; p points to its
-// first element.
+// `lead` zeros before it; beta d. pulled, `count` elements, becomes the vector's row of P, which
+// begins at p, negated and conjugated.
 template <class T>
 void columnReflector(int rows, int lead, T* a, T* vector, RealOf<T>* d, T* tau, int count,
                      const T* p, int ldp, T* pulled);
