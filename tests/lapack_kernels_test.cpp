@@ -10,9 +10,9 @@
 #include "basic/lartv/lartv.h"
 #include "basic/lasr/lasr.h"
 #include "blas/cublas.h"
-#include "platform/cpu/lapack.h"
 #include "brd/both_products/both_products.h"
 #include "brd/next_column/next_column.h"
+#include "platform/cpu/lapack.h"
 #include "support/kernels.h"
 
 namespace test {

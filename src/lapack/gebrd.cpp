@@ -14,8 +14,8 @@
 #include "cudalib/exceptions.h"
 #include "cudalib/transfer.h"
 #include "cudalib/workspace_pool.h"
-#include "lapack/host_lapack.h"
 #include "lapack/bidiagonal_panel.h"
+#include "lapack/host_lapack.h"
 #include "lapack/labrd.h"
 #include "lapack/tuning.h"
 
@@ -31,7 +31,8 @@ class BidiagonalReduction {
         : m_(m), n_(n), k_(std::min(m, n)), a_{a, lda}, d_(d), e_(e), tauq_(tauq), taup_(taup) {}
 
     void run() const {
-        const int wish = platform::panelWidth(platform::Panel::bidiagonal, platform::letter<T>, m_, n_);
+        const int wish =
+            platform::panelWidth(platform::Panel::bidiagonal, platform::letter<T>, m_, n_);
         const int nb = std::min(wish ? wish : gebrdTuning<T>.current(), BidiagonalPanel<T>::most);
         // The last block, of 1 to nb columns, is the CPU's.
         const int split = (k_ - 1) / nb * nb;

@@ -116,8 +116,8 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
                        {17, 17}, {30, 16}, {16, 30}, {33, 25}, {25, 33}, {90, 17}, {17, 90}};
     const Shapes large{{96, 96}, {192, 192}, {193, 193}, {230, 150}, {150, 230}, {700, 97}};
     registerRoutine({letter + "gebrd",
-                     gebrdCases<T>(8, small) + gebrdCases<T>(1, {{5, 5}}) + gebrdCases<T>(0, large) +
-                         extremeCases<T>(),
+                     gebrdCases<T>(8, small) + gebrdCases<T>(1, {{5, 5}}) +
+                         gebrdCases<T>(0, large) + extremeCases<T>(),
                      failing<T>, gebrdCases<T>(1, {{3, 2}, {2, 3}}), isDouble<T>,
                      [] { return blocksOf<T>(8); }});
 });
