@@ -91,6 +91,17 @@ TEST_F(Costs, QrWaitsForNoCopyInItsLoop) {
     EXPECT_LE(waits(640), 4);
 }
 
+TEST_F(Costs, SingularValuesColumnByColumn) {
+    auto calls = [&](int n) {
+        return of(work, [&] {
+            auto a = random(n, n), s = random(n, 1);
+            EXPECT_EQ(lumoNoError,
+                      lumoSgesvd('N', 'N', n, n, a.data(), n, s.data(), nullptr, 1, nullptr, 1));
+        });
+    };
+    EXPECT_LE(calls(320) - calls(256), 9 * 64);
+}
+
 TEST_F(Costs, ASecondCallAllocatesNothing) {
     const int n = 300;
     auto second = [&](auto call) {
