@@ -33,6 +33,10 @@ class OnDevice {
 // Another device was chosen.
 void forgetContext();
 
+// A stream that waits for no other, for copies.
+cudaError_t takeCopyStream(cudaStream_t& stream);
+void giveCopyStream(cudaStream_t stream);
+
 // Destroys the streams and events that are kept for reuse.
 void releaseKeptStreams();
 

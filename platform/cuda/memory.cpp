@@ -1,6 +1,7 @@
 #include "platform/cuda/device.h"
 #include "platform/cuda/errors.h"
 #include "platform/cuda/kept_blocks.h"
+#include "platform/cuda/staged_copy.h"
 
 namespace gpu {
 namespace {
@@ -94,6 +95,8 @@ int releaseKept() {
 int memcpy(void* to, const void* from, std::size_t bytes, int /*kind*/) {
     bindContext();
     OnDevice here;
+    cudaError_t error;
+    if (copyStaged({to, bytes, from, bytes, bytes, 1}, error)) return reported(error);
     return reported(cudaMemcpy(to, from, bytes, anywhere));
 }
 
@@ -108,6 +111,8 @@ int memcpy2D(void* to, std::size_t toPitch, const void* from, std::size_t fromPi
              std::size_t width, std::size_t height, int /*kind*/) {
     bindContext();
     OnDevice here;
+    cudaError_t error;
+    if (copyStaged({to, toPitch, from, fromPitch, width, height}, error)) return reported(error);
     return reported(cudaMemcpy2D(to, toPitch, from, fromPitch, width, height, anywhere));
 }
 

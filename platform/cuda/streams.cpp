@@ -30,8 +30,12 @@ struct Kept {
     }
 };
 
-// Never destroyed: calls come at exit, too.
+// None is ever destroyed: calls come at exit, too.
 auto& streams() {
+    static auto* instance = new Kept<cudaStream_t>;
+    return *instance;
+}
+auto& copyStreams() {
     static auto* instance = new Kept<cudaStream_t>;
     return *instance;
 }
@@ -48,10 +52,19 @@ cudaStream_t native(platform::Stream stream) {
 
 void releaseKeptStreams() {
     cudaStream_t stream;
-    while (streams().take(stream)) cudaStreamDestroy(stream);
+    while (streams().take(stream) || copyStreams().take(stream)) cudaStreamDestroy(stream);
     cudaEvent_t event;
     while (events().take(event)) cudaEventDestroy(event);
     cudaGetLastError();
+}
+
+cudaError_t takeCopyStream(cudaStream_t& stream) {
+    return copyStreams().take(stream) ? cudaSuccess
+                                      : cudaStreamCreateWithFlags(&stream, cudaStreamNonBlocking);
+}
+
+void giveCopyStream(cudaStream_t stream) {
+    if (!copyStreams().give(stream)) cudaStreamDestroy(stream);
 }
 
 int streamCreate(platform::Stream* stream) {

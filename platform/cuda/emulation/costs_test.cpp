@@ -3,7 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <array>
 #include <random>
 #include <vector>
 
@@ -100,6 +100,24 @@ TEST_F(Costs, SingularValuesColumnByColumn) {
         });
     };
     EXPECT_LE(calls(320) - calls(256), 9 * 64);
+}
+
+// There and back again, packed and not, with the padding untouched.
+TEST_F(Costs, LargeCopiesPassThroughPageLockedMemory) {
+    for (auto [rows, columns, ld] : {std::array{2501, 1001, 2501}, {2400, 1000, 2403}}) {
+        const auto source = random(ld, columns);
+        auto result = std::vector<float>(source.size(), 7);
+        const Device device(std::vector<float>(std::size_t(rows) * std::size_t(columns)));
+        EXPECT_EQ(
+            0, of({"copy pageable"}, [&, rows = rows, columns = columns, ld = ld] {
+                EXPECT_EQ(lumoNoError, lumoDeviceSetMatrix(rows, columns, sizeof(float),
+                                                           source.data(), ld, device.get(), rows));
+                EXPECT_EQ(lumoNoError, lumoDeviceGetMatrix(rows, columns, sizeof(float),
+                                                           device.get(), rows, result.data(), ld));
+            }));
+        for (std::size_t i = 0; i < result.size(); ++i)
+            ASSERT_EQ(int(i) % ld < rows ? source[i] : 7, result[i]) << i;
+    }
 }
 
 TEST_F(Costs, ASecondCallAllocatesNothing) {
