@@ -36,14 +36,14 @@ class Event {
 class OwnStream {
   public:
     OwnStream() : OwnStream(Created()) {
-        Event().order(nullptr, stream_);
+        Event().order(outer_, stream_);
         currentStream = stream_;
         checkCublasError(cublasSetKernelStream(stream_));
     }
     // Waits: what it has been given uses memory that may go next.
     ~OwnStream() {
-        currentStream = nullptr;
-        cublasSetKernelStream(nullptr);
+        currentStream = outer_;
+        cublasSetKernelStream(outer_);
         cudaStreamSynchronize(stream_);
         cudaStreamDestroy(stream_);
     }
@@ -56,6 +56,7 @@ class OwnStream {
     struct Created {};
     explicit OwnStream(Created) { checkCudaError(cudaStreamCreate(&stream_)); }
 
+    const cudaStream_t outer_ = currentStream;
     cudaStream_t stream_ = nullptr;
 };
 
