@@ -2,6 +2,7 @@
 # too: they look inside the library, and play on its software device.
 
 set(LUMO_KERNEL_UNITS
+    src/basic/ApplySweeps/ApplySweeps
     src/basic/Complement/Complement
     src/basic/Conjugate/Conjugate
     src/basic/Copy/Copy

@@ -2,6 +2,7 @@
 #include <numeric>
 #include <utility>
 
+#include "basic/ApplySweeps/ApplySweeps.h"
 #include "basic/LASWP/LASWP.h"
 #include "basic/PermuteRows/PermuteRows.h"
 #include "basic/lar2v/lar2v.h"
@@ -12,6 +13,7 @@
 #include "blas/cublas.h"
 #include "brd/both_products/both_products.h"
 #include "brd/next_column/next_column.h"
+#include "platform/cpu/blas.h"
 #include "platform/cpu/lapack.h"
 #include "support/kernels.h"
 
@@ -206,6 +208,22 @@ TYPED_TEST(LapackKernels, RotationsOfMatrices) {
         }
 }
 
+// A table of identities, as numbers for the device.
+template <class Real>
+Matrix<Real> sweepTable(int n, int stages) {
+    Matrix<Real> numbers(2 * 35, lumo::sweepTableRows(n, stages));
+    for (std::size_t k = 0; k < numbers.data.size(); ++k) numbers.data[k] = Real(k % 2 == 0);
+    return numbers;
+}
+template <class T>
+void applyTable(const Matrix<RealOf<T>>& table, T* a, std::ptrdiff_t ld, Shape s, int stages,
+                bool forward) {
+    const OnDevice<RealOf<T>> numbers(table);
+    const auto* rotations = reinterpret_cast<const lumo::Rotation<RealOf<T>>*>(numbers.data());
+    if (!forward) a += (s.n - 1) * ld;
+    lumo::applySweeps(s.m, s.n, stages, rotations, table.m / 2, a, forward ? ld : -ld);
+}
+
 // The identity is not multiplied by, within a group of rotations and beyond.
 TYPED_TEST(LapackKernels, TheIdentityKeepsInfinities) {
     using T = TypeParam;
@@ -215,8 +233,29 @@ TYPED_TEST(LapackKernels, TheIdentityKeepsInfinities) {
     for (char direct : {'f', 'b'}) {
         const OnDevice x(a);
         lumo::LASR('r', 'v', direct, 5, 20, ones.data(), zeros.data(), x.data(), x.ld());
+        applyTable(sweepTable<RealOf<T>>(20, 2), x.data(), x.ld(), {5, 20}, 2, direct == 'f');
         expectElements(x, x);
     }
+}
+
+// Sweeps of different planes, not all turned; sizes around blocks and a group of elements.
+TYPED_TEST(LapackKernels, SweepsOfRotations) {
+    using T = TypeParam;
+    for (auto [m, n, stages] :
+         {std::array{1, 2, 1}, {15, 7, 8}, {16, 8, 2}, {17, 9, 8}, {64, 41, 3}, {300, 33, 8}})
+        for (bool forward : {true, false}) {
+            Twins<T> a(Matrix<T>::random(m, n, m + 3));
+            auto table = sweepTable<RealOf<T>>(n, stages);
+            for (int j = 0; j < stages * lumo::sweepsOfStage; ++j)
+                for (int p = j % 3; p < n - 1 - j % 5; p += 1 + (p % 11 == 5)) {
+                    auto& c = table(2 * j, p + 1 + j) = RealOf<T>(std::cos(3 * j + p));
+                    auto& s = table(2 * j + 1, p + 1 + j) = RealOf<T>(std::sin(3 * j + p));
+                    Plain<T>* const x = a.cpu() + (forward ? p : n - 1 - p) * a.host.ld;
+                    cpu::rot<Plain<T>>(m, x, 1, x + (forward ? 1 : -1) * a.host.ld, 1, c, s);
+                }
+            applyTable(table, a.gpu(), a.host.ld, {m, n}, stages, forward);
+            a.expectSame(20);
+        }
 }
 
 // --- Rotations of vectors ----------------------------------------------------------------------
