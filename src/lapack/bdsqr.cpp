@@ -51,7 +51,7 @@ class OnHost {
 template <class T>
 void makeUpper(int n, RealOf<T>* d, RealOf<T>* e, SingularVectors<T>& vectors) {
     if (n < 2) return;
-    const Sweep<RealOf<T>> sweep = vectors.stageLeft(n - 1);
+    const Sweep<RealOf<T>> sweep = vectors.stageLeft(n - 1, 0, 'F');
     for (int i = 0; i < n - 1; ++i) {
         const auto [c, s, r] = lartg(d[i], e[i]);
         d[i] = r;

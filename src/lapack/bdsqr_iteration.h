@@ -9,16 +9,19 @@
 
 namespace lumo {
 
-// Cosines and sines of a sweep, by plane; null if nobody wants them.
+// Where the cosines and sines of a sweep go: those of its first plane, and so on by `step`; the
+// sines times `sign`. Null if nobody wants them.
 template <class Real>
 struct SweepSide {
     Real* c = nullptr;
     Real* s = nullptr;
+    std::ptrdiff_t step = 1;
+    Real sign = 1;
 
     void set(int plane, Real cosine, Real sine) const {
         if (!c) return;
-        c[plane] = cosine;
-        s[plane] = sine;
+        c[plane * step] = cosine;
+        s[plane * step] = sign * sine;
     }
 };
 
@@ -30,8 +33,9 @@ struct Sweep {
 
 // Works on d (n) and e (n - 1) of an upper bidiagonal matrix, and tells `vectors` what to do with
 // the singular vectors:
-//     Sweep stage(count)                 where the next sweep's rotations go
-//     apply(sweep, count, first, direct) the sweep, on the planes from (first, first + 1) on
+//     Sweep stage(count, first, direct)  where the rotations of the next sweep go, which is on the
+//                                        planes from (first, first + 1) on
+//     apply(sweep, count, first, direct) that sweep, now or with others
 //     rotate(first, cr, sr, cl, sl)      a single rotation
 //     negate(i), swap(i, j)              of right vectors, of all vectors
 template <class Real, class Vectors>
@@ -141,13 +145,14 @@ class BidiagonalIteration {
         steps_ += b.length;
 
         const Real shift = chooseShift(b, smallest);
-        const Sweep<Real> sweep = vectors_.stage(b.length);
+        const char direct = down_ ? 'F' : 'B';
+        const Sweep<Real> sweep = vectors_.stage(b.length, first_, direct);
         const Recorder record{sweep, b.length, down_};
         if (shift == 0)
             zeroShiftSweep(b, record);
         else
             shiftedSweep(b, shift, record);
-        vectors_.apply(sweep, b.length, first_, down_ ? 'F' : 'B');
+        vectors_.apply(sweep, b.length, first_, direct);
         if (std::abs(b.e(b.length - 1)) <= threshold_) b.e(b.length - 1) = 0;
     }
 

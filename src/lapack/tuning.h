@@ -2,6 +2,8 @@
 // reach blocked paths with small matrices.
 #pragma once
 
+#include <cstddef>
+
 #include "common/complex.h"
 #include "common/state.h"
 #include "platform/cuda3.h"
@@ -56,6 +58,10 @@ struct BdsqrTuning {
 
 template <class T>
 inline BdsqrTuning bdsqrTuning{6};
+
+// The bytes of a matrix of vectors from which on a CPU gathers sweeps: more than its caches keep
+// from one sweep to the next. Measured.
+inline std::size_t gatheredOnCpu = std::size_t(12) << 20;
 
 // Orders up to which a problem is small (routine/description.h), measured.
 constexpr int smallLu = 256, smallSvd = 48;

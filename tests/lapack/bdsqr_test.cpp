@@ -142,13 +142,20 @@ class Bdsqr : public OnMachine {
         expectProduct(r.vt, p * WideMatrix(vt), vt);
         expectProduct(r.u, WideMatrix(u) * wideU, u);
         expectProduct(r.c, op('C', wideU) * WideMatrix(c), c);
-        EXPECT_EQ(q.d, run(b, Matrix<T>::random(n, 1, n + 1)).d);
+        const auto narrow = Matrix<T>::random(n, 1, n + 1);
+        const auto s = run(b, narrow, u);  // without C, sweeps may be gathered
+        EXPECT_EQ(q.d, s.d);
+        expectProduct(s.vt, p * WideMatrix(narrow), narrow);
     }
-    void checkUnderBothSchedules(const Bidiagonal& b) {
-        for (Schedule schedule : {Schedule::earliest, Schedule::latest}) {
-            if (onSoftwareDevice()) start(machine(), schedule);
-            check(b);
-        }
+    void checkOnAllMachines(const Bidiagonal& b) {
+        for (int capability : {20, 90})
+            for (Schedule schedule : {Schedule::earliest, Schedule::latest}) {
+                if (onSoftwareDevice()) start(machine(capability), schedule);
+                check(b);
+            }
+        const auto always = temporarily(lumo::gatheredOnCpu, std::size_t(0));
+        if (onSoftwareDevice()) start(software::defaultMachine(), Schedule::production);
+        check(b);
     }
     static Bidiagonal random(char uplo, int n, unsigned seed = 1) {
         return bidiagonal<Real>(uplo, n, uniform(seed), uniform(seed + 1));
@@ -159,7 +166,7 @@ TYPED_TEST_SUITE(Bdsqr, ElementTypes);
 // Long enough for the ring of rotations to start anew several times.
 TYPED_TEST(Bdsqr, RandomMatrices) {
     for (char uplo : {'U', 'l'})
-        for (int n : {1, 2, 3, 4, 9, 70}) this->checkUnderBothSchedules(this->random(uplo, n));
+        for (int n : {1, 2, 3, 4, 9, 70}) this->checkOnAllMachines(this->random(uplo, n));
 }
 
 TYPED_TEST(Bdsqr, MatricesWithStructure) {
@@ -186,7 +193,7 @@ TYPED_TEST(Bdsqr, MatricesWithStructure) {
     for (const auto& c : cases)
         for (char uplo : {'U', 'L'}) {
             SCOPED_TRACE(c.name);
-            this->check(bidiagonal<Real>(uplo, 20, c.d, c.e));
+            this->checkOnAllMachines(bidiagonal<Real>(uplo, 20, c.d, c.e));
         }
     for (double off : {1e20, 1e-20}) this->check({'U', {1, -2}, {Real(off)}});
 }
@@ -212,7 +219,8 @@ TYPED_TEST(Bdsqr, RelativeAccuracy) {
 TYPED_TEST(Bdsqr, NoConvergenceLeavesPartialResults) {
     using T = TypeParam;
     const auto few = temporarily(lumo::bdsqrTuning<T>, {0});
-    for (char uplo : {'U', 'L'}) {
+    for (auto [uplo, capability] : {std::pair{'U', 20}, {'L', 20}, {'L', 90}}) {
+        if (onSoftwareDevice()) this->start(machine(capability));
         const auto b = this->random(uplo, 12);
         const auto r = this->run(b, this->identity(12, 13), this->identity(12, 12));
         EXPECT_EQ(std::count_if(r.e.begin(), r.e.end(), [](double e) { return e != 0; }), r.info);
@@ -310,6 +318,19 @@ TEST_F(BdsqrCalls, OneLaunchAMatrixAndOneTransferASweep) {
         for (int size : sizes) EXPECT_EQ(0, size % unit);
         EXPECT_EQ((n - 1) * unit, *sizes.rbegin());
         EXPECT_EQ(2 * unit, *sizes.begin());  // a smaller block takes no sweep
+    }
+}
+
+// From capability 7.0 on: of the sweeps on U and VT, a transfer and a launch a matrix for many.
+TEST_F(BdsqrCalls, SweepsAreGathered) {
+    const int sweeps = count(traceOf(true, true, false), "cudaMemcpyAsync");
+    start(machine(90));
+    for (int wanted : {1, 2, 3}) {
+        const auto trace = traceOf(wanted & 1, wanted & 2, false);
+        const int groups = count(trace, "cudaMemcpyAsync");
+        EXPECT_TRUE(groups > sweeps / 32 && groups < sweeps / 8) << groups << " of " << sweeps;
+        EXPECT_EQ(wanted == 3 ? 2 * groups : groups, count(trace, "ApplySweeps_k<float>"));
+        EXPECT_EQ(0, count(trace, "LASR_k<") + count(trace, "cublasSrot"));
     }
 }
 
