@@ -163,7 +163,7 @@ TEST_F(InitializeTest, TheLastThreadEndsIt) {
     std::thread other([&] {
         EXPECT_EQ(lumoNoError, lumoInitialize());
         EXPECT_EQ(lumoNoError, lumoInitialize()) << "twice counts once";
-        cudalib::Workspace<char>{1000};
+        { const cudalib::Workspace<char> leavesABuffer(1000); }
         ready.set_value();
         leave.get_future().wait();
         lumoShutdown();

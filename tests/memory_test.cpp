@@ -77,7 +77,7 @@ TEST_F(MemoryTest, HandlesShareAndTheLastOneFrees) {
     Memory outer;
     {
         Memory first({4, 5});
-        Memory second = first;
+        Memory second = first;  // NOLINT(performance-unnecessary-copy-initialization)
         EXPECT_EQ(first.data(), second.data());
         EXPECT_EQ(2, first.useCount());
         outer = second;

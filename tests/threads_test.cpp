@@ -15,8 +15,8 @@ using test::Matrix;
 // work(0) ... work(3), each on a thread of its own.
 template <class Work>
 void onFour(Work work) {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) threads.emplace_back([=] { work(t); });
+    std::thread threads[4];
+    for (int t = 0; t < 4; ++t) threads[t] = std::thread([=] { work(t); });
     for (auto& thread : threads) thread.join();
 }
 

@@ -83,8 +83,8 @@ class Bdsqr : public OnMachine {
         }
         const auto d = dd.download().data, e = de.download().data;
         EXPECT_EQ(Matrix<Real>::mark(), e.back());
-        const Result<T> r{info,           {d.begin(), d.end()}, {e.begin(), e.end() - 1},
-                          dvt.download(), du.download(),        dc.download()};
+        Result<T> r{info,           {d.begin(), d.end()}, {e.begin(), e.end() - 1},
+                    dvt.download(), du.download(),        dc.download()};
         EXPECT_TRUE(r.vt.paddingUntouched() && r.u.paddingUntouched() && r.c.paddingUntouched());
         return r;
     }
