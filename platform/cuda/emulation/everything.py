@@ -84,7 +84,8 @@ def schedules() -> bool:
 # Faults in translated kernels: what the PTX is changed from and to, the first time or everywhere.
 KERNEL_FAULTS = [
     ("a barrier is missing, Transpose", "Transpose", r"\tbar\.sync \t0;", "", 0),
-    ("a barrier is missing, gemvt", "gemvt", r"\tbar\.sync \t0;", "", 1),
+    ("a barrier is missing, gemv", "gemv", r"\tbar\.sync \t0;", "", 1),
+    ("a barrier is missing, PermuteRows", "PermuteRows", r"\tbar\.sync \t0;", "", 0),
     ("a barrier is missing, larfg", "larfg", r"\tbar\.sync \t0;", "", 0),
     ("one element too many, Copy", "Copy", r"setp\.ge\.u64", "setp.gt.u64", 0),
     ("one row too many, LASET", "LASET", r"setp\.ge\.s32", "setp.gt.s32", 0),
