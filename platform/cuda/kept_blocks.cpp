@@ -1,5 +1,6 @@
 #include "platform/cuda/kept_blocks.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace gpu {
@@ -36,6 +37,12 @@ bool KeptBlocks::give(void* pointer, std::size_t most) {
     keptBytes_ += size;
     discardLocked(most);
     return true;
+}
+
+bool KeptBlocks::keeps(const void* pointer) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return std::any_of(kept_.begin(), kept_.end(),
+                       [&](const auto& block) { return block.second == pointer; });
 }
 
 void KeptBlocks::discard(std::size_t downTo) {

@@ -20,6 +20,8 @@ class KeptBlocks {
     cudaError_t take(void** pointer, std::size_t bytes);
     // Keeps a block of take()'s, `most` bytes in all. False if it is none.
     bool give(void* pointer, std::size_t most);
+    // Whether a block is kept: given back, and no longer the caller's to give.
+    bool keeps(const void* pointer);
     // Gives kept blocks back to the runtime, the largest first, until no more than this is left.
     void discard(std::size_t downTo = 0);
 

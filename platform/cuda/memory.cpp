@@ -58,6 +58,7 @@ int mallocPitch(void** pointer, std::size_t* pitch, std::size_t width, std::size
 int free(void* pointer) {
     if (!pointer) return cudaSuccess;
     OnDevice here;
+    if (deviceBlocks().keeps(pointer)) return reported3(cuda3::cudaErrorInvalidDevicePointer);
     // To give memory back waits for what may still work on it.
     cudaError_t error = cudaDeviceSynchronize();
     if (deviceBlocks().give(pointer, error == cudaSuccess ? keptOnDevice() : 0))

@@ -140,6 +140,11 @@ TEST_F(Costs, ASecondCallAllocatesNothing) {
                   EXPECT_EQ(lumoNoError, lumoSgesvd('S', 'S', n, n, a.data(), n, s.data(), u.data(),
                                                     n, vt.data(), n));
               }));
+    // What is kept is not the caller's to give once more.
+    void* block = nullptr;
+    ASSERT_EQ(lumoNoError, lumoDeviceMalloc(&block, 1000));
+    EXPECT_EQ(lumoNoError, lumoDeviceFree(block));
+    EXPECT_EQ(lumoRuntimeError, lumoDeviceFree(block));
     // What was kept goes back.
     EXPECT_GT(of({"free"}, [] { lumoFreeBuffers(); }), 0);
 }
