@@ -17,6 +17,7 @@ set(LUMO_KERNEL_UNITS
     src/basic/Set/Set
     src/basic/Subtract/Subtract
     src/basic/Transpose/Transpose
+    src/basic/TriangularFactor/TriangularFactor
     src/basic/lar2v/lar2v
     src/basic/larfg/larfg
     src/basic/largv/largv
