@@ -1,7 +1,7 @@
-// Where the pivots of a factorisation go.
+// Where the pivots of a factorisation go, and come from.
 #pragma once
 
-#include <cstring>
+#include <algorithm>
 #include <vector>
 
 #include "cudalib/exceptions.h"
@@ -14,19 +14,33 @@ namespace lumo {
 class Pivots {
   public:
     explicit Pivots(int count) : values_(std::size_t(count)) {}
+    Pivots(int count, const int* ipiv) : Pivots(count) {
+        if (platform::isDevicePointer(ipiv))
+            cudalib::checkCudaError(
+                cudaMemcpy(values_.data(), ipiv, bytes(), cudaMemcpyDeviceToHost));
+        else
+            std::copy_n(ipiv, count, values_.data());
+    }
     int* data() { return values_.data(); }
 
     void deliver(int* ipiv) const {
-        const std::size_t bytes = values_.size() * sizeof(int);
-        if (bytes == 0) return;
+        if (values_.empty()) return;
         if (platform::isDevicePointer(ipiv))
             cudalib::checkCudaError(
-                cudaMemcpy(ipiv, values_.data(), bytes, cudaMemcpyHostToDevice));
+                cudaMemcpy(ipiv, values_.data(), bytes(), cudaMemcpyHostToDevice));
         else
-            std::memcpy(ipiv, values_.data(), bytes);
+            std::copy_n(values_.data(), values_.size(), ipiv);
+    }
+
+    // Whether each names a row of a square matrix.
+    bool areRows() const {
+        return std::all_of(values_.begin(), values_.end(),
+                           [this](int row) { return row >= 1 && row <= int(values_.size()); });
     }
 
   private:
+    std::size_t bytes() const { return values_.size() * sizeof(int); }
+
     std::vector<int> values_;
 };
 

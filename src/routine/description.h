@@ -28,7 +28,7 @@ template <class Routine>
 constexpr bool deviceChecks = true;
 
 // What a call does with an operand; `none` where it does not look at it. Of `scratch` it reads what
-// the caller has there, and leaves nothing of use.
+// the caller has there, and leaves that or nothing of use.
 enum class Access { none, in, out, inOut, scratch };
 
 // A column-major matrix behind two arguments, which a frame may point to a copy; or adjacent
@@ -70,6 +70,10 @@ MatrixOperand<P> factorized(P& a, int& lda, int rows, int columns, Access access
 template <class P>
 MatrixOperand<P> triangle(P& a, int& lda, int order, Access access) {
     return {a, &lda, order, order, access, false, true};
+}
+template <class P>
+MatrixOperand<P> factorizedTriangle(P& a, int& lda, int order, Access access) {
+    return {a, &lda, order, order, access, true, true};
 }
 template <class P>
 MatrixOperand<P> adjacent(P& x, int length, Access access) {

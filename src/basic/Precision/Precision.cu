@@ -20,8 +20,14 @@ LUMO_KERNEL void PrecisionConvertTriangular_k(int m, int n, const From* src, int
     });
 }
 
+template <class From, class To>
+LUMO_KERNEL void PrecisionConvert_k(int m, int n, const From* src, int ldsrc, To* dst, int lddst) {
+    lumo::copyPart<Part::whole>(m, n, src, ldsrc, dst, lddst);
+}
+
 template <class R>
 using Other = std::conditional_t<std::is_same_v<R, float>, double, float>;
 
 LUMO_REGISTER(lumo::RealTypes, &PrecisionConvertTriangular_k<TriangularMap2D, T, Other<T>>,
-              &PrecisionConvertTriangular_k<TriangularMap2D, Complex<T>, Complex<Other<T>>>)
+              &PrecisionConvertTriangular_k<TriangularMap2D, Complex<T>, Complex<Other<T>>>,
+              &PrecisionConvert_k<T, Other<T>>, &PrecisionConvert_k<Complex<T>, Complex<Other<T>>>)
