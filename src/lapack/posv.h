@@ -35,8 +35,7 @@ struct Posv {
     bool empty() const { return n == 0; }
     template <class F>
     auto operands(F f) {
-        return f(factorizedTriangle(a, lda, n, Access::inOut),
-                 matrix(b, ldb, n, nrhs, Access::inOut));
+        return f(triangle(a, lda, n, Access::inOut), matrix(b, ldb, n, nrhs, Access::inOut));
     }
     void run() const;
 };

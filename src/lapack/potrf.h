@@ -31,7 +31,7 @@ struct Potrf {
     bool empty() const { return n == 0; }
     template <class F>
     auto operands(F f) {
-        return f(factorizedTriangle(a, lda, n, Access::inOut));
+        return f(triangle(a, lda, n, Access::inOut));
     }
     void run() const;
     bool isSmall() const;

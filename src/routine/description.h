@@ -72,10 +72,6 @@ MatrixOperand<P> triangle(P& a, int& lda, int order, Access access) {
     return {a, &lda, order, order, access, false, true};
 }
 template <class P>
-MatrixOperand<P> factorizedTriangle(P& a, int& lda, int order, Access access) {
-    return {a, &lda, order, order, access, true, true};
-}
-template <class P>
 MatrixOperand<P> adjacent(P& x, int length, Access access) {
     return {x, nullptr, length, 1, access, false, false};
 }
