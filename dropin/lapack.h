@@ -41,6 +41,8 @@ struct Rules<Gesv<T>> : UsualRules {
 template <class T>
 struct Rules<Geqrf<T>> : UsualRules {
     using Routine = Geqrf<T>;
+    template <class Integer>
+    using Workspace = Arguments<T*, const Integer*>;
     static double size(const Routine& r) { return geometricMean(r.m, r.n, std::min(r.m, r.n)); }
     static int leastWork(const Routine& r) { return r.n; }
     static bool dataSuit(const Routine& r) { return isFinite(r.a, r.m, r.n, r.lda); }
@@ -49,6 +51,8 @@ struct Rules<Geqrf<T>> : UsualRules {
 template <class T>
 struct Rules<Gels<T>> : UsualRules {
     using Routine = Gels<T>;
+    template <class Integer>
+    using Workspace = Arguments<T*, const Integer*>;
     // LAPACK takes one letter for the transpose, of the two that Lumo takes.
     static bool worthwhile(const Routine& r) {
         return r.trans != (isComplex<T> ? 'T' : 'C') && std::min({r.m, r.n, r.nrhs}) > 0;
@@ -70,6 +74,8 @@ struct Rules<Gels<T>> : UsualRules {
 template <class T>
 struct Rules<Gglse<T>> : UsualRules {
     using Routine = Gglse<T>;
+    template <class Integer>
+    using Workspace = Arguments<T*, const Integer*>;
     static bool worthwhile(const Routine& r) { return r.m > 0 && r.p > 0; }
     static double size(const Routine& r) { return geometricMean(double(r.m) + r.p, r.n, r.n); }
     static int leastWork(const Routine& r) { return r.m + r.n + r.p; }
@@ -82,6 +88,10 @@ struct Rules<Gglse<T>> : UsualRules {
 template <class T>
 struct Rules<Gesvd<T>> : UsualRules {
     using Routine = Gesvd<T>;
+    template <class Integer>
+    using Workspace = std::conditional_t<isComplex<T>, Arguments<T*, const Integer*, RealOf<T>*>,
+                                         Arguments<T*, const Integer*>>;
+    using ExtraOfLapacke = Arguments<RealOf<T>*>;
     static double size(const Routine& r) { return geometricMean(r.m, r.n, std::min(r.m, r.n)); }
     // Enough for every path of xGESVD; with less, some paths still work, and it knows which.
     static int leastWork(const Routine& r) {

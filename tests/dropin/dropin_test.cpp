@@ -91,8 +91,14 @@ TEST_P(DropIn, ServesWhatItCan) {
          "LUMO_CROSSOVER=0 OPENBLAS_NUM_THREADS=2"},
         {"product", {{"cblas_sgemm", {2, 0}}}},
         {"repeated", {{"ssyrk_", {2, 0}}}},
-        // By rows, LAPACKE's own; its sgesv_ is no call of the program's.
-        {"lapacke", {{"LAPACKE_sgels", {1, 0}}, {"LAPACKE_sgesv", {1, 1}}}},
+        // By columns and by rows; the sgesv_ of LAPACKE's own is no call of the program's.
+        {"lapacke",
+         {{"LAPACKE_sgels", {2, 0}}, {"LAPACKE_sgesv", {2, 2}}, {"LAPACKE_sgesvd", {2, 0}}}},
+        {"wheels",
+         {{"scipy_LAPACKE_sgesv64_", {2, 2}},
+          {"scipy_cblas_sgemm64_", {2, 0}},
+          {"scipy_sgesv_", {2, 3}},
+          {"scipy_sgesv_64_", {2, 4}}}},
         {"leastSquares", {{"sgels_", {1, 0}}}},
         // Errors, queries, and data that LAPACK tells more of or scales, are the CPU library's.
         {"arguments",

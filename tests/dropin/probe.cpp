@@ -1,17 +1,12 @@
 // probe SCENARIO: a program that calls BLAS and LAPACK and knows nothing of Lumo. Ends with status
 // 0 if what it asked for was done as the standards say, else it says what was not.
-#include <algorithm>
-#include <cmath>
-#include <complex>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <limits>
+#include <dlfcn.h>
+
 #include <map>
 #include <string>
 #include <thread>
-#include <vector>
 
+#include "checks.h"
 #include "platform/cpu/blas.h"
 #include "platform/cpu/lapack.h"
 
@@ -24,6 +19,8 @@ void cblas_sgemm(int, int, int, int, int, int, float, const float*, int, const f
                  float*, int);
 [[gnu::weak]] int LAPACKE_sgesv(int, int, int, float*, int, int*, float*, int);
 [[gnu::weak]] int LAPACKE_sgels(int, char, int, int, int, float*, int, float*, int);
+[[gnu::weak]] int LAPACKE_sgesvd(int, char, char, int, int, float*, int, float*, float*, int,
+                                 float*, int, float*);
 
 // The program's own, as LAPACK lets it.
 std::string refusedName;
@@ -36,44 +33,6 @@ int refusedArgument;
 }
 
 namespace {
-
-int failures = 0;
-
-void check(bool good, const char* what) {
-    if (good) return;
-    std::printf("not so: %s\n", what);
-    ++failures;
-}
-#define CHECK(condition) check(condition, #condition)
-
-template <class T>
-std::vector<T> noise(int count, unsigned seed = 1) {
-    std::vector<T> values(count);
-    for (T& value : values) {
-        seed = seed * 1664525u + 1013904223u;
-        value = T(float(seed >> 8) / (1 << 23) - 1);
-    }
-    return values;
-}
-
-// The largest | B - A X | over n ||A|| ||X|| eps, in double precision, A of order n, one column.
-template <class T>
-double residual(int n, const std::vector<T>& a, const std::vector<T>& x, const std::vector<T>& b) {
-    using Wide = std::complex<double>;
-    double worst = 0, norm = 0, size = 0;
-    for (int i = 0; i < n; ++i) {
-        Wide sum = -Wide(b[i]);
-        double row = 0;
-        for (int j = 0; j < n; ++j) {
-            sum += Wide(a[i + std::size_t(j) * n]) * Wide(x[j]);
-            row += std::abs(a[i + std::size_t(j) * n]);
-        }
-        worst = std::max(worst, std::abs(sum));
-        norm = std::max(norm, row);
-        size = std::max(size, double(std::abs(x[i])));
-    }
-    return worst / (norm * size * std::numeric_limits<float>::epsilon());
-}
 
 template <class T, class Routine>
 void solveSystem(Routine* gesv, int n, unsigned seed = 1) {
@@ -239,25 +198,59 @@ void data() {
     CHECK(info == 0 && !std::isfinite(b[0]));
 }
 
-// Stored by rows a matrix is not the one stored by columns, and its solution neither.
+// m x n, in the order that LAPACKE is told, from one stored by columns; or back.
+Vector stored(int order, int m, int n, const Vector& a) {
+    Vector rows(a.size());
+    for (int i = 0; i < m; ++i)
+        for (int j = 0; j < n; ++j) rows[i * n + j] = a[j * m + i];
+    return order == 101 ? rows : a;
+}
+
 void lapacke() {
-    const int n = 40;
-    const Vector a0 = noise<float>(n * n), b0 = noise<float>(n);
-    Vector transposed(n * n);
-    for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j) transposed[i * n + j] = a0[j * n + i];
-    std::vector<int> ipiv(n);
+    const int m = 40, n = 30;
+    const Vector a0 = noise<float>(n * n), b0 = noise<float>(n), c0 = noise<float>(m * n);
+    int ipiv[n];
     for (const int order : {102, 101}) {
         const bool rows = order == 101;
-        Vector a = rows ? transposed : a0, b = b0;
-        const int info =
-            LAPACKE_sgesv(order, n, 1, a.data(), n, ipiv.data(), b.data(), rows ? 1 : n);
-        if (info == -1010) continue;  // there is no LAPACKE here
-        CHECK(info == 0 && residual(n, a0, b, b0) < 30);
+        Vector a = stored(order, n, n, a0), b = b0;
+        CHECK(LAPACKE_sgesv(order, n, 1, a.data(), n, ipiv, b.data(), rows ? 1 : n) == 0);
+        CHECK(residual(n, a0, b, b0) < 30);
+        const int info = LAPACKE_sgesv(order, n, 2, a.data(), n, ipiv, b.data(), 1);
+        CHECK(info == -8 || info == -1010);  // where there is no LAPACKE
+        a = stored(order, n, n, a0), b = b0;
+        CHECK(LAPACKE_sgels(order, 'n', n, n, 1, a.data(), n, b.data(), rows ? 1 : n) == 0);
+        CHECK(residual(n, a0, b, b0) < 30);
+        Vector c = stored(order, m, n, c0), s(n), u(m * n), superdiagonal(n, 1);
+        CHECK(LAPACKE_sgesvd(order, 'S', 'O', m, n, c.data(), rows ? n : m, s.data(), u.data(),
+                             rows ? n : m, nullptr, 1, superdiagonal.data()) == 0);
+        CHECK(superdiagonal[n - 2] == 0);
+        u = rows ? stored(101, n, m, u) : u;
+        float worst = 0;
+        for (int i = 0; i < m; ++i)
+            for (int j = 0; j < n; ++j) {
+                float sum = -c0[i + j * m];
+                for (int k = 0; k < n; ++k)
+                    sum += u[i + k * m] * s[k] * c[rows ? k * n + j : k + j * m];
+                worst = std::max(worst, std::abs(sum));
+            }
+        CHECK(worst < 1e-5f * s[0]);
     }
-    Vector a = a0, b = b0;
-    CHECK(LAPACKE_sgels(102, 'n', n, n, 1, a.data(), n, b.data(), n) == 0);
-    CHECK(residual(n, a0, b, b0) < 30);
+}
+
+// Two packages with the same names, which the process does not see, and a function of theirs that
+// is reached through a pointer by somebody who is linked with neither.
+void wheels() {
+    for (const char* file : {LUMO_EXTENSIONS}) {
+        void* const extension = dlopen(file, RTLD_NOW | RTLD_LOCAL);
+        CHECK(extension);
+        failures += reinterpret_cast<int (*)()>(dlsym(extension, "useWheel"))();
+    }
+    void* const gesv = dlsym(RTLD_DEFAULT, "scipy_sgesv_");
+    const int few = -1;
+    int info = 0;
+    reinterpret_cast<decltype(&sgesv_)>(gesv)(&few, &few, nullptr, &few, nullptr, nullptr, &few,
+                                              &info);
+    CHECK(info > 1000);
 }
 
 }  // namespace
@@ -268,7 +261,7 @@ int main(int, char** argv) {
     const std::map<std::string, void (*)()> scenarios{
         SCENARIO(solve),    SCENARIO(product),   SCENARIO(repeated),     SCENARIO(threads),
         SCENARIO(notTaken), SCENARIO(arguments), SCENARIO(leastSquares), SCENARIO(singular),
-        SCENARIO(data),     SCENARIO(lapacke)};
+        SCENARIO(data),     SCENARIO(lapacke),   SCENARIO(wheels)};
     scenarios.at(argv[1])();
     return failures != 0;
 }
