@@ -70,9 +70,11 @@ void* behind(const char* name, const void* caller) {
     const link_map* const object = objectOf(caller);
     void* function = object ? reachedFrom(object->l_name, name) : nullptr;
     if (!function) function = reachedFromAnyone(name);
-    if (!function) return lapackeFunction(name);
-    keepLoaded(object);
-    keepLoaded(objectOf(function));
+    if (!function) function = lapackeFunction(name);
+    if (function) {
+        keepLoaded(object);
+        keepLoaded(objectOf(function));
+    }
     return function;
 }
 

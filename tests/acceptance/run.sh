@@ -8,7 +8,7 @@
 #
 # short: on the reference LAPACK in small blocks, of the linear equations general matrices, QR and
 # least squares. full: everything, on the reference LAPACK and on OpenBLAS, in small blocks and in
-# the usual ones; then the tests of NumPy and SciPy.
+# the usual ones; then the tests of NumPy and SciPy, Debian's and PyPI's.
 set -u
 dropin=$1 small=$2 work=$3 extent=$4
 
@@ -108,9 +108,9 @@ if [ "$extent" = full ]; then
     done
 fi
 
-# Every exported symbol but LAPACKE's, which no program of Debian's tests.
+# Every symbol exported under its usual name, but LAPACKE's, which no program of Debian's tests.
 echo
-nm -D --defined-only "$dropin" | awk '$3 ~ /_$|^cblas_/ { print $3 }' | sort >symbols
+nm -D --defined-only "$dropin" | awk '$3 ~ /^[a-z0-9]+_$|^cblas_[a-z0-9]+$/ { print $3 }' | sort >symbols
 cat ./*.small/report ./*.usual/report 2>/dev/null | awk '
     BEGIN { while ((getline symbol <"symbols") > 0) all[++count] = symbol
             printf "%-34s %10s %10s\n", "symbol", "served", "passed on" }
@@ -120,23 +120,42 @@ cat ./*.small/report ./*.usual/report 2>/dev/null | awk '
               if (!served[all[i]]) { print all[i] " was never served"; bad = 1 } }
           exit bad || !count }' || failed=1
 
-# python PACKAGE: its tests, which must all pass.
+# python PROGRAM PACKAGE: its tests, which must all pass.
 python() {
     echo
-    if ! /usr/bin/python3 -c "import pytest, hypothesis, ${1%%.*}" 2>/dev/null; then
-        echo "$1: python3-pytest, python3-hypothesis or the package is missing"
+    if ! "$1" -c "import pytest, hypothesis, ${2%%.*}" 2>/dev/null; then
+        echo "$2: python3-pytest, python3-hypothesis or the package is missing"
         failed=1
         return
     fi
     rm -f python.report
-    LD_PRELOAD=$dropin LUMO_REPORT=$work/python.report /usr/bin/python3 -m pytest -q \
-        -p no:cacheprovider --pyargs "$1" >"$1.out" 2>&1 || failed=1
-    echo "$1: $(tail -1 "$1.out")"
+    LD_PRELOAD=$dropin LUMO_REPORT=$work/python.report "$1" -m pytest -v -p no:cacheprovider \
+        --pyargs "$2" >"$2.out" 2>&1 || failed=1
+    "$1" -c "import ${2%%.*} as it; print('$2', it.__version__, end=': ')"
+    tail -1 "$2.out"
     cat python.report
 }
+# wheel PACKAGE: the same with what PyPI has, whose BLAS has names of its own. Each test must come out
+# as it does without Lumo, and no symbol may be called without being served once.
+outcomes='s/^([^ ]*::.* (PASSED|FAILED|ERROR|SKIPPED|XFAIL|XPASS)).*/\1/p'
+wheel() {
+    wheels/bin/python -m pytest -v -p no:cacheprovider --pyargs "$1" 2>&1 |
+        sed -nE "$outcomes" | sort >"$1.alone"
+    python wheels/bin/python "$1"
+    sed -nE "$outcomes" "$1.out" | sort | diff "$1.alone" - || failed=1
+    awk '/^scipy_/ { ++all; if (!$2) { print $1 " was never served"; bad = 1 } }
+        END { exit bad || !all }' python.report || failed=1
+}
 if [ "$extent" = full ]; then
-    python numpy.linalg
-    python scipy.linalg
+    python /usr/bin/python3 numpy.linalg
+    python /usr/bin/python3 scipy.linalg
+    if { /usr/bin/python3 -m venv wheels &&
+        wheels/bin/pip install -q numpy scipy pytest hypothesis; } >pip.out 2>&1; then
+        wheel numpy.linalg
+        wheel scipy.linalg
+    else
+        printf '\nthe wheels of PyPI are left out: %s\n' "$(tail -1 pip.out)"
+    fi
 fi
 
 [ $failed = 0 ] || echo "FAILED: see $work"
