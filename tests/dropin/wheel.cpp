@@ -41,18 +41,17 @@ void scipy_cblas_sgemm64_(int, int, int, Long, Long, Long, float, const float*, 
 template <class Integer, class Routine>
 int wrongLineOfSolving(Routine* gesv) {
     const Integer n = 2, one = 1, beyond = Integer((Long(1) << 32) + 2);
-    float a[] = {1, 2, 1, 6}, b[] = {3, 14};
+    float a[] = {1, 2, 1, 6}, b[] = {3, 14}, again[] = {1, 2, 1, 6}, zeros[4] = {};
     Integer ipiv[] = {-7, -7}, info = -99;
     gesv(&n, &one, a, &n, ipiv, b, &n, &info);
     LUMO_CHECK(info == 0 && b[0] == 1 && b[1] == 2 && ipiv[0] == 2 && ipiv[1] == 2);
     // Singular matrices, and sizes beyond 32 bits, are this package's BLAS's, as they were.
-    float zeros[4] = {};
     ipiv[0] = -7;
     gesv(&n, &one, zeros, &n, ipiv, b, &n, &info);
     LUMO_CHECK(info == mark && (sizeof n == 4 || ipiv[0] == -7));
     if (sizeof n == 4) return 0;
     info = 0;
-    gesv(&beyond, &one, zeros, &beyond, ipiv, b, &beyond, &info);
+    gesv(&beyond, &one, again, &beyond, ipiv, b, &beyond, &info);
     LUMO_CHECK(info == mark);
     return 0;
 }
