@@ -70,8 +70,15 @@ struct LapackInFortran<Entry, Its, Arguments<Extra...>, lumoStatus (*)(A...)> {
     using Routine = typename Entry::Routine;
     static bool enough(const Routine&) { return true; }
     template <class T, class... Rest>
-    static bool enough(Routine routine, T*, const Integer* lwork, Rest...) {
-        return servable(routine) && *lwork >= Rules<Routine>::leastWork(routine);
+    static bool enough(Routine routine, T*, const Integer* lwork, Rest... rest) {
+        return servable(routine) && *lwork >= Rules<Routine>::leastWork(routine) &&
+               !(asks(rest) || ...);
+    }
+    // The length of another workspace can be a query as well.
+    static bool asks(const Integer* length) { return *length < 0; }
+    template <class T>
+    static bool asks(T*) {
+        return false;
     }
     template <class T, class... Rest>
     static void tellBest(Cpu* cpu, Reference<Callers<A, Its>>... a, T* work, const Integer*,

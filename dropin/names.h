@@ -86,7 +86,8 @@ bool fits(Argument argument) {
     return true;
 }
 
-// The caller's argument as Lumo's. Integers behind a pointer stay what they are: StandIns knows.
+// The caller's argument as Lumo's. Integers behind a pointer stay what they are: they are operands
+// of the description, for which there are StandIns.
 template <class A, class Argument>
 A narrowed(Argument argument) {
     if constexpr (std::is_same_v<A, Argument>)
