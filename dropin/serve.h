@@ -133,9 +133,9 @@ bool servable(Routine& routine) {
 template <class Entry, class Integer>
 [[gnu::noinline]] bool Passage::serve(typename Entry::Routine routine, StandIns<Integer> standIns) {
     using Its = Rules<typename Entry::Routine>;
-    if (!standIns.layOut(routine) || !servable(routine)) return false;
-    if (!symbol_.reached(Its::size(routine)) || !detach() || !threadIsReady()) return false;
     try {
+        if (!standIns.layOut(routine) || !servable(routine)) return false;
+        if (!symbol_.reached(Its::size(routine)) || !detach() || !threadIsReady()) return false;
         if (!standIns.take(routine) || !Its::dataSuit(routine)) return false;
         Results results;
         routine.operands([&](auto... operands) { (results.add(operands), ...); });

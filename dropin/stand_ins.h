@@ -31,9 +31,9 @@ class StandIns {
   public:
     explicit StandIns(bool byRows = false) : byRows_(byRows) {}
 
-    // Gives the routine the leading dimensions that it will have; what its sizes are is known when
-    // its other arguments are right. False if an argument is not: a matrix stored by rows has
-    // another least leading dimension, which not even the letters of a call make unnecessary.
+    // Gives the routine the leading dimensions that it will have, of columns where the caller's are
+    // of rows. What sizes its operands have is known when its other arguments are right. False if
+    // one is not, or a leading dimension of the caller's too small.
     template <class Routine>
     bool layOut(Routine& routine) {
         if (!byRows_) return true;

@@ -7,34 +7,34 @@ constexpr int mark = 1000 + LUMO_WHEEL;
 
 #pragma GCC visibility push(default)
 extern "C" {
-void scipy_sgesv_(const int*, const int*, float*, const int*, int*, float*, const int*, int* info);
-void scipy_sgesv_64_(const Long*, const Long*, float*, const Long*, Long*, float*, const Long*,
-                     Long* info);
-Long scipy_LAPACKE_sgesv64_(int, Long, Long, float*, Long, Long*, float*, Long);
-void scipy_cblas_sgemm64_(int, int, int, Long, Long, Long, float, const float*, Long, const float*,
-                          Long, float, float* c, Long);
-int wrongLine();  // of a check that failed, or 0
-}
-
 #ifndef LUMO_EXTENSION
-void scipy_sgesv_(const int*, const int*, float*, const int*, int*, float*, const int*, int* info) {
+using P = void*;
+void scipy_sgesv_(P, P, P, P, P, P, P, int* info) {
     *info = mark;
 }
-void scipy_sgesv_64_(const Long*, const Long*, float*, const Long*, Long*, float*, const Long*,
-                     Long* info) {
+void scipy_sgesv_64_(P, P, P, P, P, P, P, Long* info) {
     *info = mark;
 }
-// Were this call to go round, it would find no arguments.
-Long scipy_LAPACKE_sgesv64_(int, Long, Long, float*, Long, Long*, float*, Long) {
+// Were its call to go round, it would find no arguments.
+Long scipy_LAPACKE_sgesv64_(int, Long, Long, P, Long, P, P, Long) {
     Long info = 0;
     scipy_sgesv_64_(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &info);
     return info;
 }
-void scipy_cblas_sgemm64_(int, int, int, Long, Long, Long, float, const float*, Long, const float*,
-                          Long, float, float* c, Long) {
+void scipy_cblas_sgemm64_(int, int, int, Long, Long, Long, float, P, Long, P, Long, float, float* c,
+                          Long) {
     *c = mark;
 }
+}
 #else
+void scipy_sgesv_(const int*, const int*, float*, const int*, int*, float*, const int*, int*);
+void scipy_sgesv_64_(const Long*, const Long*, float*, const Long*, Long*, float*, const Long*,
+                     Long*);
+Long scipy_LAPACKE_sgesv64_(int, Long, Long, float*, Long, Long*, float*, Long);
+void scipy_cblas_sgemm64_(int, int, int, Long, Long, Long, float, const float*, Long, const float*,
+                          Long, float, float*, Long);
+int wrongLine();  // of a check that failed, or 0
+}
 #define LUMO_CHECK(condition) \
     if (!(condition)) return __LINE__
 
