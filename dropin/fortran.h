@@ -69,10 +69,13 @@ struct LapackInFortran<Entry, Its, Arguments<Extra...>, lumoStatus (*)(A...)> {
   private:
     using Routine = typename Entry::Routine;
     static bool enough(const Routine&) { return true; }
-    template <class T, class... Rest>
-    static bool enough(Routine routine, T*, const Integer* lwork, Rest... rest) {
-        return servable(routine) && *lwork >= Rules<Routine>::leastWork(routine) &&
-               !(asks(rest) || ...);
+    // Of workspaces whose length is not told, LAPACK's documentation tells it.
+    template <class T, class Second, class... Rest>
+    static bool enough(Routine routine, T*, Second* second, Rest... rest) {
+        if constexpr (std::is_same_v<Second, const Integer>)
+            return servable(routine) && *second >= Rules<Routine>::leastWork(routine) &&
+                   !(asks(rest) || ...);
+        return true;
     }
     // The length of another workspace can be a query as well.
     static bool asks(const Integer* length) { return *length < 0; }
@@ -80,12 +83,42 @@ struct LapackInFortran<Entry, Its, Arguments<Extra...>, lumoStatus (*)(A...)> {
     static bool asks(T*) {
         return false;
     }
-    template <class T, class... Rest>
-    static void tellBest(Cpu* cpu, Reference<Callers<A, Its>>... a, T* work, const Integer*,
+    template <class T, class Second, class... Rest>
+    static void tellBest(Cpu* cpu, Reference<Callers<A, Its>>... a, T* work, Second*,
                          Rest... rest) {
-        const Integer query = -1;
-        Integer info = 0;
-        cpu(a..., work, &query, rest..., &info, one, one, one, one);
+        if constexpr (std::is_same_v<Second, const Integer>) {
+            const Integer query = -1;
+            Integer info = 0;
+            cpu(a..., work, &query, rest..., &info, one, one, one, one);
+        }
+    }
+};
+
+// dsgesv and zcgesv, where the workspaces stand before iter.
+template <class Entry, class Its,
+          class Workspace =
+              typename Rules<typename Entry::Routine>::template Workspace<typename Its::Integer>>
+struct MixedInFortran;
+
+template <class Entry, class Its, class... Extra>
+struct MixedInFortran<Entry, Its, Arguments<Extra...>> {
+    using Routine = typename Entry::Routine;
+    using T = typename Routine::Element;
+    using Integer = typename Its::Integer;
+
+    static void call(const Integer* n, const Integer* nrhs, T* a, const Integer* lda, Integer* ipiv,
+                     const T* b, const Integer* ldb, T* x, const Integer* ldx, Extra... extra,
+                     Integer* iter, Integer* info) {
+        static Symbol& symbol = symbolOf<Entry, Its>("", "_");
+        Passage passage(symbol, LUMO_CALLER);
+        if (fits(*n) && fits(*nrhs) && fits(*lda) && fits(*ldb) && fits(*ldx) &&
+            passage.serve<Entry, Integer>(Routine{int(*n), int(*nrhs), a, int(*lda),
+                                                  narrowed<int*>(ipiv), b, int(*ldb), x, int(*ldx),
+                                                  narrowed<int*>(iter)})) {
+            *info = 0;
+            return;
+        }
+        passage.cpu<decltype(call)>()(n, nrhs, a, lda, ipiv, b, ldb, x, ldx, extra..., iter, info);
     }
 };
 

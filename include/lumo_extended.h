@@ -4,8 +4,8 @@
  * All that lumo.h says of its functions holds for these: host and device functions, LAPACK's
  * arguments without workspaces, letters, statuses. D and Z need a device of capability 1.3 (status
  * 4, before any argument is looked at). Vectors that go with a device matrix (tau, s) lie in device
- * memory; ipiv in device or in host memory, as the caller likes; a single number that comes back
- * (rcond, iter) in host memory, for the device functions too.
+ * memory; ipiv and iter in device or in host memory, as the caller likes; rcond in host memory, for
+ * the device functions too.
  */
 #ifndef LUMO_EXTENDED_H
 #define LUMO_EXTENDED_H

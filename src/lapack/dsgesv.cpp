@@ -125,8 +125,9 @@ class Refinement {
 template <class T>
 void Dsgesv<T>::run() const {
     Pivots pivots(n);
-    *iter = n > 0 ? Refinement<T>(*this, pivots.data()).run() : 0;
-    if (*iter >= 0) return pivots.deliver(ipiv);
+    const int steps = n > 0 ? Refinement<T>(*this, pivots.data()).run() : 0;
+    deliver({steps}, iter);
+    if (steps >= 0) return pivots.deliver(ipiv);
 
     const LuSolve<T> solve(n, nrhs);
     const int zeroPivot = getrf(n, n, a, lda, pivots.data());

@@ -8,8 +8,8 @@
 
 namespace lumo {
 
-// The pivots go to host or to device memory, wherever `ipiv` points, the number of steps to host
-// memory.
+// The pivots and the number of steps go to host or to device memory, wherever `ipiv` and `iter`
+// point.
 template <class T>
 struct Dsgesv {
     using Element = T;
@@ -43,7 +43,8 @@ struct Dsgesv {
     template <class F>
     auto operands(F f) {
         return f(factorized(a, lda, n, n, Access::scratch), matrix(b, ldb, n, nrhs, Access::in),
-                 matrix(x, ldx, n, nrhs, Access::out), adjacent(ipiv, n, Access::out));
+                 matrix(x, ldx, n, nrhs, Access::out), adjacent(ipiv, n, Access::out),
+                 adjacent(iter, 1, Access::out));
     }
     void run() const;
 };

@@ -9,6 +9,16 @@
 
 namespace lumo {
 
+// Integers that the CPU has made, to wherever the caller of the device interface wants them.
+inline void deliver(const std::vector<int>& values, int* to) {
+    if (values.empty()) return;
+    if (platform::isDevicePointer(to))
+        cudalib::checkCudaError(
+            cudaMemcpy(to, values.data(), values.size() * sizeof(int), cudaMemcpyHostToDevice));
+    else
+        std::copy(values.begin(), values.end(), to);
+}
+
 // The pivots of a factorisation while the CPU works with them; a caller of the device interface
 // may want them in device or in host memory.
 class Pivots {
@@ -23,14 +33,7 @@ class Pivots {
     }
     int* data() { return values_.data(); }
 
-    void deliver(int* ipiv) const {
-        if (values_.empty()) return;
-        if (platform::isDevicePointer(ipiv))
-            cudalib::checkCudaError(
-                cudaMemcpy(ipiv, values_.data(), bytes(), cudaMemcpyHostToDevice));
-        else
-            std::copy_n(values_.data(), values_.size(), ipiv);
-    }
+    void deliver(int* ipiv) const { lumo::deliver(values_, ipiv); }
 
     // Whether each names a row of a square matrix.
     bool areRows() const {

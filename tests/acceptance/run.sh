@@ -6,8 +6,8 @@
 # another CPU library alone passes, or if a symbol that the programs can reach was never served.
 # Exit 77: the programs are not installed.
 #
-# short: on the reference LAPACK in small blocks, of the linear equations general matrices, QR and
-# least squares. full: everything, on the reference LAPACK and on OpenBLAS, in small blocks and in
+# short: on the reference LAPACK in small blocks, of the linear equations general and definite
+# matrices, QR and least squares. full: everything, on the reference LAPACK and on OpenBLAS, in small blocks and in
 # the usual ones; then the tests of NumPy and SciPy, Debian's and PyPI's.
 set -u
 dropin=$1 small=$2 work=$3 extent=$4
@@ -33,17 +33,19 @@ run() {
             LD_LIBRARY_PATH=$2$callers_path LD_PRELOAD=$3 LUMO_REPORT=$PWD/report "$4" <"$5" >"$1.out" 2>"$1.err"
             echo "exit status $?" >>"$1.out"
         }
-        for t in s c; do
+        for t in s d c z; do
             input=$lapack/${t}test.in
             if [ "$extent" = short ]; then
-                T=$(echo $t | tr sc SC)
-                sed -E "/^[SC]/{/^$T(GE|QR|LS) /!d;}" "$input" >${t}test.in
+                sed -E "/^[SDCZ][A-Z]/{/^.(GE|PO|QR|LS) /!d;}" "$input" >${t}test.in
                 input=${t}test.in
             fi
             program xlintst$t "$2" "$3" $lapack/xlintst$t "$input"
             for part in lse svd; do
                 program xeigtst$t.$part "$2" "$3" $lapack/xeigtst$t $lapack/$part.in
             done
+        done
+        for t in ds zc; do
+            program xlintst$t "$2" "$3" $lapack/xlintst$t $lapack/${t}test.in
         done
         for t in s d c z; do
             for level in 2 3; do
