@@ -86,8 +86,9 @@ struct RulesOfCondition : UsualRules {
     using T = typename Routine::Element;
     template <class Integer>
     using Workspace = Arguments<T*, std::conditional_t<isComplex<T>, RealOf<T>, Integer>*>;
-    static bool worthwhile(const Routine& r) { return r.n > 0; }
+    static bool worthwhile(const Routine& r) { return r.n > 0 && std::isfinite(r.anorm); }
     static double size(const Routine& r) { return r.n; }
+    static bool dataSuit(const Routine& r) { return isFinite(r.a, r.n, r.n, r.lda); }
 };
 template <class T>
 struct Rules<Gecon<T>> : RulesOfCondition<Gecon<T>> {};

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <type_traits>
@@ -14,7 +15,8 @@
 
 namespace lumo::dropin {
 
-// The transpose of a column-major m x n matrix, by tiles that stay in the cache.
+// The transpose of a column-major m x n matrix, by tiles that stay in the cache. A caller's complex
+// numbers may be aligned as reals are.
 template <class T>
 void transpose(int m, int n, const T* from, std::ptrdiff_t ldFrom, T* to, std::ptrdiff_t ldTo) {
     constexpr int tile = 32;
@@ -22,7 +24,7 @@ void transpose(int m, int n, const T* from, std::ptrdiff_t ldFrom, T* to, std::p
         for (int i = 0; i < m; i += tile)
             for (int y = j; y < std::min(n, j + tile); ++y)
                 for (int x = i; x < std::min(m, i + tile); ++x)
-                    to[y + x * ldTo] = from[x + y * ldFrom];
+                    std::memcpy(to + y + x * ldTo, from + x + y * ldFrom, sizeof(T));
 }
 
 // For one call. `Integer` is the caller's. Where nothing lies otherwise, this does nothing.

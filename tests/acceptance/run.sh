@@ -7,10 +7,11 @@
 # Exit 77: the programs are not installed.
 #
 # short: on the reference LAPACK in small blocks, of the linear equations general and definite
-# matrices, QR and least squares. full: everything, on the reference LAPACK and on OpenBLAS, in small blocks and in
-# the usual ones; then the tests of NumPy and SciPy, Debian's and PyPI's.
+# matrices, QR and least squares. full: everything, on the reference LAPACK and on OpenBLAS, in
+# small blocks and in the usual ones; then Octave's tests and R's functions, and the tests of NumPy
+# and SciPy, Debian's and PyPI's.
 set -u
-dropin=$1 small=$2 work=$3 extent=$4
+dropin=$1 small=$2 work=$3 extent=$4 here=$(cd "$(dirname "$0")" && pwd)
 
 lib=/usr/lib/$(gcc -print-multiarch)
 lapack=$lib/lapack blas=$lib/blas
@@ -148,7 +149,25 @@ wheel() {
     awk '/^scipy_/ { ++all; if (!$2) { print $1 " was never served"; bad = 1 } }
         END { exit bad || !all }' python.report || failed=1
 }
+# client NAME COMMAND...: what it prints must be the same as without Lumo, and something be served.
+client() {
+    name=$1 && shift
+    echo
+    if ! command -v "$1" >/dev/null; then
+        echo "$name: $1 is not installed"
+        failed=1
+        return
+    fi
+    "$@" >"$name.alone" 2>"$name.err"
+    rm -f "$name.report"
+    LD_PRELOAD=$dropin LUMO_REPORT=$work/$name.report "$@" >"$name.out" 2>>"$name.err" || failed=1
+    diff "$name.alone" "$name.out" || failed=1
+    echo "$name: $(wc -l <"$name.out") lines, those without Lumo"
+    cat "$name.report" || failed=1
+}
 if [ "$extent" = full ]; then
+    client octave octave --no-gui --norc --quiet "$here/octave.m"
+    client r Rscript "$here/r.R"
     python /usr/bin/python3 numpy.linalg
     python /usr/bin/python3 scipy.linalg
     if { /usr/bin/python3 -m venv wheels &&
