@@ -37,7 +37,7 @@ TEST_F(Command, MeasuresItsSpeed) {
     EXPECT_EQ(0, outcome.code) << outcome.err;
     expectWords(read(folder / "speeds.json"),
                 {"\"zgemm\"", "\"sgels\"", "\"crossover\": ", "{\"n\": 100, \"lumo_"});
-    expectRefusal("bench sgemm dgels", {"dgels", "zgemm"});
+    expectRefusal("bench sgemm dgeev", {"dgeev", "zgemm"});
     expectRefusal("bench sgemm -n 16 --json j --plot absent/speeds.svg", {"absent/speeds.svg: "});
     expectRefusal("bench sgemm -n 16 --json j --plot speeds.txt", {"speeds.txt: ", ".svg"});
     const std::string interrupted = " 0.5 '" LUMO_COMMAND "' bench -n 32768 --json j";
