@@ -23,6 +23,8 @@ TEST_F(Command, SaysWhatIsWrongWithItsArguments) {
     const std::vector<std::string> cases[] = {{"frob", "frob is no command", "lstsq"},
                                               {"", "info solve"},
                                               {"solve A", "B is required"},
+                                              {"lstsq A B --precision mixed", "not in {s,d}"},
+                                              {"svd A --precision mixed", "not in {s,d}"},
                                               {"svd A -k 0", "0 not in range 1 to 2147483647"},
                                               {"tune -n 0", "0 not in range 64 to 32768"}};
     for (const auto& c : cases) {
