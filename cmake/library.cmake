@@ -30,7 +30,9 @@ set(LUMO_KERNEL_UNITS
     src/brd/brd/TakeHead
     src/brd/next_column/next_column
     src/brd/reflectors/reflectors
-    src/cudalib/Algorithm/Memset)
+    src/cudalib/Algorithm/Memset
+    src/divide/columns/columns
+    src/divide/secular/secular)
 # A launcher that only launches stands in its header.
 set(LUMO_LAUNCHERS ${LUMO_KERNEL_UNITS})
 list(REMOVE_ITEM LUMO_LAUNCHERS src/brd/brd/TakeHead)
@@ -96,6 +98,7 @@ add_library(lumo_objects OBJECT
     src/lapack/posv.cpp
     src/lapack/potrf.cpp
     src/lapack/potrs.cpp
+    src/lapack/stedc.cpp
     src/lapack/trtrs.cpp
     src/runtime/device_exports.cpp
     src/runtime/devices.cpp

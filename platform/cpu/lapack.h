@@ -41,6 +41,11 @@ CPU_ROUTINE(ormbr, sormbr, dormbr, cunmbr, zunmbr,
             int(char vect, char side, char trans, int m, int n, int k, const T* a, int lda,
                 const T* tau, T* c, int ldc, T* work, int lwork))
 
+// Symmetric tridiagonal matrices, which are real for all types.
+CPU_ROUTINE(steqr, ssteqr, dsteqr, csteqr, zsteqr,
+            int(char compz, int n, R* d, R* e, T* z, int ldz, R* work))
+CPU_ROUTINE(sterf, ssterf, dsterf, ssterf, dsterf, int(int n, R* d, R* e))
+
 // Whole problems.
 CPU_ROUTINE(gels, sgels, dgels, cgels, zgels,
             int(char trans, int m, int n, int nrhs, T* a, int lda, T* b, int ldb, T* work,

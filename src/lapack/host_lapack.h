@@ -36,6 +36,19 @@ int potrf(char uplo, int n, T* a, int lda) {
     return info;
 }
 
+// xSTEQR for all vectors of a real matrix, with 2 n - 2 numbers of workspace. Returns LAPACK's
+// info.
+template <class R>
+int steqr(int n, R* d, R* e, R* z, int ldz, R* work) {
+    return platform::tridiagonal(platform::letter<R>, n, d, e, z, ldz, work);
+}
+
+// xSTERF: the values alone. Returns LAPACK's info.
+template <class R>
+int sterf(int n, R* d, R* e) {
+    return platform::tridiagonal(platform::letter<R>, n, d, e, nullptr, 1, nullptr);
+}
+
 // xGEQRF.
 template <class T>
 void geqrf(int m, int n, T* a, int lda, T* tau) {
