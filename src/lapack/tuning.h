@@ -49,6 +49,10 @@ inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 template <class T>
 inline BlockSize gebrdTuning{32, 96, 32};
 
+// Columns of a panel of sytrd.
+template <class T>
+inline BlockSize sytrdTuning{32, 64, 32};
+
 // Whether a panel of gebrd reads the matrix once a column (BidiagonalPanel) or twice (Labrd). On a
 // CPU, complex products are worth a second reading: they are slower in a kernel than in its BLAS.
 template <class T>
