@@ -233,6 +233,8 @@ class DivideAndConquer {
                         k % 2 ? bounds_[k] : bounds_[k + 1] - 1);
         const DeviceList<int> list(rows);
         takeElements(n_, list.data(), q_.data, q_.ld, numbers(7));
+        // What failed must not be sorted, for it may be no number.
+        cudalib::synchronizeAndCheck();
         std::vector<R> both(2 * std::size_t(n_));
         cudalib::checkCudaError(
             cudaMemcpy(both.data(), numbers(6), both.size() * sizeof(R), cudaMemcpyDeviceToHost));

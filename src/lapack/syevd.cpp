@@ -89,6 +89,7 @@ class SymmetricEigenproblem {
     void reduce(T* tau, std::vector<R>& off) {
         const cudalib::Workspace<R> e(std::size_t(n_ - 1));
         sytrd(n_, a_.data, a_.ld, w_, e.data(), tau);
+        cudalib::synchronizeAndCheck();  // iterations are for matrices that there are
         copy(values_.data(), w_, n_, cudaMemcpyDeviceToHost);
         copy(off.data(), e.data(), n_ - 1, cudaMemcpyDeviceToHost);
     }

@@ -12,6 +12,7 @@
 #include "cudalib/workspace_pool.h"
 #include "lapack/tuning.h"
 #include "trd/companion/companion.h"
+#include "trd/hermitian_product/hermitian_product.h"
 
 namespace lumo {
 namespace {
@@ -32,7 +33,8 @@ class TridiagonalReduction {
           tau_(tau),
           memory_(4 * std::size_t(n) * std::size_t(nb_)),
           p_{memory_.data(), n},
-          c_{p_.at(0, 2 * nb_), n} {}
+          c_{p_.at(0, 2 * nb_), n},
+          parts_(std::size_t(n) * std::size_t(hermitianProductParts(n))) {}
 
     void run() const {
         const cudalib::Workspace<T> products(2 * std::size_t(nb_));
@@ -64,10 +66,8 @@ class TridiagonalReduction {
 
     // w := A v.
     void multiply(int order, const T* a, const T* v, T* w) const {
-        if constexpr (isComplex<T>)
-            cublas::symm('L', 'L', order, 1, T(1), a, a_.ld, v, order, T(0), w, order);
-        else if (platform::sharesMemory())
-            cublas::symv('L', order, T(1), a, a_.ld, v, 1, T(0), w, 1);
+        if (isComplex<T> || platform::sharesMemory())
+            hermitianProduct(order, a, a_.ld, v, w, parts_.data());
         else
             symv('L', order, T(1), a, a_.ld, v, 1, T(0), w, 1);
     }
@@ -85,6 +85,7 @@ class TridiagonalReduction {
     T* const tau_;
     const cudalib::Workspace<T> memory_;
     const MatrixView<T> p_, c_;
+    const cudalib::Workspace<T> parts_;
 };
 
 }  // namespace
