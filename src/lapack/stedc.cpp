@@ -68,7 +68,6 @@ class DivideAndConquer {
           q_{q, ldq},
           matrices_(2 * std::size_t(n) * std::size_t(n)),
           numbers_(8 * std::size_t(n)),
-          origins_(std::size_t(n)),
           values_(d, d + n),
           z_(std::size_t(n)),
           order_(std::size_t(n)) {}
@@ -199,8 +198,8 @@ class DivideAndConquer {
         moveColumns(n_, int(level.gathered.size()), gathered.data(), q_.data, q_.ld, kept(), n_);
         moveColumns(n_, int(level.putBack.size()), putBack.data(), kept(), n_, q_.data, q_.ld);
 
-        const SecularProblem<R> problem{merges,     level.order, list.data(),     numbers(0),
-                                        numbers(1), rows.data(), origins_.data(), numbers(2),
+        const SecularProblem<R> problem{merges,     level.order, list.data(), numbers(0),
+                                        numbers(1), rows.data(), numbers(5),  numbers(2),
                                         numbers(6), numbers(3),  numbers(4)};
         secularRoots(problem);
         secularWeights(problem);
@@ -260,7 +259,6 @@ class DivideAndConquer {
     R *const d_, *const e_;
     const MatrixView<R> q_;
     const cudalib::Workspace<R> matrices_, numbers_;
-    const cudalib::Workspace<int> origins_;
     std::vector<int> bounds_;
     std::vector<R> values_, roots_, z_;  // by columns of Q
     std::vector<int> order_;             // each block's columns, by ascending values

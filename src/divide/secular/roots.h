@@ -25,18 +25,18 @@ class SecularEquation {
         : n(n_), rho(rho_), d(d_), z(z_) {}
 
     // Roots first, first + 1, ... as far as the lanes go.
-    LUMO_DEVICE void solve(SecularTeam team, int first, int* origin, R* offset, R* root) {
+    LUMO_DEVICE void solve(SecularTeam team, int first, R* origin, R* offset, R* root) {
         here_ = n - first;
         first_ = first;
         if (n == 1)
             team.lanes(1, [&](int lane) {
                 from_.at(0, lane) = d[0];
                 x_.at(0, lane) = rho * z[0] * z[0];
-                origin[0] = 0;
             });
         else
-            iterate(team, origin);
+            iterate(team);
         team.lanes(here_, [&](int lane) {
+            origin[first + lane] = from_.at(0, lane);
             offset[first + lane] = x_.at(0, lane);
             root[first + lane] = from_.at(0, lane) + x_.at(0, lane);
         });
@@ -49,8 +49,8 @@ class SecularEquation {
     // More steps than any bracket takes to be halved until nothing lies between its ends.
     static constexpr int mostSteps = 200, patience = 8;
 
-    LUMO_DEVICE void iterate(SecularTeam team, int* origin) {
-        start(team, origin);
+    LUMO_DEVICE void iterate(SecularTeam team) {
+        start(team);
         for (int step = 0; step < mostSteps; ++step) {
             evaluate(team);
             Values<int> active;
@@ -71,7 +71,7 @@ class SecularEquation {
 
     // f in the middle tells which pole is nearer; it and the two poles next to it, the root of a
     // simpler equation.
-    LUMO_DEVICE void start(SecularTeam team, int* origin) {
+    LUMO_DEVICE void start(SecularTeam team) {
         team.lanes(here_, [&](int lane) {
             const int j = first_ + lane;
             from_.at(0, lane) = d[j];
@@ -99,9 +99,7 @@ class SecularEquation {
                 low_.at(0, lane) = !last ? R(0) - middle : left ? R(0) : middle;
                 high_.at(0, lane) = !last ? R(0) : left ? middle : rho + rho / 16;
             }
-            const int o = left || last ? j : j + 1;
-            origin[j] = o;
-            from_.at(0, lane) = d[o];
+            if (!left && !last) from_.at(0, lane) = d[j + 1];
             x_.at(0, lane) = within(lane, quadraticRoot(last, rest, a, b));
         });
     }

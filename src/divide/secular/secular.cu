@@ -13,7 +13,7 @@ using lumo::Merge;
 using VectorTeam = cudalib::Team<lumo::vectorLanes, 1>;
 
 template <class R>
-LUMO_KERNEL void SecularRoots_k(const Merge<R>* merges, const R* d, const R* z, int* origin,
+LUMO_KERNEL void SecularRoots_k(const Merge<R>* merges, const R* d, const R* z, R* origin,
                                 R* offset, R* root) {
     cudalib::kernel<4096>([&](lumo::SecularTeam team) LUMO_INLINED {
         const Merge<R> merge = merges[team.y()];
@@ -28,13 +28,14 @@ LUMO_KERNEL void SecularRoots_k(const Merge<R>* merges, const R* d, const R* z, 
 // and from the pole that the root belongs to.
 template <class R>
 LUMO_KERNEL void SecularWeights_k(const Merge<R>* merges, const R* d, const R* z, const int* rows,
-                                  const int* origin, const R* offset, R* pole, R* weight) {
+                                  const R* origin, const R* offset, R* pole, R* weight) {
     cudalib::kernel<1024>([&](lumo::SecularTeam team) LUMO_INLINED {
         const Merge<R> merge = merges[team.y()];
         const long first = team.x() * team.X, here = merge.kept - first;
         if (here <= 0) return;
-        const R *const poles = d + merge.first, *const offsets = offset + merge.first;
-        const int *const origins = origin + merge.first, *const mine = rows + merge.first + first;
+        const R *const poles = d + merge.first, *const origins = origin + merge.first,
+                       *const offsets = offset + merge.first;
+        const int* const mine = rows + merge.first + first;
         cudalib::LaneValues<lumo::SecularTeam, R> at, product;
         cudalib::LaneValues<lumo::SecularTeam, int> index;
         team.lanes(here, [&](int lane) {
@@ -43,7 +44,7 @@ LUMO_KERNEL void SecularWeights_k(const Merge<R>* merges, const R* d, const R* z
             product.at(0, lane) = 1;
         });
         for (int j = 0; j < merge.kept; ++j) {
-            const R from = poles[origins[j]], beyond = offsets[j], other = poles[j];
+            const R from = origins[j], beyond = offsets[j], other = poles[j];
             team.lanes(here, [&](int lane) {
                 const R distance = (at.at(0, lane) - from) - beyond;
                 const R poleDistance = at.at(0, lane) - other;
@@ -61,13 +62,13 @@ LUMO_KERNEL void SecularWeights_k(const Merge<R>* merges, const R* d, const R* z
 }
 
 template <class R>
-LUMO_KERNEL void SecularVectors_k(const Merge<R>* merges, const R* d, const int* origin,
-                                  const R* offset, const R* pole, const R* weight, R* s, int lds) {
+LUMO_KERNEL void SecularVectors_k(const Merge<R>* merges, const R* origin, const R* offset,
+                                  const R* pole, const R* weight, R* s, int lds) {
     cudalib::kernel<16>([&](VectorTeam team) LUMO_INLINED {
         const Merge<R> merge = merges[team.y()];
         const int j = int(team.x()), n = merge.kept;
         if (j >= n) return;
-        const R from = d[merge.first + origin[merge.first + j]], beyond = offset[merge.first + j];
+        const R from = origin[merge.first + j], beyond = offset[merge.first + j];
         const R *const poles = pole + merge.first, *const weights = weight + merge.first;
         R* const column = &cudalib::at(s, lds, merge.first, merge.first + j);
         cudalib::LaneValues<VectorTeam, R> squares;

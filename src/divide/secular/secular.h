@@ -15,9 +15,9 @@ struct SecularProblem {
     const R *d, *z;
     const int* rows;  // the pole that row i of the vectors is for
 
-    // Root j is d(origin) + offset, so that its distance from a pole is known to full accuracy.
-    int* origin;
-    R *offset, *root;
+    // Root j is origin + offset, the former a d, so that its distance from a pole is known to full
+    // accuracy.
+    R *origin, *offset, *root;
     R *pole, *weight;  // of row i: d, and a z that the roots are exact for
 };
 
