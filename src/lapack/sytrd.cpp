@@ -66,7 +66,7 @@ class TridiagonalReduction {
 
     // w := A v.
     void multiply(int order, const T* a, const T* v, T* w) const {
-        if (isComplex<T> || platform::sharesMemory())
+        if (isComplex<T> || (platform::sharesMemory() && order >= ownSymvOnCpu))
             hermitianProduct(order, a, a_.ld, v, w, parts_.data());
         else
             symv('L', order, T(1), a, a_.ld, v, 1, T(0), w, 1);

@@ -49,9 +49,11 @@ inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 template <class T>
 inline BlockSize gebrdTuning{32, 96, 32};
 
-// Columns of a panel of sytrd.
+// Columns of a panel of sytrd; and the order from which on its own product is faster than a CPU's
+// symv, that of complex elements always. Measured.
 template <class T>
 inline BlockSize sytrdTuning{32, 64, 32};
+constexpr int ownSymvOnCpu = 1024;
 
 // Whether a panel of gebrd reads the matrix once a column (BidiagonalPanel) or twice (Labrd). On a
 // CPU, complex products are worth a second reading: they are slower in a kernel than in its BLAS.

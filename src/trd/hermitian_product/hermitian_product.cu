@@ -7,7 +7,7 @@
 #ifdef __CUDACC__
 constexpr int columnLanes = lumo::hermitianProductLanes, unrolled = 1;
 #else
-constexpr int columnLanes = 16, unrolled = 2;
+constexpr int columnLanes = 8, unrolled = 2;
 #endif
 
 // The first column of a part; parts have the same share of the triangle, in whole groups of
