@@ -266,7 +266,7 @@ LUMO_API lumoStatus lumoDeviceZunmqr(char side, char trans, int m, int n, int k,
  * "V" it was in the submatrix of rows info / (n + 1) to info mod (n + 1). In both cases a is
  * undefined.
  * Device memory beside the operands: for "V" 3 n^2 elements for S and D; for C and Z n^2, and 3 n^2
- * real ones; some 130 n for panels. */
+ * real ones; some 140 n for panels. */
 LUMO_API lumoStatus lumoSsyevd(char jobz, char uplo, int n, float* a, int lda, float* w);
 LUMO_API lumoStatus lumoDsyevd(char jobz, char uplo, int n, double* a, int lda, double* w);
 LUMO_API lumoStatus lumoCheevd(char jobz, char uplo, int n, lumoFloatComplex* a, int lda, float* w);

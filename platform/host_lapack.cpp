@@ -89,6 +89,22 @@ void fill(Table& t) {
                     return call();
             });
         };
+    if (!t.eigenproblem)
+        t.eigenproblem = [](char type, char jobz, char uplo, int n, void* a, int lda, void* w,
+                            void* work, int size, void* rwork, int realSize, int* iwork,
+                            int integers) {
+            return infoOf<threads>(type, [&](auto zero) {
+                const auto call = [&](auto... realWork) {
+                    return cpu::syevd<decltype(zero)>(jobz, uplo, n, Array{a}, lda, Array{w},
+                                                      Array{work}, size, realWork..., iwork,
+                                                      integers);
+                };
+                if constexpr (isComplex<decltype(zero)>)
+                    return call(Array{rwork}, realSize);
+                else
+                    return call();
+            });
+        };
     if (!t.panelWidth) t.panelWidth = [](Panel, char, int, int) { return 0; };
     if (!t.sharesMemory) t.sharesMemory = [] { return 0; };
 }

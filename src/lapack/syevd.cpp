@@ -9,6 +9,7 @@
 #include "basic/LACPY/LACPY.h"
 #include "basic/Norms/Norms.h"
 #include "basic/Transpose/Transpose.h"
+#include "basic/magnitude.h"
 #include "blas/cublas.h"
 #include "common/exceptions.h"
 #include "common/matrix.h"
@@ -19,6 +20,7 @@
 #include "lapack/host_lapack.h"
 #include "lapack/stedc.h"
 #include "lapack/sytrd.h"
+#include "lapack/tuning.h"
 #include "routine/exports.h"
 
 namespace lumo {
@@ -127,7 +129,30 @@ class SymmetricEigenproblem {
     std::optional<InfoException> failure_;
 };
 
+// Of others the CPU library makes what it likes. An imaginary part of the diagonal is not read.
+template <class T>
+bool isFinite(bool upper, int n, const T* a, int lda) {
+    RealOf<T> sum = 0;
+    for (int j = 0; j < n; ++j) {
+        for (int i = upper ? 0 : j + 1; i < (upper ? j : n); ++i)
+            sum += (realPart(*at(a, lda, i, j)) + imaginaryPart(*at(a, lda, i, j))) * 0;
+        sum += realPart(*at(a, lda, j, j)) * 0;
+    }
+    return sum == 0;
+}
+
 }  // namespace
+
+template <class T>
+bool Syevd<T>::isSmall() const {
+    return n <= (jobz == 'V' ? smallEigenvectors : smallEigenvalues) &&
+           isFinite(uplo == 'U', n, a, lda);
+}
+template <class T>
+lumoStatus Syevd<T>::runOnCpu() const {
+    checkReturnedInfo(host::syevd(jobz, uplo, n, a, lda, w));
+    return lumoNoError;
+}
 
 template <class T>
 void Syevd<T>::run() const {

@@ -40,6 +40,8 @@ struct Syevd {
                  adjacent(w, n, Access::out));
     }
     void run() const;
+    bool isSmall() const;
+    lumoStatus runOnCpu() const;
 };
 
 }  // namespace lumo

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "basic/Copy/Copy.h"
+#include "basic/Set/Set.h"
 #include "blas/cublas.h"
+#include "blas/gemm.h"
 #include "blas/gemv/gemv.h"
 #include "blas/symv/symv.h"
 #include "brd/reflectors/reflectors.h"
@@ -17,8 +19,9 @@
 namespace lumo {
 namespace {
 
-// What is left of A is A - P C^T, with the reflectors' vectors and their companions in turn:
-// P = (v1 w1 v2 w2 ...) and C = conj(w1 v1 w2 v2 ...).
+// What is left of A is A - V W^H - W V^H, with the reflectors' vectors v and their companions w as
+// the columns of P = (... v3 v2 v1 w1 w2 w3 ...): P times its own columns in reversed order, which
+// a negative increment has of the vectors that P is multiplied by.
 template <class T>
 class TridiagonalReduction {
     using R = RealOf<T>;
@@ -31,37 +34,42 @@ class TridiagonalReduction {
           d_(d),
           e_(e),
           tau_(tau),
-          memory_(4 * std::size_t(n) * std::size_t(nb_)),
+          memory_(2 * std::size_t(nb_) * (std::size_t(n) + 2)),
           p_{memory_.data(), n},
-          c_{p_.at(0, 2 * nb_), n},
+          row_(p_.at(0, 2 * nb_)),
+          products_(row_ + 2 * nb_),
           parts_(std::size_t(n) * std::size_t(hermitianProductParts(n))) {}
 
     void run() const {
-        const cudalib::Workspace<T> products(2 * std::size_t(nb_));
         for (int j = 0; j < n_ - 1; j += nb_) {
             const int count = std::min(nb_, n_ - 1 - j), next = j + count;
-            for (int i = 0; i < count; ++i) reduceColumn(j + i, 2 * i, products.data());
-            cublas::syr2k('L', 'N', n_ - next, count, T(-1), p_.at(next, 0), 2 * n_, p_.at(next, 1),
-                          2 * n_, R(1), a_.at(next, next), a_.ld);
+            for (int i = 0; i < count; ++i) reduceColumn(j + i, i);
+            // V is in A, but for the 1 of its last column, where A has an element of T.
+            setElement<1>(a_.at(next, next - 1));
+            cublas::syr2k('L', 'N', n_ - next, count, T(-1), a_.at(next, j), a_.ld,
+                          p_.at(next, nb_), n_, R(1), a_.at(next, next), a_.ld);
+            restore(e_ + next - 1, a_.at(next, next - 1));
         }
         takeDiagonal();
     }
 
   private:
-    // Column k, when `rank` columns of P and C are there.
-    void reduceColumn(int k, int rank, T* products) const {
-        const int below = n_ - k - 1;
+    // Column k, when P has `pairs` of v and w; row_ is P's row k, conjugated.
+    void reduceColumn(int k, int pairs) const {
+        const int below = n_ - k - 1, rank = 2 * pairs, left = nb_ - pairs;
         if (rank > 0)
-            cublas::gemv('N', n_ - k, rank, T(-1), p_.at(k, 0), n_, c_.at(k, 0), n_, T(1),
-                         a_.at(k, k), 1);
-        T *const v = p_.at(k + 1, rank), *const w = p_.at(k + 1, rank + 1);
-        columnReflector(below, 0, a_.at(k + 1, k), v, e_ + k, tau_ + k, 0, v, n_, products);
+            cublas::gemv('N', n_ - k, rank, T(-1), p_.at(k, left), n_, row_, -1, T(1), a_.at(k, k),
+                         1);
+        T *const v = p_.at(k + 1, left - 1), *const w = p_.at(k + 1, nb_ + pairs);
+        columnReflector(below, 0, a_.at(k + 1, k), v, e_ + k, tau_ + k, 0, v, n_, row_);
         multiply(below, a_.at(k + 1, k + 1), v, w);
         if (rank > 0) {
-            gemv('T', below, rank, T(1), c_.at(k + 1, 0), n_, v, 1, T(0), products, 1);
-            cublas::gemv('N', below, rank, T(-1), p_.at(k + 1, 0), n_, products, 1, T(1), w, 1);
+            gemv(adjointLetter<T>, below, rank, T(1), p_.at(k + 1, left), n_, v, 1, T(0), products_,
+                 1);
+            cublas::gemv('N', below, rank, T(-1), p_.at(k + 1, left), n_, products_, -1, T(1), w,
+                         1);
         }
-        companion(below, tau_ + k, v, w, c_.at(k + 1, rank), c_.at(k + 1, rank + 1));
+        companion(below, tau_ + k, v, w, rank + 2, v, n_, row_);
     }
 
     // w := A v.
@@ -72,6 +80,12 @@ class TridiagonalReduction {
             symv('L', order, T(1), a, a_.ld, v, 1, T(0), w, 1);
     }
 
+    static void restore(const R* value, T* element) {
+        if constexpr (isComplex<T>)
+            copyElementRealToComplex(value, element);
+        else
+            copyElement(value, element);
+    }
     void takeDiagonal() const {
         if constexpr (isComplex<T>)
             copyVectorComplexToReal(n_, a_.data, a_.ld + 1, d_, 1);
@@ -84,7 +98,8 @@ class TridiagonalReduction {
     R *const d_, *const e_;
     T* const tau_;
     const cudalib::Workspace<T> memory_;
-    const MatrixView<T> p_, c_;
+    const MatrixView<T> p_;
+    T *const row_, *const products_;
     const cudalib::Workspace<T> parts_;
 };
 

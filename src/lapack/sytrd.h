@@ -12,7 +12,8 @@ namespace lumo {
 // are in device memory; arguments are the caller's to check.
 //
 // By panels: half of the work is in products of what is left with a vector, the other half in its
-// updates. Nothing waits for the device. Device memory: 4 n nb elements.
+// updates. Nothing waits for the device. Device memory: 2 n nb
+// elements, and what the product with what is left takes.
 template <class T>
 void sytrd(int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tau);
 

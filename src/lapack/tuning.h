@@ -78,5 +78,6 @@ inline std::size_t gatheredOnCpu = std::size_t(12) << 20;
 
 // Orders up to which a problem is small (routine/description.h), measured.
 constexpr int smallLu = 256, smallCholesky = 256, smallSvd = 48;
+constexpr int smallEigenvectors = 192, smallEigenvalues = 640;
 
 }  // namespace lumo

@@ -6,8 +6,8 @@
 using CompanionTeam = cudalib::Team<lumo::companionLanes, 1>;
 
 template <class T>
-LUMO_KERNEL void Companion_k(int n, const T* tau, const T* v, T* w, T* conjugatedW,
-                             T* conjugatedV) {
+LUMO_KERNEL void Companion_k(int n, const T* tau, const T* v, T* w, int count, const T* p, int ldp,
+                             T* row) {
     cudalib::kernel<64>([&](CompanionTeam team) LUMO_INLINED {
         const T factor = *tau;
         cudalib::LaneValues<CompanionTeam, T> product;
@@ -20,11 +20,12 @@ LUMO_KERNEL void Companion_k(int n, const T* tau, const T* v, T* w, T* conjugate
         const T sum = cudalib::sumOfLanes(product);
         const T alpha = lumo::RealOf<T>(-0.5) * (factor * sum);
         for (long i = 0; i < n; i += team.X)
-            team.lanes(n - i, [&](int lane) {
-                const T mine = v[i + lane], result = factor * w[i + lane] + alpha * mine;
-                w[i + lane] = result;
-                conjugatedW[i + lane] = lumo::conjugate(result);
-                conjugatedV[i + lane] = lumo::conjugate(mine);
+            team.lanes(n - i,
+                       [&](int lane) { w[i + lane] = factor * w[i + lane] + alpha * v[i + lane]; });
+        team.barrier();
+        for (long i = 0; i < count; i += team.X)
+            team.lanes(count - i, [&](int lane) {
+                row[i + lane] = lumo::conjugate(p[std::size_t(i + lane) * std::size_t(ldp)]);
             });
     });
 }
