@@ -45,6 +45,7 @@ class SecularEquation {
   private:
     template <class V>
     using Values = cudalib::LaneValues<SecularTeam, V>;
+    static constexpr R eps = std::numeric_limits<R>::epsilon() / 2;
     static constexpr int together = 4;  // poles
     // More steps than any bracket takes to be halved until nothing lies between its ends.
     static constexpr int mostSteps = 200, patience = 8;
@@ -124,7 +125,6 @@ class SecularEquation {
     // A step of the middle way: the poles below the root and those above it are each taken for one
     // with the same sum and slope. Whether the root is as good as it gets.
     LUMO_DEVICE bool advance(int lane, bool halve) {
-        constexpr R eps = std::numeric_limits<R>::epsilon() / 2;
         const int p = poleBelow(lane);
         const R x = x_.at(0, lane), f = value(lane);
         const R slopeBelow = slopeBelow_.at(0, lane), slopeAbove = slopeAbove_.at(0, lane);
