@@ -14,49 +14,11 @@
 #include "divide/columns/columns.h"
 #include "divide/secular/secular.h"
 #include "lapack/host_lapack.h"
-#include "lapack/stedc_deflation.h"
+#include "lapack/stedc_level.h"
 #include "lapack/tuning.h"
 
 namespace lumo {
 namespace {
-
-template <class V>
-void upload(V* device, const std::vector<V>& host) {
-    if (!host.empty())
-        cudalib::checkCudaError(
-            cudaMemcpy(device, host.data(), host.size() * sizeof(V), cudaMemcpyHostToDevice));
-}
-
-// A list in device memory.
-template <class V>
-class DeviceList {
-  public:
-    explicit DeviceList(const std::vector<V>& host) : values_(host.size()) {
-        upload(values_.data(), host);
-    }
-    const V* data() const { return values_.data(); }
-
-  private:
-    cudalib::Workspace<V> values_;
-};
-
-// What a level's merges come to, as the host knows it before their roots are found.
-template <class R>
-struct Level {
-    using Pairs = std::vector<typename Deflation<R>::Eigenpair>;
-    // What belongs to one of `merges`.
-    struct Products {
-        int upper, fromUpper, both, fromLower;  // rows, and columns by their rows
-    };
-
-    std::vector<Merge<R>> merges;  // but for those of which all has been deflated
-    std::vector<Products> products;
-    std::vector<ColumnRotation<R>> rotations;
-    std::vector<ColumnMove> gathered, putBack;
-    std::vector<R> numbers;  // the kept ones' d and, behind all of them, z
-    std::vector<int> rows;
-    int order = 0;  // the largest merge's
-};
 
 template <class R>
 class DivideAndConquer {
