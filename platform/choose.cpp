@@ -9,6 +9,7 @@
 // report it and never hidden behind the CPU.
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -69,7 +70,11 @@ const Table* loadPlugin(const std::filesystem::path& path, std::string& error) {
     return table;
 }
 
+// Of the lumo command (lumo_private_platform).
+std::atomic<const Table*> given{nullptr};
+
 Decision decide() {
+    if (const Table* own = given) return {own, "the program's own"};
     const char* word = std::getenv("LUMO_PLATFORM");
     const std::string wish = word ? word : "";
     if (wish == "software") return {&software::table(), "LUMO_PLATFORM=software"};
@@ -119,7 +124,8 @@ const Choice& choice() {
     return chosen;
 }
 
-const Choice* lumo_private_platform() {
+const Choice* lumo_private_platform(const Table* own) {
+    if (own) given = own;
     return &choice();
 }
 

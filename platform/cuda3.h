@@ -47,8 +47,9 @@ struct Choice {
 const Choice& choice();
 
 // The same for the lumo command, which uses the shared library of its own version: exported, but
-// no part of the interface.
-extern "C" __attribute__((visibility("default"))) const Choice* lumo_private_platform();
+// no part of the interface. A platform of the command's own runs if nothing has been chosen yet.
+extern "C" __attribute__((visibility("default"))) const Choice* lumo_private_platform(
+    const Table* own);
 
 // Calls an entry of the chosen platform's table.
 template <auto entry, class = decltype(entry)>

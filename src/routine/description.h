@@ -54,6 +54,11 @@ struct VectorOperand {
     Access access;
 };
 
+template <class Operand>
+constexpr bool isVector = false;
+template <class P>
+constexpr bool isVector<VectorOperand<P>> = true;
+
 template <class P>
 MatrixOperand<P> matrix(P& a, int& lda, int rows, int columns, Access access) {
     return {a, &lda, rows, columns, access, false, false};

@@ -95,7 +95,7 @@ template void warnOfExtremes(const std::vector<std::complex<float>>&, const std:
                              const char*, double);
 
 void printPlatform(const Session& session) {
-    std::printf("platform:   %s\n", platform::lumo_private_platform()->table->name);
+    std::printf("platform:   %s\n", platform::lumo_private_platform(nullptr)->table->name);
     std::printf("device:     %s\n", session.device().c_str());
 }
 

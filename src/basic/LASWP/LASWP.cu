@@ -66,5 +66,20 @@ LUMO_KERNEL void KernelLASWPCOLWide(int n, T* a, int lda, int start, int count,
     interchangeColumns(n, a, lda, start, count, piv);
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &KernelLASWP<Map1D, T>, &KernelLASWPWide<Map1D, T>,
-              &KernelLASWPCOL<Map1D, T>, &KernelLASWPCOLWide<Map1D, T>)
+// Two elements are read and written for each interchange and each column (or row): elements of a
+// row lie alone. One interchange waits for the other.
+template <class T, bool alone>
+struct LaswpCost {
+    template <class Interchanges>
+    static cudalib::Work of(int n, T*, int lda, int, int count, const Interchanges&) {
+        cudalib::Work w{4. * n * count * (alone ? cudalib::bytesOfLoneElement<T> : sizeof(T))};
+        w.turns = count;
+        w.reach = double(n) * lda * sizeof(T);
+        return w;
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&KernelLASWP<Map1D, T>, LaswpCost<T, true>>,
+              cudalib::Kernel<&KernelLASWPWide<Map1D, T>, LaswpCost<T, true>>,
+              cudalib::Kernel<&KernelLASWPCOL<Map1D, T>, LaswpCost<T, false>>,
+              cudalib::Kernel<&KernelLASWPCOLWide<Map1D, T>, LaswpCost<T, false>>)
