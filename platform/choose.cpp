@@ -11,12 +11,14 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
 #include "platform/cuda3.h"
 #include "platform/host_lapack.h"
 #include "platform/profile.h"
+#include "platform/registry.h"
 #include "platform/software/table.h"
 #include "platform/unavailable.h"
 
@@ -108,6 +110,12 @@ Decision decide() {
     return {cuda, "an NVIDIA driver and a device"};
 }
 
+const Kernel* kernelWith(const char* partOfName) {
+    for (const Kernel* kernel : registeredKernels())
+        if (std::strstr(kernel->name, partOfName)) return kernel;
+    return nullptr;
+}
+
 }  // namespace
 
 const Choice& choice() {
@@ -120,7 +128,8 @@ const Choice& choice() {
         if (profile && *profile && *profile != '0') made->table = &profiled(*made->table);
         return made;
     }();
-    static const Choice chosen{decision->table, decision->reason.c_str(), decision->available};
+    static const Choice chosen{decision->table, decision->reason.c_str(), decision->available,
+                               kernelWith};
     return chosen;
 }
 

@@ -43,6 +43,8 @@ struct Choice {
     const Table* table;
     const char* reason;
     bool available;  // or the reason is why nothing can run
+    // A kernel of the library whose mangled name has this in it; null if there is none.
+    const Kernel* (*kernel)(const char* partOfName);
 };
 const Choice& choice();
 

@@ -21,10 +21,14 @@ struct Region {
 // What is uploaded and may be read again: short vectors. A kernel's results are made anew.
 constexpr double remembered = 1 << 16;
 
+// Where the host's memory is the device's, so are the operands.
 void moveContents(const Region& r, Place to, Place from) {
-    if (to == Place::elsewhere && from == Place::device)
+    const auto onDevice = [](Place place) {
+        return place == Place::device || (place == Place::operand && state().joined());
+    };
+    if (to == Place::elsewhere && onDevice(from))
         deliver(r.to, r.toPitch, r.from, r.fromPitch, r.width, r.height);
-    if (to == Place::device && from == Place::elsewhere && r.height == 1 && r.bytes() <= remembered)
+    if (onDevice(to) && from == Place::elsewhere && r.height == 1 && r.bytes() <= remembered)
         std::memcpy(r.to, r.from, r.width);
 }
 

@@ -58,7 +58,9 @@ double productSeconds(const Machine& machine, Element e, double m, double n, dou
         best = std::min(best, turns * flops * p / (rate * tile.efficiency));
     }
     const double bytes = e.bytes * (2 * part * m * n + k * (m + n));
-    return machine.productStart + std::max(best, memorySeconds(machine, bytes));
+    const double traffic = memorySeconds(machine, bytes);
+    return machine.productStart + std::max(best, traffic) +
+           machine.productExposed * std::min(best, traffic);
 }
 
 // Either as products, with a wait for each row, or side by side as matrix-vector products.

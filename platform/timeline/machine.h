@@ -42,8 +42,10 @@ struct Machine {
     double productStart;
     double productSingle, productDouble;
     std::vector<Tile> productTiles;
-    double productDepth;              // a tile costs so many steps along k more than it has
-    double productSplit;              // steps that are worth a processor of their own; 0: never
+    double productDepth;  // a tile costs so many steps along k more than it has
+    double productSplit;  // steps that are worth a processor of their own; 0: never
+    double
+        productExposed;  // of its traffic or its operations, the part that the other does not hide
     double vectorEfficiency;          // the part of the bandwidth that matrix-vector products reach
     double solveRow;                  // a row of a triangle that is solved with waits so long
     double solveSingle, solveDouble;  // operations of such solves

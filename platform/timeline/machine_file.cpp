@@ -145,6 +145,7 @@ const std::vector<Field>& fields() {
         tiles("products", "tiles", &M::productTiles),
         time("products", "depth", &M::productDepth),
         time("products", "split", &M::productSplit),
+        time("products", "exposed", &M::productExposed),
         positive("products", "vector_efficiency", &M::vectorEfficiency),
         time("solves", "row", &M::solveRow),
         positive("solves", "single", &M::solveSingle),

@@ -66,13 +66,14 @@ LUMO_KERNEL void KernelLASWPCOLWide(int n, T* a, int lda, int start, int count,
     interchangeColumns(n, a, lda, start, count, piv);
 }
 
-// Two elements are read and written for each interchange and each column (or row): elements of a
-// row lie alone. One interchange waits for the other.
+// Two elements are read and written for each interchange and each column (or row). Those of a row
+// lie alone, but half of them beside those of the next interchange, which waits for this one.
 template <class T, bool alone>
 struct LaswpCost {
     template <class Interchanges>
     static cudalib::Work of(int n, T*, int lda, int, int count, const Interchanges&) {
-        cudalib::Work w{4. * n * count * (alone ? cudalib::bytesOfLoneElement<T> : sizeof(T))};
+        constexpr double one = sizeof(T), other = alone ? cudalib::bytesOfLoneElement<T> : one;
+        cudalib::Work w{2. * n * count * (one + other)};
         w.turns = count;
         w.reach = double(n) * lda * sizeof(T);
         return w;
