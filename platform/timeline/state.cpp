@@ -1,5 +1,6 @@
 #include "platform/timeline/state.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -38,8 +39,14 @@ void begin() {
 Account end() {
     { const Entry last; }
     const State& s = state();
-    return {s.clock.now(),          s.clock.busy(), s.clock.idle(),
-            s.clock.criticalPath(), s.counts,       s.memory.peak};
+    const Clock& clock = s.clock;
+    Account account{clock.now(),          clock.busy(), clock.idle(),
+                    clock.criticalPath(), s.counts,     s.memory.peak};
+    // The host that is the device computes when it does the device's work.
+    if (s.joined())
+        for (const Kind kind : {Kind::kernel, Kind::product})
+            std::swap(account.busy[int(kind)], account.idle[int(kind)]);
+    return account;
 }
 
 void* operand(std::size_t bytes, bool touched) {

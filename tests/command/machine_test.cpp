@@ -1,4 +1,4 @@
-// What the command tells of the machine: lumo info, bench and tune.
+// What the command tells of the machine, and of others: lumo info, bench, tune, predict, calibrate.
 #include <cmath>
 #include <csignal>
 #include <regex>
@@ -14,9 +14,11 @@ TEST_F(Command, TellsWhatItRunsOn) {
     EXPECT_EQ(0, outcome.code);
     expectWords(outcome.out, {"software (LUMO_PLATFORM=software)", "device 0", "capability", "MiB",
                               "MHz", "CPU LAPACK:", "CUDA runtime:", "CUDA driver:"});
-    const Outcome refused = shell("LUMO_PLATFORM=abacus '" LUMO_COMMAND "' info");
-    EXPECT_EQ(1, refused.code);
-    expectWords(refused.out, {"LUMO_PLATFORM=abacus names no platform"});
+    for (const std::string platform : {"abacus", "timeline"}) {
+        const Outcome refused = shell("LUMO_PLATFORM=" + platform + " '" LUMO_COMMAND "' info");
+        EXPECT_EQ(1, refused.code);
+        expectWords(refused.out, {"LUMO_PLATFORM=" + platform + " names no platform"});
+    }
 }
 
 TEST_F(Command, SaysWhatIsWrongWithItsArguments) {
@@ -24,7 +26,10 @@ TEST_F(Command, SaysWhatIsWrongWithItsArguments) {
                                               {"", "info solve"},
                                               {"solve A", "B is required"},
                                               {"svd A -k 0", "0 not in range 1 to 2147483647"},
-                                              {"tune -n 0", "0 not in range 64 to 32768"}};
+                                              {"tune -n 0", "0 not in range 64 to 32768"},
+                                              {"predict sgetrf", "--size is required"},
+                                              {"predict sgetrf -n 5,0", "0 not in range 1 to"},
+                                              {"predict sgetrf -n 4k", "4k"}};
     for (const auto& c : cases) {
         const Outcome outcome = run(c[0]);
         EXPECT_LT(100, outcome.code);
@@ -57,6 +62,34 @@ TEST_F(Command, DrawsItsSpeed) {
     const auto without = shell("PATH=/absent '" LUMO_COMMAND "' bench sgemm -n 16 --plot y.svg");
     EXPECT_EQ("", without.out);
     expectWords(without.err, {"lumo: y.svg: ", "gnuplot-nox"});
+}
+
+TEST_F(Command, PredictsAndSaysThatItDoes) {
+    const Outcome outcome = run("predict sgetrf cgesv -n 100000,500,200000 --json p.json");
+    EXPECT_EQ(0, outcome.code) << outcome.err;
+    expectWords(outcome.out,
+                {"PREDICTION, nothing was computed: NVIDIA H100", "host memory", "sgetrf       500",
+                 "the GPU waited for", "the critical path", "200000 fails: Insufficient memory"});
+    expectWords(read(folder / "p.json"),
+                {"\"kind\": \"prediction\", \"computed\": false", "\"predicted_seconds\": ",
+                 "\"failure\": \"Insufficient memory", "\"critical_path\": {\"kernels\": "});
+    expectRefusal("predict sgetrf -n 8 --machine abacus", {"abacus is neither", " h100 "});
+    expectRefusal("predict sgemn -n 8", {"sgemn", " sgemm "});
+    expectRefusal("predict sgetrf --values -n 8", {"--values is for gesvd alone"});
+    write("my.ini", "[device]\nname = mine\n");
+    expectRefusal("predict sgetrf -n 8 --machine my.ini", {"my.ini, line 2: name has no source"});
+}
+
+// The clock's own machine, whose prediction of itself is beside what it measures.
+TEST_F(Command, CalibratesThisMachine) {
+    EXPECT_EQ(0, run("calibrate -o here.ini --name 'This one'").code) << read(folder / "err");
+    expectWords(read(folder / "here.ini"), {"name = This one  ; ", "; measured by lumo calibrate"});
+    const std::string picture = shell("command -v gnuplot").code ? "" : " --plot p.svg";
+    const Outcome outcome =
+        run("predict sgesvd --values -n 64,256 --machine here.ini --against cpu" + picture);
+    EXPECT_EQ(0, outcome.code) << outcome.err;
+    expectWords(outcome.out, {"PREDICTION, nothing was computed: This one (here.ini)", "CPU ms"});
+    if (!picture.empty()) expectWords(read(folder / "p.svg"), {"Prediction: This one"});
 }
 
 TEST(SpeedCurve, CrossesWhereLumoStaysFaster) {
