@@ -30,7 +30,7 @@ double kernelSeconds(const Machine& m, const platform::Work& work, platform::Dim
                      platform::Dim3 block) {
     const double lanes = double(grid.x) * grid.y * grid.z * block.x * block.y * block.z;
     const double wanted = m.processors * m.kernelLanes;
-    const double fill = wanted > 0 ? std::min(1., lanes / wanted) : 1;
+    const double fill = wanted > 0 ? std::min(1., std::max(lanes / wanted, m.kernelLeast)) : 1;
     const double reach = std::max(work.bytes, work.reach);
     const double bytes = work.bytes / (m.bandwidth.at(std::max(1., reach)) * m.kernelEfficiency);
     const double flops = work.flops / m.kernelOperations;

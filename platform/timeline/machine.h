@@ -36,6 +36,7 @@ struct Machine {
     double kernelStart;       // of a kernel that does nothing
     double kernelGap;         // between two kernels
     double kernelLanes;       // that a processor must have to be busy
+    double kernelLeast;       // the part of the bandwidth that the smallest grid reaches
     double kernelEfficiency;  // the part of the bandwidth that the library's kernels reach
     double kernelOperations;  // of theirs, of single precision
 

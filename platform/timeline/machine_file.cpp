@@ -137,6 +137,7 @@ const std::vector<Field>& fields() {
         time("kernels", "start", &M::kernelStart),
         time("kernels", "gap", &M::kernelGap),
         time("kernels", "lanes", &M::kernelLanes),
+        time("kernels", "least", &M::kernelLeast),
         positive("kernels", "efficiency", &M::kernelEfficiency),
         positive("kernels", "operations", &M::kernelOperations),
         time("products", "start", &M::productStart),

@@ -15,8 +15,8 @@ std::string sourceOf(const std::string& key, const std::string& date) {
     static const std::set<std::string> told{"name", "capability", "memory", "processors",
                                             "shares_memory"};
     static const std::set<std::string> ours{"kept", "staged_from", "tall"};
-    static const std::set<std::string> assumed{"gap",  "lanes", "big_launch", "product",
-                                               "copy", "scale", "tiles",      "split"};
+    static const std::set<std::string> assumed{"gap",  "lanes", "least", "big_launch", "product",
+                                               "copy", "scale", "tiles", "split"};
     if (told.count(key)) return "as the device says";
     if (ours.count(key)) return "what the library does";
     return (assumed.count(key) ? "assumed" : "measured by lumo calibrate, ") +

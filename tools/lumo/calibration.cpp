@@ -220,6 +220,7 @@ void measureMemory(Machine& m) {
     m.kernelEfficiency = 1;
     m.kernelOperations = fastest;
     m.vectorEfficiency = std::min(1., efficiency);
+    m.kernelLeast = 0.15;
     m.kernelLanes = m.sharesMemory ? 0 : 512;
     measureLatency(m, memory);
 }
