@@ -1,6 +1,7 @@
 #include "cpu_times.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <stdexcept>
 
@@ -29,7 +30,7 @@ double measure(const MeasuredRoutine& routine, Shape shape) {
         times.push_back(secondsOf([&] { info = problem->by(cpu); }));
         if (info) throw std::runtime_error("the CPU library's " + routine.name + " fails");
         spent += times.back();
-        if (times.back() > 1) break;
+        if (spent > 2 * longCall) break;
     }
     return *std::min_element(times.begin(), times.end());
 }
@@ -38,29 +39,32 @@ double measure(const MeasuredRoutine& routine, Shape shape) {
 
 std::vector<CpuTime> cpuTimes(const MeasuredRoutine& routine, const std::vector<Shape>& shapes) {
     std::vector<CpuTime> times;
-    Shape last{};
-    double seconds = 0;
-    const auto estimate = [&](const Shape& s) {
-        return seconds * std::pow(double(s.n) / last.n, exponent(routine));
+    // What was measured last, and before: the faster one is extrapolated, for what else runs on a
+    // machine may have met one of them.
+    std::array<std::pair<int, double>, 2> last{};
+    const auto estimate = [&](int n) {
+        double least = 0;
+        for (const auto& [size, seconds] : last) {
+            if (size == 0) continue;
+            const double then = seconds * std::pow(double(n) / size, exponent(routine));
+            least = least > 0 ? std::min(least, then) : then;
+        }
+        return least;
     };
     const auto take = [&](const Shape& s) {
-        seconds = measure(routine, s);
-        last = s;
+        last = {std::pair(s.n, measure(routine, s)), last[0]};
     };
     // The ladder begins at a size that is surely short.
-    if (!shapes.empty() && shapes[0].n > 512) {
-        const Shape first = shapes[0];
-        for (int n = 512; n < first.n; n *= 2) {
-            const Shape s = routine.shapeOf(n);
-            const Shape step{s.m, s.n, first.k == 0 ? 0 : s.k};
-            if (seconds > 0 && estimate(step) > longCall) break;
+    if (!shapes.empty())
+        for (int n = 512; n < shapes[0].n && estimate(n) <= longCall; n *= 2) {
+            Shape step = routine.shapeOf(n);
+            if (shapes[0].k == 0) step.k = 0;
             take(step);
         }
-    }
     for (const Shape& s : shapes) {
-        const bool measured = last.n == 0 || estimate(s) <= longCall;
+        const bool measured = estimate(s.n) <= longCall;
         if (measured) take(s);
-        times.push_back({measured ? seconds : estimate(s), measured});
+        times.push_back({measured ? last[0].second : estimate(s.n), measured});
     }
     return times;
 }

@@ -9,7 +9,7 @@ namespace lumo {
 
 struct CpuTime {
     double seconds;
-    bool measured;  // or extrapolated from the largest size that was
+    bool measured;  // or extrapolated
 };
 
 // Of problems of these shapes, by rising sizes. Sizes that take too long are extrapolated.

@@ -102,7 +102,7 @@ void print(const PredictedRoutine& routine) {
     if (routine.cpu.empty()) return;
     if (std::find(routine.measured.begin(), routine.measured.end(), false) !=
         routine.measured.end())
-        std::printf("    * extrapolated from the largest size that was measured here\n");
+        std::printf("    * extrapolated from sizes that were measured here\n");
     if (const double crossover = routine.crossover(); crossover > 0)
         std::printf("    the GPU pays from n = %.0f on, as far as was asked\n", crossover);
     else
