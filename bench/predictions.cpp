@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/cuda3.h"
 #include "tools/lumo/calibration.h"
 #include "tools/lumo/prediction.h"
 #include "tools/lumo/session.h"
@@ -41,22 +42,24 @@ std::vector<int> sizes(int largest) {
     return all;
 }
 
-// Of one thread, its processor's time is the call's, and others that run meanwhile add little to
-// it; the least of several calls.
-double processorSeconds() {
+// On the software device, with one thread, the processor's time is the call's, and others that run
+// meanwhile add little to it.
+double secondsNow() {
+    const bool ofProcessor = platform::lumo_private_platform(nullptr)->table->sharesMemory();
     timespec t;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    clock_gettime(ofProcessor ? CLOCK_PROCESS_CPUTIME_ID : CLOCK_MONOTONIC, &t);
     return double(t.tv_sec) + 1e-9 * double(t.tv_nsec);
 }
 
+// The least of several calls.
 double measured(const Case& c, int n) {
     const auto problem = lumo::measuredRoutine(c.routine).make(shapeOf(c, n));
     std::vector<double> times;
     for (double spent = 0; times.size() < 5 || (spent < 2 && times.size() < 40);) {
         problem->restore();
-        const double start = processorSeconds();
+        const double start = secondsNow();
         if (problem->lumo()) throw std::runtime_error(std::string(c.routine) + " fails");
-        times.push_back(processorSeconds() - start);
+        times.push_back(secondsNow() - start);
         spent += times.back();
     }
     return *std::min_element(times.begin(), times.end());

@@ -75,7 +75,7 @@ struct Machine {
 // Reads a description. Throws a std::runtime_error that tells file and line of what is wrong.
 Machine readMachine(const std::string& file, const std::string& text);
 
-// The text of a description: `comment(key)` tells each figure's source.
+// The figures of a description, in their order, as they are written; without their sources.
 struct Figure {
     std::string section, key, value;
 };

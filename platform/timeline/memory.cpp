@@ -43,10 +43,6 @@ Place Memory::placeOf(const void* pointer) const {
 
 namespace {
 
-double memoryOf(const State& s) {
-    return s.machine.memory;
-}
-
 // Gives kept blocks back, the largest first, until no more than this is kept.
 void discard(std::size_t downTo) {
     Memory& m = state().memory;
@@ -87,7 +83,7 @@ int allocate(void** pointer, std::size_t bytes) {
     if ((*pointer = takeKept(bytes, Place::device))) return cudaSuccess;
     ++s.counts.allocations;
     s.clock.host(Kind::allocation, s.machine.allocate + double(bytes) * s.machine.allocateByte);
-    const auto fits = [&] { return double(m.used) + double(bytes) <= memoryOf(s); };
+    const auto fits = [&] { return double(m.used) + double(bytes) <= s.machine.memory; };
     if (!fits()) discard(0);
     if (!fits()) return cudaErrorMemoryAllocation;
     *pointer = m.reserve(bytes, Place::device, true);
@@ -100,7 +96,7 @@ int allocate(void** pointer, std::size_t bytes) {
 }  // namespace
 
 int memGetInfo(std::size_t* free, std::size_t* total) {
-    *total = std::size_t(memoryOf(state()));
+    *total = std::size_t(state().machine.memory);
     *free = *total - state().memory.used;
     return cudaSuccess;
 }
