@@ -15,8 +15,6 @@
 namespace test {
 namespace {
 
-using timeline::Kind;
-
 // A GPU in round numbers, whose host takes no time of its own.
 timeline::Machine simple() {
     timeline::Machine m = timeline::machineOf("h100");

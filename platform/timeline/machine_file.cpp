@@ -199,8 +199,10 @@ Machine readMachine(const std::string& file, const std::string& contents) {
     std::istringstream in(contents);
     std::string line, section;
     for (int n = 1; std::getline(in, line); ++n) {
-        const auto refuse = [&](const std::string& what) {
-            throw std::runtime_error(file + ", line " + std::to_string(n) + ": " + what);
+        const auto refuse = [&, n](const std::string& what) {
+            std::string refusal = file;
+            refusal.append(", line ").append(std::to_string(n)).append(": ").append(what);
+            throw std::runtime_error(refusal);
         };
         const auto semicolon = line.find(';');
         const std::string source =

@@ -1,5 +1,6 @@
 // Streams, events, the device and its errors.
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "platform/error_texts.h"
@@ -54,7 +55,7 @@ int getDeviceProperties(platform::DeviceProperties* properties, int device) {
     p.maxThreadsPerBlock = 1024;
     p.maxThreadsDim[0] = p.maxThreadsDim[1] = 1024;
     p.maxThreadsDim[2] = 64;
-    const int capability = int(m.capability * 10 + 0.5);
+    const int capability = int(std::lround(m.capability * 10));
     p.maxGridSize[0] = capability >= 30 ? 2147483647 : 65535;
     p.maxGridSize[1] = p.maxGridSize[2] = 65535;
     p.clockRate = 1000000;
