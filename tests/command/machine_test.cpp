@@ -80,6 +80,20 @@ TEST_F(Command, PredictsAndSaysThatItDoes) {
     expectRefusal("predict sgetrf -n 8 --machine my.ini", {"my.ini, line 2: name has no source"});
 }
 
+TEST_F(Command, PredictsEveryRoutine) {
+    const std::string refusal = shell("'" LUMO_COMMAND "' predict none -n 8 2>&1").out;
+    const std::string names = refusal.substr(refusal.find(": ", refusal.find("these are")) + 1);
+    expectWords(names, {" sgemm ", " zgemv ", " csymm ", " cgesvd ", " sgglse "});
+    for (const char* interface : {"", " --device"}) {
+        const Outcome outcome = shell("'" LUMO_COMMAND "' predict -n 90,700 --machine a100" +
+                                      std::string(interface) + " " + names);
+        EXPECT_EQ(0, outcome.code) << outcome.err;
+        EXPECT_EQ(outcome.out.npos, outcome.out.find("fails")) << outcome.out;
+        std::istringstream words(names);
+        for (std::string name; words >> name;) expectWords(outcome.out, {"\n" + name + " "});
+    }
+}
+
 // The clock's own machine, whose prediction of itself is beside what it measures.
 TEST_F(Command, CalibratesThisMachine) {
     EXPECT_EQ(0, run("calibrate -o here.ini --name 'This one'").code) << read(folder / "err");

@@ -148,6 +148,15 @@ const std::vector<MeasuredRoutine>& measuredRoutines() {
     return all;
 }
 
+// Complex symm and syr2k compute the Hermitian products, under names that are others' in the BLAS.
+std::vector<MeasuredRoutine> allRoutines() {
+    std::vector<MeasuredRoutine> all = measuredRoutines();
+    for (MeasuredRoutine& routine :
+         std::vector<MeasuredRoutine>{LUMO_MEASURED_C_Z(symm, 0), LUMO_MEASURED_C_Z(syr2k, 0)})
+        all.push_back(std::move(routine));
+    return all;
+}
+
 const MeasuredRoutine& measuredRoutine(const std::string& name) {
     for (const MeasuredRoutine& routine : measuredRoutines())
         if (routine.name == name) return routine;

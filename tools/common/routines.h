@@ -48,6 +48,8 @@ struct MeasuredRoutine {
 };
 
 const std::vector<MeasuredRoutine>& measuredRoutines();
+// Those, and what the CPU library has nothing to compare with: all that there are.
+std::vector<MeasuredRoutine> allRoutines();
 const MeasuredRoutine& measuredRoutine(const std::string& name);
 
 // The routine of the CPU library that this program is linked to. Throws if it has none.

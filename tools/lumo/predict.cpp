@@ -47,9 +47,11 @@ void predict(const PredictOptions& asked) {
     std::sort(options.sizes.begin(), options.sizes.end());
     options.sizes.erase(std::unique(options.sizes.begin(), options.sizes.end()),
                         options.sizes.end());
-    const auto routines = choose(measuredRoutines(), options.routines);
+    const auto routines = choose(allRoutines(), options.routines);
     if (options.values && !std::all_of(routines.begin(), routines.end(), isGesvd))
         throw std::runtime_error("--values is for gesvd alone");
+    if (!options.against.empty())
+        for (const MeasuredRoutine& routine : routines) measuredRoutine(routine.name);
     const timeline::Machine machine = timeline::machineOf(options.machine);
     const auto table = openOutput(options.json), picture = openOutput(options.plot);
     if (picture) checkPlot(options.plot);
