@@ -30,6 +30,8 @@ struct Account {
     ByKind busy{}, idle{}, criticalPath{};
     Counts counts;
     std::size_t deviceBytes = 0;  // at most, of the device's memory
+    // An allocation failed for want of addresses here, not of memory there.
+    bool outOfAddresses = false;
 };
 // What is kept for reuse stays.
 void begin();

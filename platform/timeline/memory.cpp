@@ -12,7 +12,10 @@ void* Memory::reserve(std::size_t bytes, Place place, bool touchable) {
     void* const at = mmap(nullptr, std::max<std::size_t>(bytes, 1),
                           touchable ? PROT_READ | PROT_WRITE : PROT_NONE,
                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (at == MAP_FAILED) return nullptr;
+    if (at == MAP_FAILED) {
+        outOfAddresses = true;
+        return nullptr;
+    }
     blocks[static_cast<char*>(at)] = {bytes, place, false};
     return at;
 }
@@ -26,6 +29,7 @@ void Memory::release(void* pointer) {
 void Memory::clear() {
     while (!blocks.empty()) release(blocks.begin()->first);
     used = kept = peak = 0;
+    outOfAddresses = false;
 }
 
 const Block* Memory::find(const void* pointer) const {

@@ -40,8 +40,8 @@ Account end() {
     { const Entry last; }
     const State& s = state();
     const Clock& clock = s.clock;
-    Account account{clock.now(),          clock.busy(), clock.idle(),
-                    clock.criticalPath(), s.counts,     s.memory.peak};
+    Account account{clock.now(), clock.busy(),  clock.idle(),           clock.criticalPath(),
+                    s.counts,    s.memory.peak, s.memory.outOfAddresses};
     // The host that is the device computes when it does the device's work.
     if (s.joined())
         for (const Kind kind : {Kind::kernel, Kind::product})

@@ -36,6 +36,7 @@ class Memory {
 
     std::map<char*, Block> blocks;
     std::size_t used = 0, kept = 0, peak = 0;  // bytes of the device
+    bool outOfAddresses = false;
 };
 
 // --- The machine at work ---------------------------------------------------------------------

@@ -15,20 +15,27 @@ std::string inWords(int status) {
     return describe(lumoStatus(status), lumoGetThreadErrorInfo());
 }
 
-// Thrown where there is no room for an operand.
-struct NoRoom : std::runtime_error {
+// The call fails there.
+struct FailsThere : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// That the card has too little memory is a prediction; that there are no addresses left is not.
+void check(int status) {
+    if (timeline::end().outOfAddresses)
+        throw std::runtime_error("this machine's address space has no room for the operands");
+    if (status) throw FailsThere(inWords(status));
+}
+
 void* onDevice(std::size_t bytes) {
     void* memory = nullptr;
-    if (const int status = lumoDeviceMalloc(&memory, bytes)) throw NoRoom(inWords(status));
+    check(lumoDeviceMalloc(&memory, bytes));
     return memory;
 }
 
 void* onHost(std::size_t bytes, bool pivots) {
     void* const memory = timeline::operand(bytes, pivots);
-    if (!memory) throw NoRoom("the address space has no room for the operands");
+    check(lumoNoError);
     return memory;
 }
 
@@ -77,9 +84,9 @@ Prediction PlannedMachine::predict(const MeasuredRoutine& routine, Shape shape, 
             timeline::begin();
             const int status = call();
             result.account = timeline::end();
-            if (status) throw NoRoom(inWords(status));
+            check(status);
         }
-    } catch (const NoRoom& failure) {
+    } catch (const FailsThere& failure) {
         result.failure = failure.what();
     }
     return result;
