@@ -228,10 +228,12 @@ Machine readMachine(const std::string& file, const std::string& contents) {
         if (source.empty())
             refuse(key + " has no source: say where it is from, or that it is assumed, behind a ;");
     }
-    for (const Field& field : fields())
-        if (!seen.count(&field))
-            throw std::runtime_error(file + ": [" + field.section + "] " + field.key +
-                                     " is missing");
+    for (const Field& field : fields()) {
+        if (seen.count(&field)) continue;
+        std::string refusal = file;
+        refusal.append(": [").append(field.section).append("] ").append(field.key);
+        throw std::runtime_error(refusal.append(" is missing"));
+    }
     return machine;
 }
 

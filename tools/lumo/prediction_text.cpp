@@ -133,7 +133,9 @@ std::string json(const PredictionTitle& title, const std::vector<PredictedRoutin
 void plot(OutputFile& file, const PredictionTitle& title,
           const std::vector<PredictedRoutine>& routines) {
     std::vector<SpeedCurve> curves;
+    bool extrapolated = false;
     for (const PredictedRoutine& r : routines) {
+        extrapolated |= std::count(r.measured.begin(), r.measured.end(), false) > 0;
         SpeedCurve curve{r.name, {}, {}, {}};
         for (std::size_t k = 0; k < r.sizes.size(); ++k) {
             if (!r.sizes[k].failure.empty()) continue;
@@ -144,8 +146,10 @@ void plot(OutputFile& file, const PredictionTitle& title,
         if (!curve.n.empty() && r.flops > 0) curves.push_back(std::move(curve));
     }
     if (curves.empty()) throw std::runtime_error(file.name() + ": there is no speed to draw");
-    plotSpeeds(file, "Prediction: " + title.machine + ", " + where(title), curves,
-               "Lumo, predicted");
+    plotSpeeds(file,
+               "Prediction: " + title.machine + ", " + where(title) +
+                   (extrapolated ? "; the CPU's largest sizes are extrapolated" : ""),
+               curves, "Lumo, predicted");
 }
 
 }  // namespace lumo
