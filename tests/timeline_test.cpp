@@ -272,7 +272,7 @@ TEST(MachineFiles, AreRefusedWithTheLine) {
         {"[device]\n\nprocessors = 3\n", "x, line 3: processors has no source"},
         {"[device]\nprocessors = 3 ; me\nprocessors = 3 ; me\n",
          "x, line 3: processors stands here"},
-        {"[kernels]\nwings = 2 ; me\n", "x, line 2: [kernels] has no wings"},
+        {"[kernels]\nwings = 2 ; me\n", "x, line 2: wings is no figure of this section"},
         {"# one\n[memory]\nbandwidth = 2:3 1:4 ; me\n", "x, line 3: bandwidth is SIZE:NUMBER"},
         {"[products]\ntiles = 2x3 ; me\n", "x, line 2: tiles is ROWSxCOLUMNS:PART"},
         {"[device\n", "x, line 1: a section is [NAME]"},

@@ -222,7 +222,7 @@ Machine readMachine(const std::string& file, const std::string& contents) {
         const auto field = std::find_if(all.begin(), all.end(), [&](const Field& f) {
             return section == f.section && key == f.key;
         });
-        if (field == all.end()) refuse("[" + section + "] has no " + key);
+        if (field == all.end()) refuse(key + " is no figure of this section");
         if (seen[&*field]++) refuse(key + " stands here a second time");
         if (!field->read(machine, value)) refuse(key + " is " + field->wants);
         if (source.empty())
