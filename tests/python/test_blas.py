@@ -2,7 +2,7 @@
 
 import numpy as np
 import pytest
-from conftest import ALL, adjoint, close, fortran, part, random, storages
+from conftest import adjoint, close, fortran, part, random, storages
 
 import lumo
 
@@ -15,11 +15,6 @@ def op(a, trans):
 
 def stored_for(a, trans):
     return a if trans == 0 else a.T
-
-
-@pytest.fixture(params=ALL, ids=lambda t: t.__name__)
-def dtype(request):
-    return request.param
 
 
 def scalars(dtype):
@@ -118,11 +113,8 @@ def test_results_are_put_in_place():
     assert not np.shares_memory(lumo.trsm(1, t, right, overwrite_b=True), right)
 
 
-def test_types_of_results():
-    ints = [[1, 2], [3, 4]]
-    assert lumo.gemm(1, ints, ints).dtype == np.float64
-    assert lumo.gemm(1j, np.eye(2, dtype=np.float32), ints).dtype == np.complex128
-    assert lumo.gemm(1, np.eye(2, dtype=">f4"), part(np.eye(2, dtype=np.float32))).dtype == np.float32
+def test_a_complex_scalar_makes_a_complex_result():
+    assert lumo.gemm(1j, np.eye(2, dtype=np.float32), [[1, 2], [3, 4]]).dtype == np.complex128
 
 
 def test_overlapping_columns():
@@ -142,11 +134,9 @@ def test_nothing_to_multiply():
     (lambda a, z: lumo.gemm(1, a, a), ValueError, "op.a. is 3 x 2, but op.b. is 3 x 2"),
     (lambda a, z: lumo.gemm(1, a, a, trans_a=3), ValueError, "trans must be 0, 1 or 2"),
     (lambda a, z: lumo.gemm(1, a, a, c=a, trans_b=1), ValueError, r"result is \(3, 3\)"),
-    (lambda a, z: lumo.gemm(1, a[0], a), ValueError, "a must have 2 dimensions"),
     (lambda a, z: lumo.gemv(1, a, a), ValueError, "x has shape"),
     (lambda a, z: lumo.trsm(1, a, a), ValueError, "a must be 3 x 3"),
     (lambda a, z: lumo.syr2k(1, a, a[:2]), ValueError, "b is"),
-    (lambda a, z: lumo.symm(1, z, z), TypeError, "use lumo.hemm"),
     (lambda a, z: lumo.herk(1, a), TypeError, "use lumo.syrk"),
     (lambda a, z: lumo.herk(1j, z), ValueError, "real scalar"),
     (lambda a, z: lumo.gemm(1, a.astype(np.longdouble), a.T), TypeError, "longdouble|float128"),
