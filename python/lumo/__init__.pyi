@@ -92,8 +92,8 @@ def cho_solve(
 ) -> _Array: ...
 @overload
 def qr(
-    a: ArrayLike, mode: Literal["reduced", "complete", "economic", "full"] = ..., *, dtype: DTypeLike | None = ...,
-    overwrite_a: bool = ..., check_finite: bool = ...,
+    a: ArrayLike, mode: Literal["reduced", "complete", "economic", "full"] = ..., *,
+    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
 ) -> QRResult: ...
 @overload
 def qr(

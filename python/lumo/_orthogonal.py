@@ -54,7 +54,6 @@ def qr(a, mode="reduced", *, dtype=None, overwrite_a=False, check_finite=True):
     if mode == "complete" and m > k:
         q = empty((*stack, m, m), dtype)
         q[..., :k] = h[..., :k]
-        q[..., k:] = 0
     for i in np.ndindex(*stack):
         _core.orgqr(q[i], tau[i])
     return QRResult(q, r)

@@ -1,5 +1,4 @@
-"""Linear systems, factorisations and least squares: by residuals, as LAPACK's testers measure them,
-and against NumPy in double precision."""
+"""Systems, factorisations, least squares: by scaled residuals, and against NumPy in double."""
 
 import numpy as np
 import pytest
@@ -37,7 +36,7 @@ def test_solve(dtype, stored, columns):
     assert x.shape == b.shape and x.dtype == dtype and residual(a, x, b) < 30
     assert residual(a.T, lumo.solve(a, b, transposed=True), b) < 30
     assert residual(a, lumo.inv(a), np.eye(150)) < 30
-
+    lumo.solve(np.diag([1, 9 * np.finfo(dtype).eps]).astype(dtype), b[:2])  # not worth a warning
     lu, piv = lumo.lu_factor(a)
     for trans, op in enumerate((a, a.T, adjoint(a))):
         assert residual(op, lumo.lu_solve((lu, piv), b, trans), b) < 30
@@ -50,13 +49,15 @@ def test_solve(dtype, stored, columns):
 def test_one_triangle(dtype, stored, lower):
     """... is read of matrices that are symmetric, Hermitian or positive definite."""
     h, g, b = positive((90, 90), dtype), random((90, 90), dtype), stored(random((90, 2), dtype, 2))
-    for words, a in (("pos", h), ("her", h - 90 * np.eye(90, dtype=dtype)), ("sym", g + g.T)):
-        given = stored(np.where(np.tri(90) if lower else np.tri(90).T, a, 7e7).astype(dtype))
+    triangle = np.tri(90) if lower else np.tri(90).T
+    for words, a in ("sym", g + g.T), ("her", h - 90 * np.eye(90, dtype=dtype)), ("pos", h):
+        given = np.where(triangle, a, 7e7).astype(dtype)
+        if words != "sym" and g.dtype.kind == "c":  # the diagonal is real whatever is there
+            given += 7e7j * np.eye(90)
+        given = stored(given)
         for transposed, op in (False, a), (True, a.T):
             x = lumo.solve(given, b, lower, assume_a=words, transposed=transposed)
             assert x.dtype == dtype and residual(op, x, b) < 30
-
-    given = stored(np.where(np.tri(90) if lower else np.tri(90).T, h, 7e7).astype(dtype))
     c = lumo.cholesky(given, lower)
     assert c.dtype == dtype and close(c @ adjoint(c) if lower else adjoint(c) @ c, h)
     assert np.array_equal(c, np.tril(c) if lower else np.triu(c))
@@ -94,11 +95,11 @@ def test_determinants(dtype):
     large = dtype(1e30) * np.eye(12, dtype=dtype)[[1, 0, *range(2, 12)]]
     assert np.isclose(lumo.det(large[:3, :3]), -1e90) and lumo.det(large[:0, :0]) == 1
     assert np.isclose(lumo.slogdet(large), [-1, 360 * np.log(10)]).all()
+    assert lumo.det(large * (np.arange(12) < 11)) == 0
 
 
-@pytest.mark.parametrize("of_a, of_b", [
-    ((2, 3), (2, 3)), ((2, 3), None), ((), (4,)), ((2, 1), (3,)), ((0,), ()), ((0,), None),
-])  # fmt: skip
+@pytest.mark.parametrize("of_a, of_b", [((2, 3), (2, 3)), ((2, 3), None), ((), (4,)), ((2, 1), (3,)),
+                                        ((0,), ()), ((0,), None)])  # fmt: skip
 def test_stacks(dtype, of_a, of_b):
     """Leading dimensions, broadcast as by NumPy; None: one vector for all matrices."""
     a, h = random((*of_a, 20, 20), dtype), positive((*of_a, 20, 20), dtype)
@@ -153,21 +154,17 @@ def test_lstsq(dtype, stored, shape, columns):
 
 
 @pytest.mark.filterwarnings("ignore:overflow")  # of residuals
-@pytest.mark.parametrize("of_a, of_b", [("tiny", "tiny"), ("max", "max"), ("one", "large")])
+@pytest.mark.parametrize("of_a, of_b", [("tiny", "tiny"), ("max", "max"), ("resolution", "tiny")])
 def test_lstsq_scales(dtype, of_a, of_b):
     """As LAPACK's routine does, and the library's own does not."""
-    limits = np.finfo(dtype)
-    sizes = {"tiny": limits.tiny / 1e4, "max": limits.max * 0.9, "one": 1, "large": limits.max**0.4}
-    size_a, size_b = np.float64(sizes[of_a]), np.float64(sizes[of_b])
-    a, b = random((30, 10), dtype), random(30, dtype, 2)
-    a, b = ((x / np.abs(x).max() * size).astype(dtype) for x, size in ((a, size_a), (b, size_b)))
+    roots = [np.sqrt(np.float64(getattr(np.finfo(dtype), size)) / 99) for size in (of_a, of_b)]
+    a, b = ((random(shape, dtype) * r * r).astype(dtype) for shape, r in zip(((30, 10), 30), roots))
     x, residuals, _, _ = lumo.lstsq(a, b)
-    roots = size_a**-0.5, size_b**-0.5  # whose squares may overflow
-    a, b = (wide(x) * root * root for x, root in zip((a, b), roots))
+    a, b = (wide(operand) / r / r for operand, r in zip((a, b), roots))
     expected = np.linalg.lstsq(a, b, rcond=None)
-    assert close((x / (size_b / size_a)).astype(dtype), expected[0], 100)
-    with np.errstate(over="ignore", under="ignore"):
-        assert np.allclose(residuals, (expected[1] * size_b**2).astype(limits.dtype), 1e-3, 0)
+    ratio = roots[1] / roots[0]
+    assert close((x / ratio / ratio).astype(dtype), expected[0], 100)
+    assert np.allclose(residuals, (expected[1] * roots[1] ** 4).astype(residuals.dtype), 1e-3, 0)
 
 
 @pytest.mark.parametrize("m, n, p", [(40, 30, 10), (25, 30, 10), (20, 30, 10), (9, 5, 0), (0, 4, 4)])
@@ -204,8 +201,8 @@ def test_types_of_results(dtype):
         expected = np.result_type(a, np.float64 if other is np.int64 else other)
         assert lumo.solve(a, np.ones(2, other)).dtype == expected
         assert lumo.lu_solve(lumo.lu_factor(a), np.ones(2, other)).dtype == expected
-    assert lumo.inv(a.astype(a.dtype.newbyteorder())).dtype == dtype
-    assert lumo.inv(a.real, dtype=dtype).dtype == dtype
+    swapped = a.astype(a.dtype.newbyteorder())
+    assert lumo.inv(swapped).dtype == lumo.inv(a.real, dtype=dtype).dtype == dtype
     assert lumo.inv([[2, 0], [0, 2]]).dtype == lumo.inv([[True]]).dtype == np.float64
     assert lumo.inv(np.eye(2, dtype=np.float16)).dtype == np.float32
 
@@ -224,18 +221,16 @@ ONES, LAST = np.ones(4), np.eye(1, 4, 3)
      r"^matrix \[1, 0\] of the stack is singular: pivot 2"),
     (lambda: lumo.lu_solve((singular(4, 2), [0, 1, 2, 3]), ONES), LinAlgError, "pivot 2"),
     (lambda: lumo.lu_solve((singular(4, 2), [0, 1, 2, 4]), ONES), ValueError, "piv must hold"),
-    (lambda: lumo.cholesky(-np.eye(4)), LinAlgError, "not positive definite: .* of order 1 is"),
+    (lambda: lumo.cholesky([-np.eye(4)]), LinAlgError, r"matrix \[0\] .* not positive .* order 1 is"),
     (lambda: lumo.solve(singular(4, 3), ONES, assume_a="pos"), LinAlgError, "of order 3 is"),
     (lambda: lumo.solve(np.eye(4), ONES, assume_a="banded"), ValueError, "assume_a must be"),
     (lambda: lumo.solve(np.eye(4), ONES, assume_a="pos", mixed=True), ValueError, "not for 'pos'"),
     (lambda: lumo.solve(np.eye(4), ONES, mixed=True, dtype="f"), TypeError, "mixed precision gives"),
-    (lambda: lumo.solve(np.eye(4), ONES, dtype="f2"), TypeError, "must be float32, float64"),
     (lambda: lumo.inv(1j * np.eye(4), dtype="f4"), TypeError, "drop its imaginary part"),
     (lambda: lumo.solve(np.eye(4), ONES * np.nan), ValueError, "b must not contain"),
     (lambda: lumo.solve(np.full((4, 4), np.inf), ONES), ValueError, "a must not contain"),
     (lambda: lumo.solve(np.eye(5), ONES), ValueError, "a has 5 rows, but b has 4"),
     (lambda: lumo.solve(np.zeros((2, 4, 4)), np.ones((3, 4, 1))), ValueError, "broadcast"),
-    (lambda: lumo.cho_factor(np.ones((2, 4, 4))), LinAlgError, "2 dimensions, not 3"),
     (lambda: lumo.lstsq(singular(4, 3)[:, :3], ONES), LinAlgError, "element 3 .* exactly zero"),
     (lambda: lumo.lstsq(np.float32([[1, 2], [3, 6], [5, 10], [7, 14]]), np.float32(ONES)),
      LinAlgError, "element 2 .* times the largest"),
@@ -243,8 +238,6 @@ ONES, LAST = np.ones(4), np.eye(1, 4, 3)
      "constraints b have not full rank"),
     (lambda: lumo.lse(singular(4, 2), LAST, ONES, ONES[:1]), LinAlgError,
      r"\(a; b\) has not full rank"),
-    (lambda: lumo.lse(np.eye(4), LAST, ONES, ONES), ValueError, "d must be a vector of 1"),
-    (lambda: lumo.lse(np.eye(2, 4), LAST, ONES[:2], ONES[:1]), ValueError, "4 unknowns want"),
     (lambda: lumo.qr(np.eye(4), "upper"), ValueError, "mode must be"),
 ])  # fmt: skip
 def test_failures_in_words(call, error, words):
@@ -258,10 +251,9 @@ def test_answers_that_may_be_far_off(dtype):
         lu, piv = lumo.lu_factor(singular(4, 3))
     assert np.array_equal(lu, singular(4, 3)) and piv.tolist() == [0, 1, 2, 3]
     assert np.isnan(lumo.solve(np.eye(4), ONES * np.nan, check_finite=False)).all()
-
     small = 1e-8 if np.finfo(dtype).eps > 1e-9 else 1e-18
     a, b = np.diag(np.array([3, small, 1, 1], dtype)), ONES.astype(dtype)
-    for call in (lambda: lumo.solve(a, b), lambda: lumo.solve([np.eye(4), a], b, dtype=dtype),
+    for call in (lambda: lumo.solve(a, b), lambda: lumo.solve([a, np.eye(4)], b, dtype=dtype),
                  lambda: lumo.inv(a), lambda: lumo.solve(a, b, assume_a="pos")):  # fmt: skip
         with pytest.warns(lumo.LinAlgWarning) as warned:
             call()
