@@ -134,8 +134,7 @@ def test_svd(dtype, shape, power):
         u, s, vh = lumo.svd(a, full)
         expected = np.linalg.svd(wide(a) / scale, full)
         assert [x.shape for x in (u, s, vh)] == [x.shape for x in expected]
-        s = (s / scale).astype(s.dtype)
-        k = s.shape[-1]
+        s, k = (s / scale).astype(s.dtype), s.shape[-1]
         assert orthonormal(u) and orthonormal(adjoint(vh)) and close(s, expected[1])
         assert close(u[..., :k] * s[..., None, :] @ vh[..., :k, :], wide(a) / scale)
     assert close((lumo.svd(a, compute_uv=False) / scale).astype(s.dtype), expected[1])
