@@ -53,7 +53,7 @@ emulate: build
 
 # LAPACK's own test programs, and those of NumPy and SciPy, served by Lumo (docs/drop-in.md).
 acceptance: build
-	@tools/setup.sh python3-numpy python3-scipy python3-pytest python3-hypothesis
+	@tools/setup.sh python3-numpy python3-scipy python3-pytest python3-hypothesis python3-venv octave r-base-core
 	cmake --build --preset default --target acceptance
 
 # The same tests under the address and undefined-behaviour sanitizers.

@@ -78,9 +78,10 @@ void addDeviceGetrf(const std::string& name,
 int main(int argc, char** argv) {
     bench::Rounds rounds{{512, 41}, {1024, 21}, {2048, 11}, {4096, 7}};
     if (bench::VendorSolver::get()) rounds.push_back({16384, 3});  // too long for most CPUs
-    bench::add("sgetrf", rounds);
-    bench::add("sgesv", rounds, 1);
-    bench::add("cgesv", rounds, 1);
+    for (const char* name : {"sgetrf", "dgetrf", "spotrf", "dpotrf", "cpotrf", "zpotrf"})
+        bench::add(name, rounds);
+    for (const char* name : {"sgesv", "dgesv", "cgesv", "zgesv", "dposv"})
+        bench::add(name, rounds, 1);
     addDeviceGetrf<float>("lumoDeviceSgetrf", lumoDeviceSgetrf, "sgetrf", rounds);
     addDeviceGetrf<std::complex<float>>("lumoDeviceCgetrf", lumoDeviceCgetrf, "cgetrf", rounds);
     return bench::runAll(argc, argv);

@@ -16,13 +16,14 @@ void add(const char* routine, lumo::Shape s, int repetitions) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    for (const char* routine : {"sgeqrf", "cgeqrf"}) {
+    for (const char* routine : {"sgeqrf", "dgeqrf", "cgeqrf", "zgeqrf", "dorgqr", "dormqr"}) {
         add(routine, {1024, 1024, 0}, 21);
         add(routine, {2048, 2048, 0}, 11);
-        add(routine, {4000, 500, 0}, 21);
+        if (std::string(routine) != "dormqr") add(routine, {4000, 500, 0}, 21);
     }
     for (auto [m, n] : {std::pair{1024, 1024}, {2048, 2048}, {2000, 1000}, {1000, 2000}})
         for (int nrhs : {1, 100}) add("sgels", {m, n, nrhs}, 15);
+    add("dgels", {2000, 1000, 1}, 15);
     add("sgglse", {1000, 800, 200}, 15);
     return bench::runAll(argc, argv);
 }

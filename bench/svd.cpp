@@ -5,6 +5,7 @@
 //     OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1 bench_svd
 #include "common/described_problem.h"
 #include "contest.h"
+#include "lumo_extended.h"
 
 namespace {
 
@@ -66,5 +67,8 @@ int main(int argc, char** argv) {
         {500, 500, 7}, {1000, 1000, 5}, {2000, 2000, 3}, {3000, 500, 5}};
     for (char job : {'N', 'S', 'A'}) add<float>('s', &lumoSgesvd, job, shapes);
     add<lumo::Complex<float>>('c', &lumoCgesvd, 'S', {{1000, 1000, 5}});
+    add<double>('d', &lumoDgesvd, 'S', {{500, 500, 7}, {1000, 1000, 5}});
+    add<double>('d', &lumoDgesvd, 'N', {{1000, 1000, 5}});
+    add<lumo::Complex<double>>('z', &lumoZgesvd, 'S', {{1000, 1000, 5}});
     return bench::runAll(argc, argv);
 }

@@ -11,12 +11,14 @@ set(LUMO_KERNEL_UNITS
     src/basic/LASWP/LASWP
     src/basic/MADD/MADD
     src/basic/MakeReal/MakeReal
+    src/basic/Norms/Norms
     src/basic/PermuteRows/PermuteRows
     src/basic/Precision/Precision
     src/basic/Scale/Scale
     src/basic/Set/Set
     src/basic/Subtract/Subtract
     src/basic/Transpose/Transpose
+    src/basic/TriangularFactor/TriangularFactor
     src/basic/lar2v/lar2v
     src/basic/larfg/larfg
     src/basic/largv/largv
@@ -73,7 +75,9 @@ add_library(lumo_objects OBJECT
     src/lapack/bidiagonal_panel.cpp
     src/lapack/block_reflector.cpp
     src/lapack/dqds.cpp
+    src/lapack/dsgesv.cpp
     src/lapack/gebrd.cpp
+    src/lapack/gecon.cpp
     src/lapack/gels.cpp
     src/lapack/generate_q.cpp
     src/lapack/geqrf.cpp
@@ -85,7 +89,13 @@ add_library(lumo_objects OBJECT
     src/lapack/labrd.cpp
     src/lapack/lu_pipeline.cpp
     src/lapack/orgbr.cpp
+    src/lapack/orgqr.cpp
+    src/lapack/ormqr.cpp
     src/lapack/orthogonal_factorization.cpp
+    src/lapack/pocon.cpp
+    src/lapack/posv.cpp
+    src/lapack/potrf.cpp
+    src/lapack/potrs.cpp
     src/lapack/trtrs.cpp
     src/runtime/device_exports.cpp
     src/runtime/devices.cpp

@@ -15,7 +15,8 @@
 #include "blas/syr2k.h"
 #include "blas/syrk.h"
 #include "blas/triangular.h"
-#include "dropin/entries.h"
+#include "dropin/c.h"
+#include "dropin/fortran.h"
 
 namespace lumo::dropin {
 

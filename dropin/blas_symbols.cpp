@@ -4,10 +4,12 @@
 namespace lumo::dropin {
 namespace {
 
-#define LUMO_EXPORT_BLAS(symbol, Routine, function)         \
-    LUMO_SERVED(symbol, Routine, function);                 \
-    LUMO_EXPORT(symbol##_, Fortran<served_##symbol>::blas); \
-    LUMO_EXPORT(cblas_##symbol, Cblas<served_##symbol>::blas)
+#define LUMO_EXPORT_BLAS_AS(symbol, Its, prefix, suffix)                               \
+    LUMO_EXPORT(prefix##symbol##_##suffix, BlasInFortran<served_##symbol, Its>::call); \
+    LUMO_EXPORT(prefix##cblas_##symbol##suffix, Cblas<served_##symbol, Its>::call)
+#define LUMO_EXPORT_BLAS(symbol, Routine, function) \
+    LUMO_SERVED(symbol, Routine, function);         \
+    LUMO_UNDER_ALL_NAMES(LUMO_EXPORT_BLAS_AS, symbol)
 
 [[gnu::used, gnu::noinline]] void exports() {
     LUMO_EXPORT_BLAS(sgemm, Gemm<float>, lumoSgemm);

@@ -48,9 +48,9 @@ std::map<std::string, double> readFile() {
 double guess(const std::string& routine) {
     if (platformName() != "cuda") return never;
     const std::string family = routine.substr(1);
-    if (family == "gemv") return never;
-    const bool factorises = family.substr(0, 2) == "ge" && family != "gemm";
-    return factorises || family == "gglse" ? 1024 : 512;
+    const std::string kind = family.substr(0, 2), work = family.substr(2);
+    if (family == "gemv" || work == "con") return never;
+    return kind == "tr" || kind == "sy" || kind == "he" || family == "gemm" ? 512 : 1024;
 }
 
 }  // namespace

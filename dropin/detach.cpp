@@ -1,11 +1,11 @@
 #include "dropin/detach.h"
 
-#include <dlfcn.h>
 #include <elf.h>
 #include <link.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -16,6 +16,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "dropin/behind.h"
 #include "lumo.h"
 
 #if !defined(__x86_64__) || !defined(__linux__)
@@ -50,11 +51,6 @@ struct Object {
     std::vector<Slot> slots;
     ElfW(Addr) readOnlyFrom = 0, readOnlyTo = 0;  // after relocation
 };
-
-ElfW(Addr) baseOf(const void* address) {
-    Dl_info info;
-    return dladdr(address, &info) ? ElfW(Addr)(info.dli_fbase) : 0;
-}
 
 class Relocations {
   public:
@@ -114,18 +110,18 @@ int collect(dl_phdr_info* info, std::size_t, void* objects) {
     return 0;
 }
 
+bool isIn(const Object& object, const void* function) {
+    const link_map* const found = objectOf(function);
+    return found && found->l_addr == object.base;
+}
+
 // Whether the object defines one of the names, and so is a CPU library, or is Lumo.
 bool isDetached(const Object& object) {
-    if (object.base == baseOf(reinterpret_cast<const void*>(&lumoInitialize))) return true;
-    void* const handle = dlopen(object.path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    if (!handle) return false;
-    bool defines = false;
-    for (const std::string_view name : exportedNames()) {
-        const void* function = dlsym(handle, name.data());  // or of what the object depends on
-        defines = defines || (function && baseOf(function) == object.base);
-    }
-    dlclose(handle);
-    return defines;
+    if (isIn(object, reinterpret_cast<const void*>(&lumoInitialize))) return true;
+    const auto& names = exportedNames();
+    return std::any_of(names.begin(), names.end(), [&](std::string_view name) {
+        return isIn(object, reachedFrom(object.path, name.data()));  // or of what it depends on
+    });
 }
 
 bool write(void** entry, void* target, const Object& object) {
@@ -145,7 +141,8 @@ bool detachAll() {
     for (const Object& object : objects) {
         if (!isDetached(object)) continue;
         for (const Slot& slot : object.slots) {
-            void* const target = dlsym(RTLD_NEXT, slot.name);
+            void* target = next(slot.name);
+            if (!target) target = reachedFrom(object.path, slot.name);
             if (!target || *slot.entry == target) continue;
             if (write(slot.entry, target, object)) continue;
             std::fprintf(stderr, "lumo: %s: %s; all calls are passed on\n", object.path.c_str(),

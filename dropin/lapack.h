@@ -5,12 +5,21 @@
 #include <limits>
 
 #include "dropin/blas.h"
+#include "lapack/dsgesv.h"
+#include "lapack/gecon.h"
 #include "lapack/gels.h"
 #include "lapack/geqrf.h"
 #include "lapack/gesv.h"
 #include "lapack/gesvd.h"
 #include "lapack/getrf.h"
+#include "lapack/getrs.h"
 #include "lapack/gglse.h"
+#include "lapack/orgqr.h"
+#include "lapack/ormqr.h"
+#include "lapack/pocon.h"
+#include "lapack/posv.h"
+#include "lapack/potrf.h"
+#include "lapack/potrs.h"
 
 namespace lumo::dropin {
 
@@ -38,9 +47,78 @@ struct Rules<Gesv<T>> : UsualRules {
     }
 };
 
+// Solutions with factors, whose right-hand sides are what is to do.
+template <class Routine>
+struct RulesOfSolution : UsualRules {
+    static double size(const Routine& r) { return geometricMean(r.n, r.n, r.nrhs); }
+};
+template <class T>
+struct Rules<Getrs<T>> : RulesOfSolution<Getrs<T>> {};
+template <class T>
+struct Rules<Potrs<T>> : RulesOfSolution<Potrs<T>> {};
+
+// A matrix that is not definite, for one because it is not finite, Lumo does not serve.
+template <class T>
+struct Rules<Potrf<T>> : UsualRules {
+    static double size(const Potrf<T>& r) { return r.n; }
+};
+template <class T>
+struct Rules<Posv<T>> : UsualRules {
+    static bool worthwhile(const Posv<T>& r) { return r.nrhs > 0; }
+    static double size(const Posv<T>& r) { return r.n; }
+};
+
+template <class T>
+struct Rules<Dsgesv<T>> : UsualRules {
+    using Routine = Dsgesv<T>;
+    template <class Integer>
+    using Workspace = std::conditional_t<isComplex<T>, Arguments<T*, Complex<float>*, RealOf<T>*>,
+                                         Arguments<T*, float*>>;
+    static bool worthwhile(const Routine& r) { return r.n > 0 && r.nrhs > 0; }
+    static double size(const Routine& r) { return r.n; }
+    static bool dataSuit(const Routine& r) {
+        return isFinite(r.a, r.n, r.n, r.lda) && isFinite(r.b, r.n, r.nrhs, r.ldb);
+    }
+};
+
+template <class Routine>
+struct RulesOfCondition : UsualRules {
+    using T = typename Routine::Element;
+    template <class Integer>
+    using Workspace = Arguments<T*, std::conditional_t<isComplex<T>, RealOf<T>, Integer>*>;
+    static bool worthwhile(const Routine& r) { return r.n > 0 && std::isfinite(r.anorm); }
+    static double size(const Routine& r) { return r.n; }
+    static bool dataSuit(const Routine& r) { return isFinite(r.a, r.n, r.n, r.lda); }
+};
+template <class T>
+struct Rules<Gecon<T>> : RulesOfCondition<Gecon<T>> {};
+template <class T>
+struct Rules<Pocon<T>> : RulesOfCondition<Pocon<T>> {};
+
+template <class T>
+struct Rules<Orgqr<T>> : UsualRules {
+    using Routine = Orgqr<T>;
+    template <class Integer>
+    using Workspace = Arguments<T*, const Integer*>;
+    static double size(const Routine& r) { return geometricMean(r.m, r.n, r.k); }
+    static int leastWork(const Routine& r) { return r.n; }
+};
+template <class T>
+struct Rules<Ormqr<T>> : UsualRules {
+    using Routine = Ormqr<T>;
+    template <class Integer>
+    using Workspace = Arguments<T*, const Integer*>;
+    // Of real matrices LAPACK takes one letter for the transpose, of the two that Lumo takes.
+    static bool worthwhile(const Routine& r) { return isComplex<T> || r.trans != 'C'; }
+    static double size(const Routine& r) { return geometricMean(r.m, r.n, r.k); }
+    static int leastWork(const Routine& r) { return r.side == 'L' ? r.n : r.m; }
+};
+
 template <class T>
 struct Rules<Geqrf<T>> : UsualRules {
     using Routine = Geqrf<T>;
+    template <class Integer>
+    using Workspace = Arguments<T*, const Integer*>;
     static double size(const Routine& r) { return geometricMean(r.m, r.n, std::min(r.m, r.n)); }
     static int leastWork(const Routine& r) { return r.n; }
     static bool dataSuit(const Routine& r) { return isFinite(r.a, r.m, r.n, r.lda); }
@@ -49,6 +127,8 @@ struct Rules<Geqrf<T>> : UsualRules {
 template <class T>
 struct Rules<Gels<T>> : UsualRules {
     using Routine = Gels<T>;
+    template <class Integer>
+    using Workspace = Arguments<T*, const Integer*>;
     // LAPACK takes one letter for the transpose, of the two that Lumo takes.
     static bool worthwhile(const Routine& r) {
         return r.trans != (isComplex<T> ? 'T' : 'C') && std::min({r.m, r.n, r.nrhs}) > 0;
@@ -70,6 +150,8 @@ struct Rules<Gels<T>> : UsualRules {
 template <class T>
 struct Rules<Gglse<T>> : UsualRules {
     using Routine = Gglse<T>;
+    template <class Integer>
+    using Workspace = Arguments<T*, const Integer*>;
     static bool worthwhile(const Routine& r) { return r.m > 0 && r.p > 0; }
     static double size(const Routine& r) { return geometricMean(double(r.m) + r.p, r.n, r.n); }
     static int leastWork(const Routine& r) { return r.m + r.n + r.p; }
@@ -82,6 +164,10 @@ struct Rules<Gglse<T>> : UsualRules {
 template <class T>
 struct Rules<Gesvd<T>> : UsualRules {
     using Routine = Gesvd<T>;
+    template <class Integer>
+    using Workspace = std::conditional_t<isComplex<T>, Arguments<T*, const Integer*, RealOf<T>*>,
+                                         Arguments<T*, const Integer*>>;
+    using ExtraOfLapacke = Arguments<RealOf<T>*>;
     static double size(const Routine& r) { return geometricMean(r.m, r.n, std::min(r.m, r.n)); }
     // Enough for every path of xGESVD; with less, some paths still work, and it knows which.
     static int leastWork(const Routine& r) {

@@ -57,10 +57,10 @@ void write(std::FILE* out, const std::vector<const Symbol*>& called) {
         return;
     }
     std::fprintf(out, "lumo: process %d, device: %s\n", int(getpid()), deviceText().c_str());
-    std::fprintf(out, "%-16s %10s %10s %10s %10s\n", "symbol", "served", "seconds", "passed on",
+    std::fprintf(out, "%-24s %10s %10s %10s %10s\n", "symbol", "served", "seconds", "passed on",
                  "seconds");
     for (const Symbol* symbol : called)
-        std::fprintf(out, "%-16s %10ld %10.4f %10ld %10.4f\n", symbol->name().c_str(),
+        std::fprintf(out, "%-24s %10ld %10.4f %10ld %10.4f\n", symbol->name().c_str(),
                      symbol->served.calls.load(), seconds(symbol->served),
                      symbol->passedOn.calls.load(), seconds(symbol->passedOn));
 }

@@ -10,6 +10,7 @@
 #include "dropin/data.h"
 #include "dropin/detach.h"
 #include "dropin/device.h"
+#include "dropin/stand_ins.h"
 #include "dropin/symbol.h"
 #include "routine/c_interface.h"
 #include "routine/description.h"
@@ -98,10 +99,18 @@ class Results {
 
 // What this library knows of a routine beside its description (routine/description.h): size(r),
 // which crossover.h explains, and where it is not the usual, whether a call that has something to
-// do is worth Lumo's while, and whether LAPACK treats these data better.
+// do is worth Lumo's while, whether LAPACK treats these data better, and the arguments that other
+// interfaces have beside Lumo's: Fortran's workspaces, of which leastWork(r) tells the length, and
+// results of LAPACKE's, which clear(r, result) fills.
 template <class Routine>
 struct Rules;
+template <class...>
+struct Arguments {};
 struct UsualRules {
+    template <class Integer>
+    using Workspace = Arguments<>;
+    using ExtraOfLapacke = Arguments<>;
+
     template <class Routine>
     static bool worthwhile(const Routine&) {
         return true;
@@ -120,20 +129,24 @@ bool servable(Routine& routine) {
 
 // Any status but success leaves the call to the CPU library. So it does with data at fault, a
 // singular matrix say: the info is then LAPACK's own, and a device that failed half-way is not
-// taken for one.
-template <class Entry>
-bool Passage::serve(typename Entry::Routine routine) {
+// taken for one. Once for all the names of a routine, and not a part of each.
+template <class Entry, class Integer>
+[[gnu::noinline]] bool Passage::serve(typename Entry::Routine routine, StandIns<Integer> standIns) {
     using Its = Rules<typename Entry::Routine>;
-    if (!servable(routine) || !symbol_.reached(Its::size(routine))) return false;
-    if (!detach() || !threadIsReady() || !Its::dataSuit(routine)) return false;
     try {
+        if (!standIns.layOut(routine) || !servable(routine)) return false;
+        if (!symbol_.reached(Its::size(routine)) || !detach() || !threadIsReady()) return false;
+        if (!standIns.take(routine) || !Its::dataSuit(routine)) return false;
         Results results;
         routine.operands([&](auto... operands) { (results.add(operands), ...); });
         const lumoStatus status = routine.arguments(
             [](auto... arguments) { return Entry::lumo()(external(arguments)...); });
         served_ = status == lumoNoError && results.arrived();
-        if (!served_) results.restore();
-    } catch (const std::bad_alloc&) {  // no memory to keep the operands in: nothing has happened
+        if (served_)
+            standIns.giveBack();
+        else
+            results.restore();
+    } catch (const std::bad_alloc&) {  // no memory for copies of operands: nothing has happened
     }
     return served_;
 }

@@ -1,11 +1,12 @@
 #include "dropin/symbol.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <numeric>
 
+#include "dropin/behind.h"
 #include "dropin/crossover.h"
-#include "dropin/detach.h"
 
 namespace lumo::dropin {
 namespace {
@@ -16,35 +17,39 @@ std::atomic<Symbol*>& first() {
     return symbol;
 }
 
-// LAPACKE is a library of its own on most systems, and the program that calls it may have found
-// this one first and loaded no other.
-void* lapackeFunction(const char* name) {
-    static void* const library = dlopen("liblapacke.so.3", RTLD_NOW | RTLD_LOCAL);
-    if (!library) return nullptr;
-    detach();  // its calls are not to come here
-    return dlsym(library, name);
-}
-
-void* cpuFunction(const std::string& name) {
-    if (void* function = dlsym(RTLD_NEXT, name.c_str())) return function;
-    return name.rfind("LAPACKE_", 0) == 0 ? lapackeFunction(name.c_str()) : nullptr;
-}
-
 }  // namespace
 
 std::vector<const Symbol*> Symbol::called() {
     std::vector<const Symbol*> all;
-    for (const Symbol* symbol = first(); symbol; symbol = symbol->next_) all.push_back(symbol);
+    for (const Symbol* symbol = first(); symbol; symbol = symbol->nextCalled_)
+        all.push_back(symbol);
     std::sort(all.begin(), all.end(),
               [](const Symbol* a, const Symbol* b) { return a->name() < b->name(); });
     return all;
 }
 
-Symbol::Symbol(std::string routine, std::string name)
-    : routine_(std::move(routine)), name_(std::move(name)), cpu_(cpuFunction(name_)) {
-    next_ = first();
-    while (!first().compare_exchange_weak(next_, this)) {
+Symbol::Symbol(const char* routine, std::initializer_list<const char*> name)
+    : routine_(routine),
+      name_(std::accumulate(name.begin(), name.end(), std::string())),
+      next_(dropin::next(name_.c_str())) {
+    nextCalled_ = first();
+    while (!first().compare_exchange_weak(nextCalled_, this)) {
     }
+}
+
+// A few objects call a symbol, often; a list that only grows needs no lock. That two threads find
+// the same is no harm.
+void* Symbol::cpu(const void* caller) {
+    if (next_) return next_;
+    const void* const object = objectOf(caller);
+    for (const Reached* r = reached_.load(std::memory_order_acquire); r; r = r->next)
+        if (r->object == object) return r->function;
+    void* const function = behind(name_.c_str(), caller);
+    if (!function) return nullptr;
+    auto* const found = new Reached{object, function, reached_};
+    while (!reached_.compare_exchange_weak(found->next, found, std::memory_order_release)) {
+    }
+    return function;
 }
 
 bool Symbol::reached(double size) {
@@ -59,6 +64,16 @@ Passage::~Passage() {
     if (start_ == Clock::time_point()) return;
     const std::chrono::nanoseconds time = Clock::now() - start_;
     count.nanoseconds.fetch_add(time.count(), std::memory_order_relaxed);
+}
+
+void Passage::complainOfNoCpu() const {
+    std::fprintf(stderr, "lumo: %s is not for Lumo, and there is no other\n",
+                 symbol_.name().c_str());
+}
+
+void Passage::endWithoutCpu() const {
+    complainOfNoCpu();
+    std::abort();
 }
 
 }  // namespace lumo::dropin

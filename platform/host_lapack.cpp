@@ -45,6 +45,12 @@ void fill(Table& t) {
                 return cpu::geqrt3<decltype(zero)>(m, n, Array{a}, lda, Array{factor}, ld);
             });
         };
+    if (!t.choleskyBlock)
+        t.choleskyBlock = [](char type, char uplo, int n, void* a, int lda) {
+            return infoOf<threads>(type, [&](auto zero) {
+                return cpu::potrf<decltype(zero)>(uplo, n, Array{a}, lda);
+            });
+        };
     if (!t.qrTail)
         t.qrTail = [](char type, int m, int n, void* a, int lda, void* tau, void* work, int size) {
             return infoOf<threads>(type, [&](auto zero) {

@@ -1,9 +1,11 @@
 #include "platform/registry.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
+#include <memory>
 #include <mutex>
-#include <unordered_map>
+#include <utility>
 
 #include "platform/cuda3.h"
 
@@ -15,10 +17,15 @@ struct Unit {
     std::vector<const void*> stubs;
 };
 
+using Entry = std::pair<const void*, const Kernel*>;  // a stub and its kernel
+
 struct Registry {
     std::mutex mutex;
-    std::unordered_map<const void*, const Kernel*> byStub;
-    std::vector<const Kernel*> inOrder;
+    std::vector<Entry> inOrder;
+    // The same by stub, for launches, which take no lock; null after a change, until somebody
+    // looks. What has been looked at is kept: a launch may still be reading it.
+    std::atomic<const std::vector<Entry>*> byStub{nullptr};
+    std::vector<std::unique_ptr<const std::vector<Entry>>> sorted;
 };
 
 // Never destroyed: units unregister from exit handlers, in an order nobody controls.
@@ -27,19 +34,31 @@ Registry& registry() {
     return *instance;
 }
 
+const std::vector<Entry>* sortByStub() {
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.mutex);
+    auto entries = std::make_unique<std::vector<Entry>>(r.inOrder);
+    std::sort(entries->begin(), entries->end());
+    r.sorted.push_back(std::move(entries));
+    r.byStub.store(r.sorted.back().get(), std::memory_order_release);
+    return r.sorted.back().get();
+}
+
 }  // namespace
 
 const Kernel* findKernel(const void* stub) {
-    Registry& r = registry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    auto found = r.byStub.find(stub);
-    return found == r.byStub.end() ? nullptr : found->second;
+    const std::vector<Entry>* entries = registry().byStub.load(std::memory_order_acquire);
+    if (!entries) entries = sortByStub();
+    const auto found = std::lower_bound(entries->begin(), entries->end(), Entry(stub, nullptr));
+    return found != entries->end() && found->first == stub ? found->second : nullptr;
 }
 
 std::vector<const Kernel*> registeredKernels() {
     Registry& r = registry();
     std::lock_guard<std::mutex> lock(r.mutex);
-    return r.inOrder;
+    std::vector<const Kernel*> kernels;
+    for (const auto& [stub, kernel] : r.inOrder) kernels.push_back(kernel);
+    return kernels;
 }
 
 }  // namespace platform
@@ -64,8 +83,8 @@ extern "C" void __cudaRegisterFunction(void** handle, const char* stub, char* /*
         });
     if (kernel == end) return;  // a launch of this stub reports "invalid device function"
     std::lock_guard<std::mutex> lock(registry().mutex);
-    registry().byStub[stub] = kernel;
-    registry().inOrder.push_back(kernel);
+    registry().inOrder.emplace_back(stub, kernel);
+    registry().byStub = nullptr;
     unit->stubs.push_back(stub);
 }
 
@@ -73,12 +92,11 @@ extern "C" void __cudaUnregisterFatBinary(void** handle) {
     auto* unit = reinterpret_cast<platform::Unit*>(handle);
     {
         std::lock_guard<std::mutex> lock(registry().mutex);
-        for (const void* stub : unit->stubs) {
-            auto found = registry().byStub.find(stub);
-            auto& order = registry().inOrder;
-            order.erase(std::remove(order.begin(), order.end(), found->second), order.end());
-            registry().byStub.erase(found);
-        }
+        auto& entries = registry().inOrder;
+        for (const void* stub : unit->stubs)
+            entries.erase(std::find_if(entries.begin(), entries.end(),
+                                       [&](const auto& entry) { return entry.first == stub; }));
+        registry().byStub = nullptr;
     }
     delete unit;
 }

@@ -92,7 +92,7 @@ using Event = void*;
 
 // What the algorithms work in panels for: to factorise an m x n matrix, or to apply reflectors of
 // order m to n rows or columns.
-enum class Panel { lu, qr, bidiagonal, reflectors };
+enum class Panel { lu, qr, bidiagonal, reflectors, cholesky };
 
 // The parts of a table; platform/entries.inc has the entries.
 struct Identity {

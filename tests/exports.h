@@ -4,7 +4,7 @@
 #include <type_traits>
 
 #include "common/complex.h"
-#include "lumo.h"
+#include "lumo_extended.h"
 
 namespace test {
 
@@ -15,8 +15,10 @@ inline const char* nameOf(Interface where) {
 }
 
 // By interface.
-#define LUMO_EXPORT(type, name) \
-    static constexpr decltype(&lumo##type##name) name[] = {lumo##type##name, lumoDevice##type##name}
+#define LUMO_EXPORT_AS(member, type, name)                                     \
+    static constexpr decltype(&lumo##type##name) member[] = {lumo##type##name, \
+                                                             lumoDevice##type##name}
+#define LUMO_EXPORT(type, name) LUMO_EXPORT_AS(name, type, name)
 #define LUMO_BLAS_EXPORTS(type) \
     LUMO_EXPORT(type, gemm);    \
     LUMO_EXPORT(type, gemv);    \
@@ -29,12 +31,21 @@ inline const char* nameOf(Interface where) {
     LUMO_EXPORT(type, hemm);         \
     LUMO_EXPORT(type, herk);         \
     LUMO_EXPORT(type, her2k)
-#define LUMO_LAPACK_EXPORTS(type) \
-    LUMO_EXPORT(type, getrf);     \
-    LUMO_EXPORT(type, gesv);      \
-    LUMO_EXPORT(type, geqrf);     \
-    LUMO_EXPORT(type, gels);      \
-    LUMO_EXPORT(type, gglse);     \
+// `un`: how the names of what has to do with Q begin.
+#define LUMO_LAPACK_EXPORTS(type, un)     \
+    LUMO_EXPORT(type, getrs);             \
+    LUMO_EXPORT(type, potrf);             \
+    LUMO_EXPORT(type, potrs);             \
+    LUMO_EXPORT(type, posv);              \
+    LUMO_EXPORT(type, gecon);             \
+    LUMO_EXPORT(type, pocon);             \
+    LUMO_EXPORT_AS(orgqr, type, un##gqr); \
+    LUMO_EXPORT_AS(ormqr, type, un##mqr); \
+    LUMO_EXPORT(type, getrf);             \
+    LUMO_EXPORT(type, gesv);              \
+    LUMO_EXPORT(type, geqrf);             \
+    LUMO_EXPORT(type, gels);              \
+    LUMO_EXPORT(type, gglse);             \
     LUMO_EXPORT(type, gesvd)
 
 template <class T>
@@ -42,22 +53,26 @@ struct Exports;
 template <>
 struct Exports<float> {
     LUMO_BLAS_EXPORTS(S);
-    LUMO_LAPACK_EXPORTS(S);
+    LUMO_LAPACK_EXPORTS(S, or);
 };
 template <>
 struct Exports<double> {
     LUMO_BLAS_EXPORTS(D);
+    LUMO_LAPACK_EXPORTS(D, or);
+    LUMO_EXPORT_AS(dsgesv, D, sgesv);
 };
 template <>
 struct Exports<lumo::Complex<float>> {
     LUMO_BLAS_EXPORTS(C);
     LUMO_HERMITIAN_EXPORTS(C);
-    LUMO_LAPACK_EXPORTS(C);
+    LUMO_LAPACK_EXPORTS(C, un);
 };
 template <>
 struct Exports<lumo::Complex<double>> {
     LUMO_BLAS_EXPORTS(Z);
     LUMO_HERMITIAN_EXPORTS(Z);
+    LUMO_LAPACK_EXPORTS(Z, un);
+    LUMO_EXPORT_AS(dsgesv, Z, cgesv);
 };
 
 // A number or pointer of the tests as an export has it; the real part where it takes no more.

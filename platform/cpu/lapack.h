@@ -23,6 +23,9 @@ struct RealWork<true, int(A...), R> {
 CPU_ROUTINE(getrf, sgetrf, dgetrf, cgetrf, zgetrf, int(int m, int n, T* a, int lda, int* ipiv))
 CPU_ROUTINE(gesv, sgesv, dgesv, cgesv, zgesv,
             int(int n, int nrhs, T* a, int lda, int* ipiv, T* b, int ldb))
+CPU_ROUTINE(getrs, sgetrs, dgetrs, cgetrs, zgetrs,
+            int(char trans, int n, int nrhs, const T* a, int lda, const int* ipiv, T* b, int ldb))
+CPU_ROUTINE(potrf, spotrf, dpotrf, cpotrf, zpotrf, int(char uplo, int n, T* a, int lda))
 CPU_ROUTINE(gecon, sgecon, dgecon, cgecon, zgecon,
             int(char norm, int n, const T* a, int lda, R anorm, R* rcond, T* work,
                 std::conditional_t<platform::isComplex<T>, R, int>* work2))

@@ -20,6 +20,8 @@ inline int widthOfPanel(platform::Panel kind, char type, int m, int n, int threa
             return type == 'C' || type == 'Z' ? 24 : 16;
         case platform::Panel::reflectors:  // for few columns their triangular factors are the work
             return n < 16 ? 16 : 64;
+        case platform::Panel::cholesky:  // alone, the CPU LAPACK has nothing to wait for
+            return threads == 1 ? order : 128;
     }
     return 0;
 }

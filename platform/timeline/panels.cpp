@@ -27,6 +27,15 @@ int answering(char type, void* work, int size, F f) {
     });
 }
 
+void writeOnes(char type, int n, void* a, int lda) {
+    platform::withType(type, [&](auto one) {
+        one = 1;
+        for (int i = 0; i < n; ++i)
+            static_cast<decltype(one)*>(a)[std::size_t(i) * std::size_t(lda + 1)] = one;
+        return 0;
+    });
+}
+
 // n norms as a random matrix of `length` rows and fewer leaves them on a diagonal.
 void norms(char type, void* to, int n, int length) {
     platform::withType(type, [&](auto zero) {
@@ -45,6 +54,14 @@ int luPanel(char type, int m, int n, void* /*a*/, int /*lda*/, int* ipiv) {
     const Entry entry;
     spend(luPanelSeconds(state().machine, elementOf(type), m, n));
     randomPivots(m, n, ipiv);
+    return 0;
+}
+
+// Half the work of an LU factorisation. The diagonal, which is looked at, becomes ones.
+int choleskyBlock(char type, char /*uplo*/, int n, void* a, int lda) {
+    const Entry entry;
+    spend(luPanelSeconds(state().machine, elementOf(type), n, n) / 2);
+    writeOnes(type, n, a, lda);
     return 0;
 }
 
@@ -79,12 +96,8 @@ int luSystem(char type, int n, int nrhs, void* a, int lda, int* ipiv, void* /*b*
     spend(luPanelSeconds(state().machine, e, n, n) +
           double(n) * n * nrhs * e.flops / state().machine.luTall.at(n));
     randomPivots(n, n, ipiv);
-    return platform::withType(type, [&](auto one) {
-        one = 1;
-        for (int i = 0; i < n; ++i)
-            static_cast<decltype(one)*>(a)[std::size_t(i) * std::size_t(lda + 1)] = one;
-        return 0;
-    });
+    writeOnes(type, n, a, lda);
+    return 0;
 }
 
 int svd(char type, char jobu, char jobvt, int m, int n, void* /*a*/, int /*lda*/, void* /*s*/,

@@ -5,6 +5,7 @@
 namespace timeline {
 
 int luPanel(char type, int m, int n, void* a, int lda, int* ipiv);
+int choleskyBlock(char type, char uplo, int n, void* a, int lda);
 int qrPanel(char type, int m, int n, void* a, int lda, void* t, int ldt);
 int qrTail(char type, int m, int n, void* a, int lda, void* tau, void* work, int size);
 int bidiagonalTail(char type, int m, int n, void* a, int lda, void* d, void* e, void* tauq,

@@ -33,6 +33,7 @@ const platform::Table& table() {
         platform::Table t = makeTable("timeline");
         t.luPanel = luPanel;
         t.qrPanel = qrPanel;
+        t.choleskyBlock = choleskyBlock;
         t.qrTail = qrTail;
         t.bidiagonalTail = bidiagonalTail;
         t.luSystem = luSystem;

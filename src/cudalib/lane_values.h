@@ -1,4 +1,4 @@
-// What the lanes of a team keep from one region to the next, and sums over a team.
+// What the lanes of a team keep from one region to the next, and what all of it comes to.
 #pragma once
 
 #include "cudalib/block.h"
@@ -26,20 +26,25 @@ class LaneValues {
 #endif
 };
 
-// The sum of the lanes' values of a team of one row, for all of the block.
-template <class Team, class T>
-LUMO_DEVICE T sumOfLanes(LaneValues<Team, T>& values) {
+// combine() of the lanes' values of a team of one row, in pairs, for all of the block.
+template <class Team, class T, class Combine>
+LUMO_DEVICE T ofLanes(LaneValues<Team, T>& values, Combine combine) {
     static_assert(Team::Y == 1 && (Team::X & (Team::X - 1)) == 0);
     LUMO_SHARED T partial[Team::X];
     Team::lanes(Team::X, [&](int x) { partial[x] = values.at(0, x); });
     Team::barrier();
     for (int half = Team::X / 2; half > 0; half /= 2) {
-        Team::lanes(half, [&](int x) { partial[x] = partial[x] + partial[x + half]; });
+        Team::lanes(half, [&](int x) { partial[x] = combine(partial[x], partial[x + half]); });
         Team::barrier();
     }
-    const T sum = partial[0];
-    Team::barrier();  // the next sum's lanes write there again
-    return sum;
+    const T result = partial[0];
+    Team::barrier();  // the next one's lanes write there again
+    return result;
+}
+
+template <class Team, class T>
+LUMO_DEVICE T sumOfLanes(LaneValues<Team, T>& values) {
+    return ofLanes(values, [](T x, T y) { return x + y; });
 }
 
 }  // namespace cudalib

@@ -6,15 +6,14 @@
 #include "common/matrix.h"
 #include "lapack/block_reflector.h"
 #include "lapack/host_lapack.h"
-#include "lapack/host_tau.h"
 #include "lapack/tuning.h"
 
 namespace lumo {
 namespace {
 
 template <class T>
-void apply(Reflectors kind, char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T* c,
-           int ldc) {
+void apply(Reflectors kind, char side, char trans, int m, int n, int k, const T* a, int lda,
+           const T* tau, T* c, int ldc) {
     if (m <= 0 || n <= 0 || k <= 0) return;
     const bool left = side == 'L', plain = trans == 'N';
     const int order = left ? m : n, across = left ? n : m;
@@ -22,8 +21,8 @@ void apply(Reflectors kind, char side, char trans, int m, int n, int k, T* a, in
         platform::panelWidth(platform::Panel::reflectors, platform::letter<T>, order, across);
     const int nb = std::min(wish ? wish : geqrfTuning<T>.current(), k);
     BlockReflector<T> reflector(kind, nb);
-    cudalib::Workspace<T> work(std::size_t(nb) * std::size_t(across));
-    HostTau<T> factors(tau, k, HostTau<T>::reads);
+    cudalib::Workspace<T> v(std::size_t(nb) * std::size_t(order)),
+        work(std::size_t(nb) * std::size_t(across));
 
     // Q is H_1 H_2 ... (QR), its adjoint ... H_2 H_1 (LQ) or H_1 H_2 ... (RQ) of blocks H: the one
     // next to C goes first.
@@ -35,26 +34,27 @@ void apply(Reflectors kind, char side, char trans, int m, int n, int k, T* a, in
         const bool backward = kind == Reflectors::ofRq;
         // The rows (side "L") or columns of C that the block reaches.
         const int first = backward ? 0 : i, reach = backward ? order - k + i + count : order - i;
-        reflector.expose(at(a, lda, i, first), lda, reach, count);
-        reflector.form(factors.data() + i);
+        reflector.take(at(a, lda, i, first), lda, reach, count, v.data(), tau + i);
         T* const part = left ? at(c, ldc, first, 0) : at(c, ldc, 0, first);
         reflector.apply(side, op, across, part, ldc, work.data());
-        reflector.restore();
     }
 }
 
 }  // namespace
 
 template <class T>
-void ormqr(char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T* c, int ldc) {
+void ormqr(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c,
+           int ldc) {
     apply(Reflectors::ofQr, side, trans, m, n, k, a, lda, tau, c, ldc);
 }
 template <class T>
-void ormlq(char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T* c, int ldc) {
+void ormlq(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c,
+           int ldc) {
     apply(Reflectors::ofLq, side, trans, m, n, k, a, lda, tau, c, ldc);
 }
 template <class T>
-void ormrq(char side, char trans, int m, int n, int k, T* a, int lda, T* tau, T* c, int ldc) {
+void ormrq(char side, char trans, int m, int n, int k, const T* a, int lda, const T* tau, T* c,
+           int ldc) {
     apply(Reflectors::ofRq, side, trans, m, n, k, a, lda, tau, c, ldc);
 }
 

@@ -1,50 +1,28 @@
 #include "lapack/block_reflector.h"
 
-#include <algorithm>
-#include <vector>
-
 #include "basic/Copy/Copy.h"
 #include "basic/Set/Set.h"
+#include "basic/TriangularFactor/TriangularFactor.h"
 #include "blas/cublas.h"
 #include "blas/gemm.h"
-#include "common/exceptions.h"
 #include "common/matrix.h"
-#include "cudalib/exceptions.h"
-#include "cudalib/transfer.h"
 
 namespace lumo {
-namespace {
-
-// T from G = V^H V, of which the triangle of T's kind is given, in place: column i of T is
-// -tau(i) T' G(:, i), where T' is the triangular factor of the reflectors before it in the product
-// (xLARFT's recursion).
-template <class T>
-void triangularFactor(bool forward, int count, T* t, const T* tau) {
-    const MatrixView<T> factor{t, count};
-    for (int step = 0; step < count; ++step) {
-        const int i = forward ? step : count - 1 - step;
-        const int begin = forward ? 0 : i + 1, end = forward ? i : count;
-        const T minusTau = T(0) - tau[i];
-        for (int r = begin; r < end; ++r) factor(r, i) = minusTau * factor(r, i);
-        for (int k = 0; k < end - begin; ++k) {
-            const int l = forward ? begin + k : end - 1 - k;
-            const T x = factor(l, i);
-            const int from = forward ? begin : l + 1, to = forward ? l : end;
-            for (int r = from; r < to; ++r) factor(r, i) = factor(r, i) + factor(r, l) * x;
-            factor(l, i) = factor(l, l) * x;
-        }
-        factor(i, i) = tau[i];
-    }
-}
-
-}  // namespace
 
 template <class T>
 BlockReflector<T>::BlockReflector(Reflectors kind, int width)
     : kind_(kind),
       width_(width),
       t_(std::size_t(width) * std::size_t(width)),
-      saved_(std::size_t(width) * std::size_t(width)) {}
+      other_(std::size_t(width) * std::size_t(width)) {}
+
+template <class T>
+void BlockReflector<T>::use(T* v, int ldv, int order, int count) {
+    v_ = v;
+    ldv_ = ldv;
+    order_ = order;
+    count_ = count;
+}
 
 template <class T>
 T* BlockReflector<T>::triangle() const {
@@ -52,34 +30,33 @@ T* BlockReflector<T>::triangle() const {
 }
 
 template <class T>
+void BlockReflector<T>::writeUnitTriangle() const {
+    setTriangle<0>(kind_ == Reflectors::ofLq ? 'U' : 'L', 'U', count_, count_, triangle(), ldv_);
+}
+
+template <class T>
 void BlockReflector<T>::expose(T* v, int ldv, int order, int count) {
-    v_ = v;
-    ldv_ = ldv;
-    order_ = order;
-    count_ = count;
-    copyMatrix(count, count, triangle(), ldv, saved_.data(), width_);
-    setTriangle<0>(kind_ == Reflectors::ofLq ? 'U' : 'L', 'U', count, count, triangle(), ldv);
+    use(v, ldv, order, count);
+    copyMatrix(count, count, triangle(), ldv, other_.data(), width_);
+    writeUnitTriangle();
 }
 
 template <class T>
 void BlockReflector<T>::restore() {
-    copyMatrix(count_, count_, saved_.data(), width_, triangle(), ldv_);
+    copyMatrix(count_, count_, other_.data(), width_, triangle(), ldv_);
 }
 
 template <class T>
-void BlockReflector<T>::form(const T* tau) {
+void BlockReflector<T>::take(const T* v, int ldv, int order, int count, T* copy, const T* tau) {
+    const bool columns = kind_ == Reflectors::ofQr, forward = kind_ != Reflectors::ofRq;
+    use(copy, columns ? order : count, order, count);
+    copyMatrix(ldv_, columns ? count : order, v, ldv, copy, ldv_);
+    writeUnitTriangle();
+
     using Real = RealOf<T>;
-    const bool forward = kind_ != Reflectors::ofRq;
-    cublas::herk(forward ? 'U' : 'L', kind_ == Reflectors::ofQr ? 'C' : 'N', count_, order_,
-                 Real(1), v_, ldv_, Real(0), t_.data(), width_);
-    const std::size_t row = std::size_t(count_) * sizeof(T),
-                      pitch = std::size_t(width_) * sizeof(T);
-    std::vector<T> host(std::size_t(count_) * std::size_t(count_));
-    cudalib::checkCudaError(cudalib::copy2D(host.data(), row, t_.data(), pitch, row,
-                                            std::size_t(count_), cudaMemcpyDeviceToHost));
-    triangularFactor(forward, count_, host.data(), tau);
-    cudalib::checkCudaError(cudalib::copy2D(t_.data(), pitch, host.data(), row, row,
-                                            std::size_t(count_), cudaMemcpyHostToDevice));
+    cublas::herk(forward ? 'U' : 'L', columns ? 'C' : 'N', count, order, Real(1), copy, ldv_,
+                 Real(0), other_.data(), width_);
+    triangularFactor(forward, count, other_.data(), width_, tau, t_.data(), width_);
 }
 
 template <class T>

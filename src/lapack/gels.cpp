@@ -52,6 +52,6 @@ void Gels<T>::run() const {
 }
 
 LUMO_INSTANTIATE_MEMBERS(Gels)
-LUMO_EXPORT_S_C(gels, Gels)
+LUMO_EXPORT_S_D_C_Z(gels, Gels)
 
 }  // namespace lumo

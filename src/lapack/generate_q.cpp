@@ -2,12 +2,10 @@
 
 #include <algorithm>
 
-#include "basic/Copy/Copy.h"
 #include "basic/LASET/LASET.h"
 #include "common/element_types.h"
 #include "common/matrix.h"
 #include "lapack/block_reflector.h"
-#include "lapack/host_tau.h"
 #include "lapack/tuning.h"
 
 namespace lumo {
@@ -34,11 +32,8 @@ class Generation {
         setUnit(k_, lines_ - k_);
         for (int i = (k_ - 1) / nb_ * nb_; i >= 0; i -= nb_) {
             const int count = std::min(nb_, k_ - i), order = length_ - i;
-            const int rows = columns_ ? order : count, columns = columns_ ? count : order;
-            copyMatrix(rows, columns, a_.at(i, i), a_.ld, v_.data(), rows);
+            reflector_.take(a_.at(i, i), a_.ld, order, count, v_.data(), tau + i);
             setUnit(i, count);
-            reflector_.expose(v_.data(), rows, order, count);
-            reflector_.form(tau + i);
             reflector_.apply(columns_ ? 'L' : 'R', columns_ ? 'N' : 'C', lines_ - i, a_.at(i, i),
                              a_.ld, work_.data());
         }
@@ -64,23 +59,22 @@ class Generation {
 };
 
 template <class T>
-void generate(Reflectors kind, int lines, int length, int k, T* a, int lda, T* tau) {
+void generate(Reflectors kind, int lines, int length, int k, T* a, int lda, const T* tau) {
     if (lines <= 0) return;
     const bool columns = kind == Reflectors::ofQr;
     if (k <= 0)
         return LASET('A', columns ? length : lines, columns ? lines : length, T(0), T(1), a, lda);
-    HostTau<T> factors(tau, k, HostTau<T>::reads);
-    Generation<T>(kind, lines, length, k, a, lda).run(factors.data());
+    Generation<T>(kind, lines, length, k, a, lda).run(tau);
 }
 
 }  // namespace
 
 template <class T>
-void orgqr(int m, int n, int k, T* a, int lda, T* tau) {
+void orgqr(int m, int n, int k, T* a, int lda, const T* tau) {
     generate(Reflectors::ofQr, n, m, k, a, lda, tau);
 }
 template <class T>
-void orglq(int m, int n, int k, T* a, int lda, T* tau) {
+void orglq(int m, int n, int k, T* a, int lda, const T* tau) {
     generate(Reflectors::ofLq, m, n, k, a, lda, tau);
 }
 

@@ -7,14 +7,13 @@ namespace lumo {
 // them, m >= n >= k, with the first n columns of Q (LAPACK xORGQR, xUNGQR). tau: k scalar factors
 // in device memory. Arguments are the caller's to check.
 //
-// Blocked; the triangular factors come from Gram matrices, of which nb x nb elements pass through
-// the host for each block. Device memory: 2 nb^2 + nb (m + n) elements, nb no larger than k.
+// Blocked. Device memory: 2 nb^2 + nb (m + n) elements, nb no larger than k.
 template <class T>
-void orgqr(int m, int n, int k, T* a, int lda, T* tau);
+void orgqr(int m, int n, int k, T* a, int lda, const T* tau);
 
 // The same for the first k rows of an m x n matrix as factorizeLq left them, n >= m >= k, and the
 // first m rows of Q (LAPACK xORGLQ, xUNGLQ).
 template <class T>
-void orglq(int m, int n, int k, T* a, int lda, T* tau);
+void orglq(int m, int n, int k, T* a, int lda, const T* tau);
 
 }  // namespace lumo

@@ -13,6 +13,6 @@ void Geqrf<T>::run() const {
 }
 
 LUMO_INSTANTIATE_MEMBERS(Geqrf)
-LUMO_EXPORT_S_C(geqrf, Geqrf)
+LUMO_EXPORT_S_D_C_Z(geqrf, Geqrf)
 
 }  // namespace lumo

@@ -55,6 +55,6 @@ lumoStatus Gesv<T>::runOnCpu() const {
 }
 
 LUMO_INSTANTIATE_MEMBERS(Gesv)
-LUMO_EXPORT_S_C(gesv, Gesv)
+LUMO_EXPORT_S_D_C_Z(gesv, Gesv)
 
 }  // namespace lumo

@@ -237,6 +237,6 @@ lumoStatus Gesvd<T>::runOnCpu() const {
 }
 
 LUMO_INSTANTIATE_MEMBERS(Gesvd)
-LUMO_EXPORT_S_C(gesvd, Gesvd)
+LUMO_EXPORT_S_D_C_Z(gesvd, Gesvd)
 
 }  // namespace lumo

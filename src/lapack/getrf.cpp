@@ -229,6 +229,6 @@ lumoStatus Getrf<T>::runOnCpu() const {
 }
 
 LUMO_INSTANTIATE_MEMBERS(Getrf)
-LUMO_EXPORT_S_C(getrf, Getrf)
+LUMO_EXPORT_S_D_C_Z(getrf, Getrf)
 
 }  // namespace lumo

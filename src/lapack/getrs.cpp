@@ -8,16 +8,23 @@
 #include "common/exceptions.h"
 #include "common/letters.h"
 #include "common/state.h"
+#include "lapack/pivots.h"
+#include "routine/exports.h"
 
 namespace lumo {
 
 template <class T>
-LuSolve<T>::LuSolve(int n, int nrhs) : n_(n), nrhs_(nrhs) {
-    if (deviceIsModern()) permutation_.emplace(n, nrhs);
+LuSolve<T>::LuSolve(int n, int nrhs, char trans) : n_(n), nrhs_(nrhs), trans_(trans) {
+    if (deviceIsModern() || trans != 'N') permutation_.emplace(n, nrhs);
 }
 
 template <class T>
 void LuSolve<T>::run(const T* a, int lda, const int* ipiv, T* b, int ldb) const {
+    if (trans_ != 'N') {
+        cublas::trsm('L', 'U', trans_, 'N', n_, nrhs_, T(1), a, lda, b, ldb);
+        cublas::trsm('L', 'L', trans_, 'U', n_, nrhs_, T(1), a, lda, b, ldb);
+        return permutation_->apply(ipiv, b, ldb, true);
+    }
     if (permutation_)
         permutation_->apply(ipiv, b, ldb);
     else
@@ -51,5 +58,15 @@ void getrs(char trans, int n, int nrhs, const T* a, int lda, const int* ipiv, T*
 }
 
 LUMO_INSTANTIATE(getrs)
+
+template <class T>
+void Getrs<T>::run() const {
+    Pivots pivots(n, ipiv);
+    if (!pivots.areRows()) throwArgumentError(-6);
+    LuSolve<T>(n, nrhs, trans).run(a, lda, pivots.data(), b, ldb);
+}
+
+LUMO_INSTANTIATE_MEMBERS(Getrs)
+LUMO_EXPORT_S_D_C_Z(getrs, Getrs)
 
 }  // namespace lumo

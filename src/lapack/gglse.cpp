@@ -68,6 +68,6 @@ void Gglse<T>::run() const {
 }
 
 LUMO_INSTANTIATE_MEMBERS(Gglse)
-LUMO_EXPORT_S_C(gglse, Gglse)
+LUMO_EXPORT_S_D_C_Z(gglse, Gglse)
 
 }  // namespace lumo

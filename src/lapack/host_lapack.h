@@ -25,6 +25,17 @@ int gesv(int n, int nrhs, T* a, int lda, int* ipiv, T* b, int ldb) {
     return platform::luSystem(platform::letter<T>, n, nrhs, a, lda, ipiv, b, ldb);
 }
 
+// xPOTRF. Returns LAPACK's info: some CPU libraries go on with a pivot that is not a number.
+template <class T>
+int potrf(char uplo, int n, T* a, int lda) {
+    const int info = platform::choleskyBlock(platform::letter<T>, uplo, n, a, lda);
+    for (int j = 0; j < (info > 0 ? info - 1 : n); ++j) {
+        const T pivot = a[std::ptrdiff_t(j) * lda + j];
+        if (!(pivot == pivot)) return j + 1;
+    }
+    return info;
+}
+
 // xGEQRF.
 template <class T>
 void geqrf(int m, int n, T* a, int lda, T* tau) {

@@ -8,22 +8,17 @@
 
 namespace lumo {
 
-// A host copy of `count` factors in device memory. One that `writesBack` is copied to the device
-// again when it goes out of scope, however the routine ends: the factors that are there are right.
-// A failure of that shows at the caller's next check.
+// A host copy of `count` factors in device memory, which is copied to the device again when it goes
+// out of scope, however the routine ends: the factors that are there are right. A failure of that
+// shows at the caller's next check.
 template <class T>
 class HostTau {
   public:
-    enum Mode { reads, writesBack };
-    HostTau(T* device, int count, Mode mode)
-        : device_(device), mode_(mode), values_(std::size_t(count)) {
+    HostTau(T* device, int count) : device_(device), values_(std::size_t(count)) {
         cudalib::checkCudaError(
             cudaMemcpy(values_.data(), device_, bytes(), cudaMemcpyDeviceToHost));
     }
-    ~HostTau() {
-        if (mode_ == writesBack)
-            cudaMemcpy(device_, values_.data(), bytes(), cudaMemcpyHostToDevice);
-    }
+    ~HostTau() { cudaMemcpy(device_, values_.data(), bytes(), cudaMemcpyHostToDevice); }
     HostTau(const HostTau&) = delete;
     HostTau& operator=(const HostTau&) = delete;
 
@@ -33,7 +28,6 @@ class HostTau {
     std::size_t bytes() const { return values_.size() * sizeof(T); }
 
     T* device_;
-    Mode mode_;
     std::vector<T> values_;
 };
 

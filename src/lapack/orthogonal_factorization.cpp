@@ -32,7 +32,7 @@ class Factorization {
         nb_ = std::min(nb, k_);
         const int inPanels = columns() ? k_ - nb : k_;
         if (inPanels < 1) {
-            tau_.emplace(deviceTau_, k_, HostTau<T>::writesBack);
+            tau_.emplace(deviceTau_, k_);
             return unblocked(0);
         }
         const std::size_t length = std::size_t(columns() ? m_ : n_);
@@ -50,7 +50,7 @@ class Factorization {
         formsW_ = !panel.shared() || !columns();
         cudalib::Workspace<T> w(formsW_ ? std::size_t(width) * length : 0),
             y(std::size_t(width) * std::size_t(updated));
-        tau_.emplace(deviceTau_, k_, HostTau<T>::writesBack);
+        tau_.emplace(deviceTau_, k_);
 
         std::optional<StreamBesidePanel> device;
         if (streamed_) device.emplace(panel.stream());

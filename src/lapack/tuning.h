@@ -31,6 +31,10 @@ struct GetrfTuning {
 template <class T>
 inline GetrfTuning getrfTuning{{32, 96, 32}, 513};
 
+// The order of the CPU's blocks of the diagonal.
+template <class T>
+inline BlockSize potrfTuning{64, 128};
+
 // The columns (QR) or rows (LQ, RQ) of a panel.
 template <class T>
 inline BlockSize geqrfTuning{32, 96, 64};
@@ -64,6 +68,6 @@ inline BdsqrTuning bdsqrTuning{6};
 inline std::size_t gatheredOnCpu = std::size_t(12) << 20;
 
 // Orders up to which a problem is small (routine/description.h), measured.
-constexpr int smallLu = 256, smallSvd = 48;
+constexpr int smallLu = 256, smallCholesky = 256, smallSvd = 48;
 
 }  // namespace lumo

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "common/complex.h"
-#include "lumo.h"
+#include "lumo_extended.h"
 
 namespace lumo {
 

@@ -28,7 +28,7 @@ template <class Routine>
 constexpr bool deviceChecks = true;
 
 // What a call does with an operand; `none` where it does not look at it. Of `scratch` it reads what
-// the caller has there, and leaves nothing of use.
+// the caller has there, and leaves that or nothing of use.
 enum class Access { none, in, out, inOut, scratch };
 
 // A column-major matrix behind two arguments, which a frame may point to a copy; or adjacent

@@ -1,5 +1,5 @@
-// The exported functions of a routine. Their signatures stand in lumo.h; from those, and from the
-// routine's description, whose members are the same arguments, come the functions.
+// The exported functions of a routine. Their signatures stand in the headers; from those, and from
+// the routine's description, whose members are the same arguments, come the functions.
 #pragma once
 
 #include "routine/c_interface.h"
@@ -31,10 +31,10 @@ struct Exported<Routine, lumoStatus (*)(A...)> {
                       Exported<Routine<T>, decltype(&lumoDevice##letter##name)>::device)
 
 // The exports of a routine, for the types that it has.
-#define LUMO_EXPORT_S_C(name, Routine)                 \
-    [[gnu::used]] static void name##Exports() {        \
-        LUMO_EXPORT(S, float, name, Routine);          \
-        LUMO_EXPORT(C, Complex<float>, name, Routine); \
+#define LUMO_EXPORT_S_D(name, Routine)          \
+    [[gnu::used]] static void name##Exports() { \
+        LUMO_EXPORT(S, float, name, Routine);   \
+        LUMO_EXPORT(D, double, name, Routine);  \
     }
 #define LUMO_EXPORT_C_Z(name, Routine)                  \
     [[gnu::used]] static void name##Exports() {         \

@@ -138,7 +138,8 @@ lumoStatus onHost(Routine routine) {
         checkArguments(routine);
         if (routine.empty()) return runOnCopies(routine);
         if constexpr (mayBeSmall<Routine>)
-            if (platform::sharesMemory() && !hooksAreSet() && routine.isSmall())
+            if (platform::sharesMemory() && !hooksAreSet() && routine.isSmall() &&
+                routine.operands([](auto... o) { return (isAligned(o.pointer) && ...); }))
                 return routine.runOnCpu();
         return routine.operands([&](auto... operands) {
             return onCopies(

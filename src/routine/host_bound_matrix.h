@@ -1,6 +1,7 @@
 // A user's host matrix and its copy on the device, for the length of one call.
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <optional>
 
@@ -8,6 +9,12 @@
 #include "routine/blas_allocator.h"
 
 namespace lumo {
+
+// Whether an address is one for an element: a caller's complex numbers may be aligned as reals are.
+template <class T>
+bool isAligned(const T* pointer) {
+    return reinterpret_cast<std::uintptr_t>(pointer) % alignof(T) == 0;
+}
 
 enum Residence { anywhere, pitched };
 enum TransferMode { noTransfer = 0, upload = 2, download = 4, uploadAndDownload = 6 };
@@ -19,8 +26,9 @@ enum TransferMode { noTransfer = 0, upload = 2, download = 4, uploadAndDownload 
 // A vector with an increment is a row whose leading dimension is the increment's magnitude, packed
 // on the device by the CudaAllocator: the pitch of a matrix would spread it over the memory.
 //
-// Where the device's memory is the host's, the matrix is its own copy; a pitched one only if its
-// leading dimension is good to work with.
+// Where the device's memory is the host's, the matrix is its own copy, if it lies as device memory
+// has to: aligned to whole elements; a pitched one only if its leading dimension is good to work
+// with.
 template <class T, template <class> class Alloc = BlasAllocator>
 class HostBoundMatrix {
   public:
@@ -32,7 +40,8 @@ class HostBoundMatrix {
         if (!extent.rows || !extent.columns || !depth) mode_ = noTransfer;
         if (mode_ == noTransfer) return;
         if (!host) throw cudalib::CudaRuntimeException(cudaErrorInvalidValue);
-        shared_ = platform::sharesMemory() && (residence == anywhere || worksWell(extent));
+        shared_ = platform::sharesMemory() && isAligned(host) &&
+                  (residence == anywhere || worksWell(extent));
         if (shared_) return;
         memory_.emplace(extent, depth);
         if (mode_ & upload) memory_->copyFromHost(host_, hostLd_);

@@ -6,11 +6,12 @@
 # another CPU library alone passes, or if a symbol that the programs can reach was never served.
 # Exit 77: the programs are not installed.
 #
-# short: on the reference LAPACK in small blocks, of the linear equations general matrices, QR and
-# least squares. full: everything, on the reference LAPACK and on OpenBLAS, in small blocks and in
-# the usual ones; then the tests of NumPy and SciPy.
+# short: on the reference LAPACK in small blocks, of the linear equations general and definite
+# matrices, QR and least squares. full: everything, on the reference LAPACK and on OpenBLAS, in
+# small blocks and in the usual ones; then Octave's tests and R's functions, and the tests of NumPy
+# and SciPy, Debian's and PyPI's.
 set -u
-dropin=$1 small=$2 work=$3 extent=$4
+dropin=$1 small=$2 work=$3 extent=$4 here=$(cd "$(dirname "$0")" && pwd)
 
 lib=/usr/lib/$(gcc -print-multiarch)
 lapack=$lib/lapack blas=$lib/blas
@@ -33,17 +34,19 @@ run() {
             LD_LIBRARY_PATH=$2$callers_path LD_PRELOAD=$3 LUMO_REPORT=$PWD/report "$4" <"$5" >"$1.out" 2>"$1.err"
             echo "exit status $?" >>"$1.out"
         }
-        for t in s c; do
+        for t in s d c z; do
             input=$lapack/${t}test.in
             if [ "$extent" = short ]; then
-                T=$(echo $t | tr sc SC)
-                sed -E "/^[SC]/{/^$T(GE|QR|LS) /!d;}" "$input" >${t}test.in
+                sed -E "/^[SDCZ][A-Z]/{/^.(GE|PO|QR|LS) /!d;}" "$input" >${t}test.in
                 input=${t}test.in
             fi
             program xlintst$t "$2" "$3" $lapack/xlintst$t "$input"
             for part in lse svd; do
                 program xeigtst$t.$part "$2" "$3" $lapack/xeigtst$t $lapack/$part.in
             done
+        done
+        for t in ds zc; do
+            program xlintst$t "$2" "$3" $lapack/xlintst$t $lapack/${t}test.in
         done
         for t in s d c z; do
             for level in 2 3; do
@@ -108,9 +111,9 @@ if [ "$extent" = full ]; then
     done
 fi
 
-# Every exported symbol but LAPACKE's, which no program of Debian's tests.
+# Every symbol exported under its usual name, but LAPACKE's, which no program of Debian's tests.
 echo
-nm -D --defined-only "$dropin" | awk '$3 ~ /_$|^cblas_/ { print $3 }' | sort >symbols
+nm -D --defined-only "$dropin" | awk '$3 ~ /^[a-z0-9]+_$|^cblas_[a-z0-9]+$/ { print $3 }' | sort >symbols
 cat ./*.small/report ./*.usual/report 2>/dev/null | awk '
     BEGIN { while ((getline symbol <"symbols") > 0) all[++count] = symbol
             printf "%-34s %10s %10s\n", "symbol", "served", "passed on" }
@@ -120,23 +123,60 @@ cat ./*.small/report ./*.usual/report 2>/dev/null | awk '
               if (!served[all[i]]) { print all[i] " was never served"; bad = 1 } }
           exit bad || !count }' || failed=1
 
-# python PACKAGE: its tests, which must all pass.
+# python PROGRAM PACKAGE: its tests, which must all pass.
 python() {
     echo
-    if ! /usr/bin/python3 -c "import pytest, hypothesis, ${1%%.*}" 2>/dev/null; then
-        echo "$1: python3-pytest, python3-hypothesis or the package is missing"
+    if ! "$1" -c "import pytest, hypothesis, ${2%%.*}" 2>/dev/null; then
+        echo "$2: python3-pytest, python3-hypothesis or the package is missing"
         failed=1
         return
     fi
     rm -f python.report
-    LD_PRELOAD=$dropin LUMO_REPORT=$work/python.report /usr/bin/python3 -m pytest -q \
-        -p no:cacheprovider --pyargs "$1" >"$1.out" 2>&1 || failed=1
-    echo "$1: $(tail -1 "$1.out")"
+    LD_PRELOAD=$dropin LUMO_REPORT=$work/python.report "$1" -m pytest -v -p no:cacheprovider \
+        --pyargs "$2" >"$2.out" 2>&1 || failed=1
+    "$1" -c "import ${2%%.*} as it; print('$2', it.__version__, end=': ')"
+    tail -1 "$2.out"
     cat python.report
 }
+# wheel PACKAGE: the same with what PyPI has, whose BLAS has names of its own. Each test must come out
+# as it does without Lumo, and no symbol may be called without being served once.
+outcomes='s/^([^ ]*::.* (PASSED|FAILED|ERROR|SKIPPED|XFAIL|XPASS)).*/\1/p'
+wheel() {
+    wheels/bin/python -m pytest -v -p no:cacheprovider --pyargs "$1" 2>&1 |
+        sed -nE "$outcomes" | sort >"$1.alone"
+    python wheels/bin/python "$1"
+    sed -nE "$outcomes" "$1.out" | sort | diff "$1.alone" - || failed=1
+    awk '/^scipy_/ { ++all; if (!$2) { print $1 " was never served"; bad = 1 } }
+        END { exit bad || !all }' python.report || failed=1
+}
+# client NAME COMMAND...: what it prints must be the same as without Lumo, and something be served.
+client() {
+    name=$1 && shift
+    echo
+    if ! command -v "$1" >/dev/null; then
+        echo "$name: $1 is not installed"
+        failed=1
+        return
+    fi
+    "$@" >"$name.alone" 2>"$name.err"
+    rm -f "$name.report"
+    LD_PRELOAD=$dropin LUMO_REPORT=$work/$name.report "$@" >"$name.out" 2>>"$name.err" || failed=1
+    diff "$name.alone" "$name.out" || failed=1
+    echo "$name: $(wc -l <"$name.out") lines, those without Lumo"
+    cat "$name.report" || failed=1
+}
 if [ "$extent" = full ]; then
-    python numpy.linalg
-    python scipy.linalg
+    client octave octave --no-gui --norc --quiet "$here/octave.m"
+    client r Rscript "$here/r.R"
+    python /usr/bin/python3 numpy.linalg
+    python /usr/bin/python3 scipy.linalg
+    if { /usr/bin/python3 -m venv wheels &&
+        wheels/bin/pip install -q numpy scipy pytest hypothesis; } >pip.out 2>&1; then
+        wheel numpy.linalg
+        wheel scipy.linalg
+    else
+        printf '\nthe wheels of PyPI are left out: %s\n' "$(tail -1 pip.out)"
+    fi
 fi
 
 [ $failed = 0 ] || echo "FAILED: see $work"

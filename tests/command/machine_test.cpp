@@ -25,6 +25,8 @@ TEST_F(Command, SaysWhatIsWrongWithItsArguments) {
     const std::vector<std::string> cases[] = {{"frob", "frob is no command", "lstsq"},
                                               {"", "info solve"},
                                               {"solve A", "B is required"},
+                                              {"lstsq A B --precision mixed", "not in {s,d}"},
+                                              {"svd A --precision mixed", "not in {s,d}"},
                                               {"svd A -k 0", "0 not in range 1 to 2147483647"},
                                               {"tune -n 0", "0 not in range 64 to 32768"},
                                               {"predict sgetrf", "--size is required"},
@@ -42,7 +44,7 @@ TEST_F(Command, MeasuresItsSpeed) {
     EXPECT_EQ(0, outcome.code) << outcome.err;
     expectWords(read(folder / "speeds.json"),
                 {"\"zgemm\"", "\"sgels\"", "\"crossover\": ", "{\"n\": 100, \"lumo_"});
-    expectRefusal("bench sgemm dgels", {"dgels", "zgemm"});
+    expectRefusal("bench sgemm dgeev", {"dgeev", "zgemm"});
     expectRefusal("bench sgemm -n 16 --json j --plot absent/speeds.svg", {"absent/speeds.svg: "});
     expectRefusal("bench sgemm -n 16 --json j --plot speeds.txt", {"speeds.txt: ", ".svg"});
     const std::string interrupted = " 0.5 '" LUMO_COMMAND "' bench -n 32768 --json j";

@@ -69,6 +69,9 @@ TEST_F(Command, ReadsEveryFormat) {
         {"skew-symmetric",
          mtx("array complex skew-symmetric", "2 2\n3 1\n"),
          {0, {-3, -1}, {3, 1}, 0}},
+        {"f2",
+         npy("<f2", false, "2, 2", "\0\xbe\1\0\xff\x7b\x55\x35"s),
+         {-1.5, std::ldexp(1, -24), 65504, 1365. / 4096}},
         {"f4", npyOf<float>("<f4", general), general},
         {"f8 by columns", npyOf<double>("<f8", general, true), general},
         {"f8 big endian, version 2", npyOf<double>(">f8", general, false, 2), general},
@@ -107,27 +110,31 @@ TEST_F(Command, WritesNumpyFilesThatItReads) {
     EXPECT_EQ(0, run("solve A.mtx B.mtx -o X.npy").code);
     const std::string file = read(folder / "X.npy");
     EXPECT_NE(std::string::npos,
-              file.find("{'descr': '<c8', 'fortran_order': True, 'shape': (2, 2), }"));
-    EXPECT_EQ(128 + 4 * sizeof(std::complex<float>), file.size());
+              file.find("{'descr': '<c16', 'fortran_order': True, 'shape': (2, 2), }"));
+    EXPECT_EQ(128 + 4 * sizeof(Number), file.size());
     EXPECT_EQ(0, run("solve I.mtx X.npy -o Y.mtx").code);
     EXPECT_EQ((Numbers{1, {0, 1}, {1, 1}, 2}), numbers("Y.mtx", "array complex general, 2 2"));
 
-    const float b[] = {6, 2};
+    const float a[] = {2, 0, 0, 4}, b[] = {6, 2};
+    write("A.npy", npy("<f4", false, "2,2", {reinterpret_cast<const char*>(a), sizeof a}));
     write("b.npy", npy("<f4", false, "2,", {reinterpret_cast<const char*>(b), sizeof b}));
-    EXPECT_EQ(0, run("solve A.mtx b.npy -o x.npy").code);
+    EXPECT_EQ(0, run("solve A.npy b.npy -o x.npy").code);
     const float x[] = {3, 0.5};
     const std::string vector = read(folder / "x.npy");
     EXPECT_NE(std::string::npos, vector.find("'<f4', 'fortran_order': True, 'shape': (2,), }"));
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(x), sizeof x),
               vector.substr(vector.size() - sizeof x));
+    EXPECT_EQ(0, run("solve A.mtx b.npy -o x.npy").code);
+    expectWords(read(folder / "x.npy"), {"'<f8', "});
 }
 
 TEST_F(Command, SaysWhenPrecisionIsLost) {
     write("b", mtx("array real general", "1 1\n1\n"));
     write("exact", npy("<f8", false, "1,1", std::string(6, '\0') + "\xf8\x3f"));  // 1.5
     write("more", mtx("array real general", "1 1\n1.1\n"));
-    EXPECT_EQ(std::string::npos, run("solve exact b").out.find("rounded"));
-    expectWords(run("solve more b").out, {"more: rounded"});
+    EXPECT_EQ(std::string::npos, run("solve more b").out.find("rounded"));
+    EXPECT_EQ(std::string::npos, run("solve exact b --precision s").out.find("rounded"));
+    expectWords(run("solve more b --precision s").out, {"more: rounded to single precision"});
 }
 
 TEST_F(Command, RefusesBadFilesInOneLine) {
@@ -166,7 +173,8 @@ TEST_F(Command, RefusesBadFilesInOneLine) {
         {"\x93NUMPX", {"ends early"}},
         {"\x93NUMPX\1\0.."s, {"not a NumPy"}},
         {"\x93NUMPY\t\0v\0{}"s, {"version 9"}},
-        {npy("<f2", false, "1, 1", ".."), {"'<f2'"}},
+        {npy("<f16", false, "1, 1", ".."), {"'<f16'"}},
+        {npy(">f2", false, "2, 2", "|\0\0\0\0\0\0\0"s), {"(1, 1)", "not finite"}},
         {npy("<f4", false, "1, 1, 1", "...."), {"3 dimensions"}},
         {npy("<f4", false, "", "...."), {"0 dimensions"}},
         {npy("<f4", false, "-1, 1", "...."), {"negative"}},
@@ -184,7 +192,7 @@ TEST_F(Command, RefusesBadFilesInOneLine) {
         write("A", c.file);
         std::vector<std::string> words = c.words;
         words.push_back("lumo: A: ");
-        expectRefusal("solve A b -o x.mtx", words);
+        expectRefusal("solve A b -o x.mtx --precision s", words);
     }
 }
 
@@ -234,14 +242,16 @@ TEST_F(Command, ReadsAndWritesStreams) {
 
 TEST_F(Command, WarnsOfIllConditionedMatrices) {
     write("b", mtx("array real general", "2 1\n1\n1\n"));
-    const std::string cases[][2] = {
-        {"real general\n2 2 2\n1 1 3\n2 2 1e-6\n", ""},
-        {"real general\n2 2 2\n1 1 3\n2 2 1e-8\n",
+    const std::string cases[][3] = {
+        {"real general\n2 2 2\n1 1 3\n2 2 1e-6\n", "s", ""},
+        {"real general\n2 2 2\n1 1 3\n2 2 1e-8\n", "s",
          "A: ill-conditioned, its reciprocal condition number is 3.3e-09"},
-        {"complex general\n2 2 2\n1 1 0 3\n2 2 1e-8 0\n", "A: ill-conditioned"}};
-    for (const auto& [matrix, words] : cases) {
+        {"complex general\n2 2 2\n1 1 0 3\n2 2 1e-8 0\n", "s", "A: ill-conditioned"},
+        {"real general\n2 2 2\n1 1 3\n2 2 1e-15\n", "d", ""},
+        {"complex general\n2 2 2\n1 1 0 3\n2 2 1e-17 0\n", "d", "A: ill-conditioned"}};
+    for (const auto& [matrix, precision, words] : cases) {
         write("A", mtx("coordinate " + matrix, ""));
-        const Outcome outcome = run("solve A b");
+        const Outcome outcome = run("solve A b --precision " + precision);
         EXPECT_EQ(0, outcome.code);
         EXPECT_EQ(words.empty(), outcome.err.empty());
         expectWords(outcome.err, {words});
@@ -253,15 +263,44 @@ TEST_F(Command, NamesTheColumnOfASingularMatrix) {
     write("A", mtx("array real general", "3 3\n1\n0\n0\n0\n2\n0\n1\n2\n0\n"));
     write("b", mtx("array real general", "3 1\n1\n1\n1\n"));
     write("x.mtx", "an older solution");
-    expectRefusal("solve A b -o x.mtx", {"A: ", "singular", "column 3"});
+    expectRefusal("solve A b -o x.mtx", {"A: ", "singular in double", "column 3"});
     EXPECT_EQ("an older solution", read(folder / "x.mtx"));
 
-    write("A", mtx("array real general", "1 1\n1e-30\n"));
-    write("b", mtx("array real general", "1 1\n1e30\n"));
+    write("A", mtx("array real general", "1 1\n1e-300\n"));
+    write("b", mtx("array real general", "1 1\n1e300\n"));
     expectRefusal("solve A b -o x.mtx", {"A: ", "not finite"});
-    write("b", mtx("array real general", "1 2\n1e30\n1\n"));  // the second solution is finite
+    write("b", mtx("array real general", "1 2\n1e300\n1\n"));  // the second solution is finite
     expectRefusal("solve A b -o x.mtx", {"A: ", "not finite"});
     expectRefusal("lstsq A b -o x.mtx", {"A: ", "not finite"});
+}
+
+TEST_F(Command, RefinesSinglePrecision) {
+    const struct {
+        std::string A;
+        Numbers x;  // empty where A is too ill-conditioned for its digits
+        std::vector<std::string> words;
+    } cases[] = {
+        {"real general\n2 2\n3\n1\n1\n2\n", {0.2, 0.4}, {"Dsgesv", "refined:    2 steps from"}},
+        {"complex general\n2 2\n3 0\n0 1\n0 1\n3 0\n",
+         {{0.3, -0.1}, {0.3, -0.1}},
+         {"Zcgesv", "refined:    2 steps from"}},
+        {"real general\n2 2\n1e39\n0\n0\n1\n", {1e-39, 1}, {"too large for", "rcond:      1e-39"}},
+        {"real general\n2 2\n1\n1\n1\n1.00000001\n", {1, 0}, {"singular in single"}},
+        {"real general\n2 2\n1\n2\n1.00000005\n2.00000014\n", {}, {"30 steps"}},
+    };
+    write("b", mtx("array real general", "2 1\n1\n1\n"));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.A);
+        write("A", mtx("array " + c.A, ""));
+        const Outcome outcome = run("solve A b --precision mixed -o x.mtx");
+        EXPECT_EQ(0, outcome.code) << outcome.err;
+        expectWords(outcome.out, c.words);
+        const bool refined = outcome.out.find("to double") != std::string::npos;
+        EXPECT_EQ(refined, outcome.out.find("rcond") == std::string::npos);  // without factors
+        const std::string kind = c.A.substr(0, c.A.find('\n'));
+        const Numbers x = numbers("x.mtx", "array " + kind + ", 2 1");
+        if (!c.x.empty()) expectNear(c.x, x, 1e-15);
+    }
 }
 
 // The answers that examples/data/README.md derives.
@@ -269,10 +308,10 @@ TEST_F(Command, SolvesTheExampleCircuits) {
     const std::string data = LUMO_DATA "/";
     ASSERT_EQ(0, run("solve " + data + "cube.mtx " + data + "cube_current.mtx -o x.mtx").code);
     const auto voltage = numbers("x.mtx", "array real general, 7 1");
-    expectNear({5. / 6, 1. / 3}, {voltage.at(0), voltage.at(6)}, 1e-6);
+    expectNear({5. / 6, 1. / 3}, {voltage.at(0), voltage.at(6)}, 1e-14);
     ASSERT_EQ(0, run("solve " + data + "filter.mtx " + data + "filter_current.mtx -o x.mtx").code);
     const auto filtered = numbers("x.mtx", "array complex general, 3 1");
-    EXPECT_NEAR(std::sqrt(1. / 8), std::abs(filtered.at(2)), 1e-6);
+    EXPECT_NEAR(std::sqrt(1. / 8), std::abs(filtered.at(2)), 1e-14);
 }
 
 }  // namespace

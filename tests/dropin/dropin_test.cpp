@@ -89,16 +89,20 @@ TEST_P(DropIn, ServesWhatItCan) {
         {"threads",
          {{"cgetrf_", {0, 4}}, {"sgesv_", {20, 0}}},
          "LUMO_CROSSOVER=0 OPENBLAS_NUM_THREADS=2"},
-        {"product", {{"cblas_sgemm", {2, 0}}}},
         {"repeated", {{"ssyrk_", {2, 0}}}},
-        // By rows, LAPACKE's own; its sgesv_ is no call of the program's.
-        {"lapacke", {{"LAPACKE_sgels", {1, 0}}, {"LAPACKE_sgesv", {1, 1}}}},
+        // By columns and by rows; the sgesv_ of LAPACKE's own is no call of the program's.
+        {"lapacke",
+         {{"LAPACKE_sgels", {2, 0}}, {"LAPACKE_sgesv", {2, 2}}, {"LAPACKE_sgesvd", {2, 0}}}},
+        {"wheels",
+         {{"scipy_LAPACKE_sgesv64_", {2, 2}},
+          {"scipy_cblas_sgemm64_", {4, 0}},
+          {"scipy_sgesv_", {2, 3}},
+          {"scipy_sgesv_64_", {2, 4}}}},
         {"leastSquares", {{"sgels_", {1, 0}}}},
         // Errors, queries, and data that LAPACK tells more of or scales, are the CPU library's.
-        {"arguments",
-         {{"sgels_", {0, 1}}, {"sgemm_", {0, 1}}, {"sgeqrf_", {0, 2}}, {"sgesv_", {0, 2}}}},
-        {"singular", {{"sgels_", {0, 1}}, {"sgesv_", {0, 1}}, {"sgglse_", {0, 2}}}},
-        {"data", {{"sgels_", {0, 3}}, {"sgesv_", {0, 2}}}},
+        {"arguments", {{"sgels_", {0, 1}}, {"sgeqrf_", {0, 2}}, {"sgesv_", {0, 2}}}},
+        {"singular", {{"sgels_", {0, 1}}, {"sgesv_", {0, 1}}}},
+        {"data", {{"sgels_", {0, 3}}, {"sgesv_", {0, 1}}}},
     };
     for (const auto& c : cases)
         EXPECT_EQ(c.report, run(c.scenario, c.environment)) << c.scenario << " " << c.environment;

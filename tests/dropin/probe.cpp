@@ -1,11 +1,11 @@
 // probe SCENARIO: a program that calls BLAS and LAPACK and knows nothing of Lumo. Ends with status
 // 0 if what it asked for was done as the standards say, else it says what was not.
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <map>
 #include <string>
@@ -20,10 +20,10 @@ using Vector = std::vector<float>;
 using namespace cpu;
 
 extern "C" {
-void cblas_sgemm(int, int, int, int, int, int, float, const float*, int, const float*, int, float,
-                 float*, int);
 [[gnu::weak]] int LAPACKE_sgesv(int, int, int, float*, int, int*, float*, int);
 [[gnu::weak]] int LAPACKE_sgels(int, char, int, int, int, float*, int, float*, int);
+[[gnu::weak]] int LAPACKE_sgesvd(int, char, char, int, int, float*, int, float*, float*, int,
+                                 float*, int, float*);
 
 // The program's own, as LAPACK lets it.
 std::string refusedName;
@@ -92,25 +92,6 @@ void solve() {
     solveSystem<Complex>(cgesv_, 150);
 }
 
-// C of 3 x 2 from A of 3 x 4 and B of 4 x 2, in both storage orders.
-void product() {
-    const auto a = noise<float>(12), b = noise<float>(8, 2);
-    const Vector start = noise<float>(6, 3);
-    for (const bool rows : {false, true}) {
-        Vector c = start;
-        cblas_sgemm(rows ? 101 : 102, 111, 111, 3, 2, 4, 2, a.data(), rows ? 4 : 3, b.data(),
-                    rows ? 2 : 4, -1, c.data(), rows ? 2 : 3);
-        for (int i = 0; i < 3; ++i)
-            for (int j = 0; j < 2; ++j) {
-                const int at = rows ? 2 * i + j : i + 3 * j;
-                float sum = -start[at];
-                for (int k = 0; k < 4; ++k)
-                    sum += 2 * a[rows ? 4 * i + k : i + 3 * k] * b[rows ? 2 * k + j : k + 4 * j];
-                CHECK(std::abs(c[at] - sum) < 1e-5f);
-            }
-    }
-}
-
 // The same again: a result that does not change, and a triangle that is not to be touched.
 void repeated() {
     const int n = 3, k = 4;
@@ -143,20 +124,17 @@ void threads() {
 
 // Of what the drop-in library does not take over; the CPU library then calls what it does.
 void notTaken() {
-    const int n = 400;
+    const int n = 400, lwork = 64 * n;
     auto a = noise<double>(n * n);
-    std::vector<int> ipiv(n);
-    std::vector<double> tau(n), work(64 * n);
-    const int lwork = 64 * n;
+    std::vector<double> d(n), e(n), q(n), p(n), work(lwork);
     int info = -1;
-    dgetrf_(&n, &n, a.data(), &n, ipiv.data(), &info);
-    CHECK(info == 0);
-    dgeqrf_(&n, &n, a.data(), &n, tau.data(), work.data(), &lwork, &info);
+    dgebrd_(&n, &n, a.data(), &n, d.data(), e.data(), q.data(), p.data(), work.data(), &lwork,
+            &info);
     CHECK(info == 0);
 }
 
 void arguments() {
-    const int n = 5, one = 1, few = 4, query = -1, bad = -1;
+    const int n = 5, one = 1, few = 4, query = -1;
     auto a = noise<float>(25), b = noise<float>(5), tau = b;
     Vector work(1000);
     int ipiv[5], info = 0;
@@ -166,9 +144,6 @@ void arguments() {
     CHECK(info == -1 && refusedName.rfind("SGELS", 0) == 0);
     sgeqrf_(&n, &n, a.data(), &n, tau.data(), work.data(), &few, &info);
     CHECK(info == -7 && refusedName.rfind("SGEQRF", 0) == 0);
-    const float alpha = 1;
-    sgemm_("N", "N", &n, &bad, &n, &alpha, a.data(), &n, a.data(), &n, &alpha, b.data(), &n, 1, 1);
-    CHECK(refusedName.rfind("SGEMM", 0) == 0 && refusedArgument == 4);
     sgeqrf_(&n, &n, a.data(), &n, tau.data(), work.data(), &query, &info);
     CHECK(info == 0 && work[0] >= 5 && a == noise<float>(25) && tau == noise<float>(5));
     const int empty = 0;
@@ -188,7 +163,7 @@ void leastSquares() {
 }
 
 void singular() {
-    const int n = 30, p = 5, one = 1, lwork = 10000;
+    const int n = 30, one = 1, lwork = 10000;
     Vector work(lwork), b = noise<float>(n), a = noise<float>(n * n);
     std::vector<int> ipiv(n);
     int info = 0;
@@ -199,17 +174,6 @@ void singular() {
     a = zeroColumn;
     sgels_("N", &n, &n, &one, a.data(), &n, b.data(), &n, work.data(), &lwork, &info, 1);
     CHECK(info == 21);
-    // Constraints, or the problem as a whole, without full rank.
-    for (const int expected : {1, 2}) {
-        Vector A = zeroColumn, B = noise<float>(p * n, 5), c = right, d = noise<float>(p), x(n);
-        if (expected == 1)
-            for (int j = 0; j < n; ++j) B[j * p + 2] = 0;
-        else  // nothing but its first row
-            for (int k = 0; k < n * n; ++k) A[k] *= k % n == 0;
-        sgglse_(&n, &n, &p, A.data(), &n, B.data(), &p, c.data(), d.data(), x.data(), work.data(),
-                &lwork, &info);
-        CHECK(info == expected);
-    }
 }
 
 // Data that LAPACK scales, knows the answer of, or hands through.
@@ -232,32 +196,54 @@ void data() {
     a[7] = std::numeric_limits<float>::quiet_NaN();
     sgesv_(&n, &one, a.data(), &n, ipiv.data(), b.data(), &n, &info);
     CHECK(info != 0 || std::isnan(b[0]));
-    b = b0;
-    b[3] = std::numeric_limits<float>::infinity();
-    a = a0;
-    sgesv_(&n, &one, a.data(), &n, ipiv.data(), b.data(), &n, &info);
-    CHECK(info == 0 && !std::isfinite(b[0]));
 }
 
-// Stored by rows a matrix is not the one stored by columns, and its solution neither.
+// m x n numbers stored by columns, as they are or by rows; and back.
+Vector stored(int rows, int m, int n, const Vector& a) {
+    Vector changed(a.size());
+    for (std::size_t k = 0; k < a.size(); ++k) changed[k % m * n + k / m] = a[k];
+    return rows ? changed : a;
+}
+
+// By rows the same comes out as by columns.
 void lapacke() {
-    const int n = 40;
-    const Vector a0 = noise<float>(n * n), b0 = noise<float>(n);
-    Vector transposed(n * n);
-    for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j) transposed[i * n + j] = a0[j * n + i];
-    std::vector<int> ipiv(n);
-    for (const int order : {102, 101}) {
-        const bool rows = order == 101;
-        Vector a = rows ? transposed : a0, b = b0;
-        const int info =
-            LAPACKE_sgesv(order, n, 1, a.data(), n, ipiv.data(), b.data(), rows ? 1 : n);
-        if (info == -1010) continue;  // there is no LAPACKE here
-        CHECK(info == 0 && residual(n, a0, b, b0) < 30);
+    const int m = 40, n = 30;
+    int ipiv[n];
+    std::vector<Vector> results[2];
+    for (const int rows : {0, 1}) {
+        const int order = 102 - rows, ldm = rows ? n : m;
+        const auto input = [rows](int m, int n) { return stored(rows, m, n, noise<float>(m * n)); };
+        Vector a = input(n, n), b = input(n, 1), c = input(m, n), d = input(m, 2), e = input(m, n),
+               s(n), u(m * n), superdiagonal(n, 1);
+        CHECK(LAPACKE_sgesv(order, n, 1, a.data(), n, ipiv, b.data(), rows ? 1 : n) == 0);
+        CHECK(LAPACKE_sgels(order, 'n', m, n, 2, c.data(), ldm, d.data(), rows ? 2 : m) == 0);
+        CHECK(LAPACKE_sgesvd(order, 'S', 'O', m, n, e.data(), ldm, s.data(), u.data(), ldm, nullptr,
+                             1, superdiagonal.data()) == 0);
+        results[rows] = {stored(rows, n, n, a), b, stored(rows, n, m, c), stored(rows, 2, m, d),
+                         stored(rows, n, m, e), s, stored(rows, n, m, u), superdiagonal};
+        const int info = LAPACKE_sgesv(order, n, 2, a.data(), n, ipiv, b.data(), 1);
+        CHECK(info == -8 || info == -1010);  // where there is no LAPACKE
     }
-    Vector a = a0, b = b0;
-    CHECK(LAPACKE_sgels(102, 'n', n, n, 1, a.data(), n, b.data(), n) == 0);
-    CHECK(residual(n, a0, b, b0) < 30);
+    CHECK(residual(n, noise<float>(n * n), results[0][1], noise<float>(n)) < 30);
+    CHECK(results[0].back()[n - 2] == 0);
+    for (std::size_t k = 0; k < results[0].size(); ++k)
+        for (std::size_t i = 0; i < results[0][k].size(); ++i)
+            CHECK(std::abs(results[0][k][i] - results[1][k][i]) < 1e-3f);
+}
+
+// Two packages with the same names, which the process does not see, and a function of theirs that
+// is reached through a pointer by somebody who is linked with neither.
+void wheels() {
+    for (const char* file : {LUMO_EXTENSIONS}) {
+        void* const extension = dlopen(file, RTLD_NOW | RTLD_LOCAL);
+        CHECK(reinterpret_cast<int (*)()>(dlsym(extension, "wrongLine"))() == 0);
+    }
+    void* const gesv = dlsym(RTLD_DEFAULT, "scipy_sgesv_");
+    const int bad = -1;
+    int info = 0;
+    reinterpret_cast<decltype(&sgesv_)>(gesv)(&bad, &bad, nullptr, &bad, nullptr, nullptr, &bad,
+                                              &info);
+    CHECK(info > 1000);
 }
 
 }  // namespace
@@ -266,9 +252,9 @@ int main(int, char** argv) {
 #define SCENARIO(name) \
     { #name, name }
     const std::map<std::string, void (*)()> scenarios{
-        SCENARIO(solve),    SCENARIO(product),   SCENARIO(repeated),     SCENARIO(threads),
-        SCENARIO(notTaken), SCENARIO(arguments), SCENARIO(leastSquares), SCENARIO(singular),
-        SCENARIO(data),     SCENARIO(lapacke)};
+        SCENARIO(solve),     SCENARIO(repeated),     SCENARIO(threads),  SCENARIO(notTaken),
+        SCENARIO(arguments), SCENARIO(leastSquares), SCENARIO(singular), SCENARIO(data),
+        SCENARIO(lapacke),   SCENARIO(wheels)};
     scenarios.at(argv[1])();
     return failures != 0;
 }

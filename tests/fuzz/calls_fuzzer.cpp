@@ -1,4 +1,4 @@
-// Random calls, good and bad, of every function of lumo.h on the software device: each has the
+// Random calls, good and bad, of every function on the software device: each has the
 // status and info that the model says, bad ones leave their operands alone, none leaves their
 // bounds.
 #include "call.h"
@@ -136,6 +136,96 @@ void singularValues(Choices& choices) {
     });
 }
 
+// Cholesky's, and what is done with factors.
+template <class T>
+void definite(Choices& choices) {
+    using E = Exports<T>;
+    Call call(choices);
+    const Interface where = call.where;
+    const unsigned which = choices.below(4);
+    const bool solves = which < 2;
+    const char uplo = call.letter(1, "UL");
+    const int n = call.size(2), nrhs = solves ? call.size(3) : 0, a0 = solves ? 4 : 3;
+    call.needsNulls = n > 0 && (which != 1 || nrhs > 0);
+    call.atRandom = which == 0 || which == 2;
+    const auto a = call.matrix<T>(a0, n, n);
+    if (solves) {
+        const auto b = call.matrix<T>(6, n, nrhs);
+        if (which == 0)
+            return call.run("posv", [&] {
+                return callExport(E::posv[where], uplo, n, nrhs, a.at, a.ld, b.at, b.ld);
+            });
+        return call.run("potrs", [&] {
+            return callExport(E::potrs[where], uplo, n, nrhs, a.at, a.ld, b.at, b.ld);
+        });
+    }
+    if (which == 2)
+        return call.run("potrf", [&] { return callExport(E::potrf[where], uplo, n, a.at, a.ld); });
+    const RealOf<T> norm = choices.rarely() ? std::nan("") : RealOf<T>(choices.below(3));
+    RealOf<T> rcond, *const out = choices.rarely() ? nullptr : &rcond;
+    call.refuse(2, 5, norm != norm);
+    call.refuse(3, 6, !out);
+    call.run("pocon", [&] { return callExport(E::pocon[where], uplo, n, a.at, a.ld, norm, out); });
+}
+
+template <class T>
+void reflected(Choices& choices) {
+    Call call(choices);
+    const bool generates = choices.below(2) == 0;
+    const char side = generates ? 'L' : folded(call.letter(1, "LR"));
+    const char trans = generates ? 'N' : call.letter(2, lumo::isComplex<T> ? "NC" : "NTC");
+    const int first = generates ? 1 : 3;
+    const int m = call.size(first), n = call.size(first + 1), k = call.size(first + 2);
+    const int order = side == 'R' ? n : m;
+    call.refuse(1, 2, generates && n > m);
+    call.refuse(1, first + 2, k > (generates ? n : order));
+    if (generates) {
+        call.needsNulls = n > 0;
+        const auto a = call.matrix<T>(4, m, n);
+        T* const tau = call.operand<T>(6, k, 1, 0, k > 0);
+        return call.run("orgqr", [&] {
+            return callExport(Exports<T>::orgqr[call.where], m, n, k, a.at, a.ld, tau);
+        });
+    }
+    call.needsNulls = m > 0 && n > 0 && k > 0;
+    const auto a = call.matrix<T>(6, order, k);
+    T* const tau = call.operand<T>(8, k);
+    const auto c = call.matrix<T>(9, m, n);
+    call.run("ormqr", [&] {
+        return callExport(Exports<T>::ormqr[call.where], side, trans, m, n, k, a.at, a.ld, tau,
+                          c.at, c.ld);
+    });
+}
+
+template <class T>
+void factorized(Choices& choices) {
+    using E = Exports<T>;
+    Call call(choices);
+    if (choices.below(2) == 0) {
+        const char norm = call.letter(1, "1OI");
+        const int n = call.size(2);
+        call.needsNulls = n > 0;
+        const auto a = call.matrix<T>(3, n, n);
+        const RealOf<T> of = choices.rarely() ? RealOf<T>(-1) : RealOf<T>(choices.below(3));
+        RealOf<T> rcond, *const out = choices.rarely() ? nullptr : &rcond;
+        call.refuse(2, 5, of < 0);
+        call.refuse(3, 6, !out);
+        return call.run("gecon", [&] {
+            return callExport(E::gecon[call.where], norm, n, a.at, a.ld, of, out);
+        });
+    }
+    const char trans = call.letter(1, "NTC");
+    const int n = call.size(2), nrhs = call.size(3);
+    call.needsNulls = n > 0 && nrhs > 0;
+    const auto a = call.matrix<T>(4, n, n);
+    int* const ipiv = call.operand<int>(6, n);  // random numbers below 1: no pivots
+    const auto b = call.matrix<T>(7, n, nrhs);
+    call.refuse(4, 6, call.needsNulls);
+    call.run("getrs", [&] {
+        return callExport(E::getrs[call.where], trans, n, nrhs, a.at, a.ld, ipiv, b.at, b.ld);
+    });
+}
+
 // The functions without matrices.
 void others(Choices& choices) {
     Call call(choices);
@@ -171,27 +261,19 @@ void others(Choices& choices) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace test;
-    using Complex = lumo::Complex<float>;
     static const bool started = [] {
         setenv("LUMO_PLATFORM", "software", 1);
         startAfresh(machine());
         return lumoInitialize() == lumoNoError;
     }();
     require(started, "the library starts");
-    constexpr void (*kinds[])(Choices&) = {operate<float>,
-                                           operate<double>,
-                                           operate<Complex>,
-                                           factorize<float>,
-                                           factorize<Complex>,
-                                           operate<lumo::Complex<double>>,
-                                           leastSquares<float>,
-                                           leastSquares<Complex>,
-                                           constrained<float>,
-                                           constrained<Complex>,
-                                           singularValues<float>,
-                                           singularValues<Complex>,
-                                           others};
+    constexpr void (*ofType[])(Choices&) = {
+#define LUMO_KIND(f) f<float>, f<double>, f<lumo::Complex<float>>, f<lumo::Complex<double>>
+        LUMO_KIND(operate), LUMO_KIND(factorize), LUMO_KIND(leastSquares), LUMO_KIND(constrained),
+        LUMO_KIND(singularValues)};
+#undef LUMO_KIND
     Choices choices(data, size);
-    kinds[choices.below(std::size(kinds))](choices);
+    const std::size_t kind = choices.below(std::size(ofType) + 1);
+    (kind < std::size(ofType) ? ofType[kind] : others)(choices);
     return 0;
 }

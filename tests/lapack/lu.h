@@ -1,4 +1,4 @@
-// Calls of getrf and gesv, exported or, in double precision, internal.
+// Calls of getrf and gesv.
 #pragma once
 
 #include "lapack/gesv.h"
@@ -29,7 +29,7 @@ auto getrfCall(const Matrix<T>& a, Interface where) {
     auto check = [](auto, auto, const Operand<T>& factors, const Operand<int>& ipiv) {
         checkFactors(factors, ipiv);
     };
-    return routineCall<lumo::Getrf<T>>(
+    return routineCall<T>(
         where, [](auto e) { return e.getrf; }, check, a.m, a.n, a,
         Adjacent<int>{blank<int>(std::min(a.m, a.n))});
 }
@@ -42,7 +42,7 @@ auto gesvCall(const Matrix<T>& a, const Matrix<T>& b, Interface where) {
         checkFactors(factors, ipiv);
         EXPECT_LT(solveResidual(factors.before, x.now(), x.before), solveBound);
     };
-    return routineCall<lumo::Gesv<T>>(
+    return routineCall<T>(
         where, [](auto e) { return e.gesv; }, check, a.n, b.n, a,
         Adjacent<int>{blank<int>(a.n), true}, b);
 }

@@ -20,7 +20,7 @@ std::vector<GoodCase> getrfGoodCases() {
                        {15, 15}, {16, 16}, {17, 17}, {19, 19}, {20, 20}, {21, 21},
                        {24, 24}, {33, 33}, {40, 17}, {17, 40}, {64, 9},  {9, 64},
                        {50, 33}, {33, 50}, {30, 16}, {16, 30}};
-    auto cases = casesOf<T>(
+    auto cases = casesOf(
         "getrf", small,
         [](int m, int n, Interface interface) {
             return getrfCall(Matrix<T>::random(m, n, m + 3), interface);
@@ -28,9 +28,8 @@ std::vector<GoodCase> getrfGoodCases() {
         shrinkLu<T>);
     // The blocks that users get, around the switch to the transposed path.
     for (auto [m, n] : {std::pair{512, 512}, {513, 513}, {600, 700}, {700, 193}})
-        cases.push_back({label("getrf", m, n, interfaces<T>()[0]), [=, m = m, n = n] {
-                             return getrfCall(Matrix<T>::random(m, n), interfaces<T>()[0]);
-                         }});
+        cases.push_back({label("getrf", m, n, inHost),
+                         [=, m = m, n = n] { return getrfCall(Matrix<T>::random(m, n), inHost); }});
     return cases;
 }
 
@@ -39,15 +38,18 @@ void getrfFailing() {
     // In the first panel, at its end, in a later one, in the last; the transposed path and not.
     for (auto [n, zero] :
          {std::pair{6, 2}, {17, 2}, {17, 7}, {17, 16}, {33, 0}, {33, 12}, {33, 32}})
-        for (Interface interface : interfaces<T>()) {
+        for (Interface interface : {inHost, inDevice}) {
             SCOPED_TRACE(label("singular", n, zero, interface));
             auto call = getrfCall(singular<T>(n, zero), interface);
             EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call->run()));
             call->checkResult();
         }
+    auto twice = singular<T>(33, 20);  // the first one counts
+    for (int i = 0; i < 33; ++i) twice(i, 3) = T(0);
+    EXPECT_EQ(Outcome(lumoDataError, 4), outcome(getrfCall(twice, inDevice)->run()));
     auto a = Matrix<T>::random(30, 30);
     a(11, 12) = scalar<T>(std::nan(""));
-    auto call = getrfCall(a, interfaces<T>()[0]);
+    auto call = getrfCall(a, inHost);
     const lumoStatus status = call->run();
     EXPECT_TRUE(status == lumoNoError || status == lumoDataError);
     EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->template result<2>()))));
@@ -58,18 +60,18 @@ std::vector<GoodCase> gesvGoodCases() {
     Shapes shapes;
     for (int n : {1, 2, 8, 9, 17, 20, 33})
         for (int nrhs : {1, 5, 40}) shapes.push_back({n, nrhs});
-    auto cases = casesOf<T>(
+    auto cases = casesOf(
         "gesv", shapes,
         [](int n, int nrhs, Interface interface) { return gesvCall<T>(n, nrhs, 2, interface); },
         shrinkLu<T>);
-    cases.push_back({"gesv 530", [] { return gesvCall<T>(530, 3, 0, interfaces<T>()[0]); }});
+    cases.push_back({"gesv 530", [] { return gesvCall<T>(530, 3, 0, inHost); }});
     return cases;
 }
 
 template <class T>
 void gesvFailing() {
     for (int n : {6, 17, 33})
-        for (Interface interface : interfaces<T>()) {
+        for (Interface interface : {inHost, inDevice}) {
             SCOPED_TRACE(label("singular", n, n, interface));
             auto call = gesvCall(singular<T>(n, 3), Matrix<T>::random(n, 2), interface);
             EXPECT_EQ(Outcome(lumoDataError, 4), outcome(call->run()));
@@ -87,12 +89,11 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
         return getrfCall(Matrix<T>::random(m, n, m + 1), i);
     };
     registerRoutine({letter + "getrf", getrfGoodCases<T>(), getrfFailing<T>,
-                     casesOf<T>("getrf", {{6, 6}, {17, 17}, {21, 21}, {25, 17}}, getrf),
-                     isDouble<T>, shrinkLu<T>});
+                     casesOf("getrf", {{6, 6}, {17, 17}, {21, 21}, {25, 17}}, getrf), isDouble<T>,
+                     shrinkLu<T>});
     auto gesv = [](int n, int nrhs, Interface i) { return gesvCall<T>(n, nrhs, 1, i); };
     registerRoutine({letter + "gesv", gesvGoodCases<T>(), gesvFailing<T>,
-                     casesOf<T>("gesv", {{6, 2}, {17, 2}, {21, 2}}, gesv), isDouble<T>,
-                     shrinkLu<T>});
+                     casesOf("gesv", {{6, 2}, {17, 2}, {21, 2}}, gesv), isDouble<T>, shrinkLu<T>});
 });
 
 }  // namespace

@@ -7,20 +7,10 @@
 #include <vector>
 
 #include "residuals.h"
-#include "routine/frame.h"
 #include "support/harness.h"
 #include "support/matrix.h"
 
 namespace test {
-
-// The interfaces a LAPACK routine of a type is reached by; in double precision it is internal.
-template <class T>
-std::vector<Interface> interfaces() {
-    if constexpr (isDouble<T>)
-        return {inDevice};
-    else
-        return {inHost, inDevice};
-}
 
 // Elements that nothing has been written to, by default a vector.
 template <class T>
@@ -36,11 +26,11 @@ using Shrink = std::shared_ptr<void> (*)();  // makes blocks small, or null
 
 // Each shape by each interface; make(m, n, interface) makes the call.
 using Shapes = std::vector<std::pair<int, int>>;
-template <class T, class Make>
+template <class Make>
 std::vector<GoodCase> casesOf(const std::string& name, const Shapes& shapes, Make make,
                               Shrink blocks = nullptr) {
     std::vector<GoodCase> cases;
-    for (Interface interface : interfaces<T>())
+    for (Interface interface : {inHost, inDevice})
         for (auto [m, n] : shapes)
             cases.push_back({label(name, m, n, interface), [=, m = m, n = n] {
                                  auto call = make(m, n, interface);
@@ -129,15 +119,11 @@ auto operandsCall(Interface where, Run run, Check check, A... arguments) {
                                                             std::move(arguments)...);
 }
 
-// By the export that `exportsOf` finds or, where there is none, in the frame of one.
-template <class Routine, class Find, class Check, class... A>
+// By the export that `exportsOf` finds.
+template <class T, class Find, class Check, class... A>
 auto routineCall(Interface where, Find exportsOf, Check check, A... arguments) {
-    using T = typename Routine::Element;
     auto run = [=](auto... passed) {
-        if constexpr (isDouble<T>)
-            return lumo::onDevice(Routine{passed...});
-        else
-            return callExport(exportsOf(Exports<T>())[where], passed...);
+        return callExport(exportsOf(Exports<T>())[where], passed...);
     };
     return operandsCall(where, run, check, std::move(arguments)...);
 }

@@ -30,7 +30,7 @@ auto geqrfCall(const Matrix<T>& a, Interface where) {
         EXPECT_LT(factorizationResidual(Reflectors::ofQr, f.before, f.now(), tau.now()), qrBound);
         expectSignsOfLapack(f.before, f.now());
     };
-    return routineCall<lumo::Geqrf<T>>(
+    return routineCall<T>(
         where, [](auto e) { return e.geqrf; }, check, a.m, a.n, a,
         Adjacent<T>{blank<T>(std::min(a.m, a.n))});
 }
@@ -40,7 +40,7 @@ std::vector<GoodCase> goodCases(const Shapes& shapes, Shrink blocks = nullptr) {
     auto make = [](int m, int n, Interface i) {
         return geqrfCall(Matrix<T>::random(m, n, m + 3), i);
     };
-    return casesOf<T>("geqrf", shapes, make, blocks);
+    return casesOf("geqrf", shapes, make, blocks);
 }
 
 template <class T>

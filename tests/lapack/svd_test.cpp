@@ -84,7 +84,7 @@ auto svdCall(Jobs jobs, const Matrix<T>& a, Interface where) {
     auto check = [](char u, char vt, auto, auto, const auto&... operands) {
         checkSvd<T>({u, vt}, operands...);
     };
-    return routineCall<lumo::Gesvd<T>>(
+    return routineCall<T>(
         where, [](auto e) { return e.gesvd; }, check, jobs.u, jobs.vt, m, n, a,
         Adjacent<RealOf<T>>{blank<RealOf<T>>(k)},
         vectors(jobs.upperU(), m, jobs.upperU() == 'A' ? m : k, m + 1),
@@ -104,7 +104,7 @@ std::vector<GoodCase> svdCases(const std::vector<Jobs>& jobs, const Shapes& shap
                                Shrink blocks = nullptr) {
     std::vector<GoodCase> cases;
     for (Jobs j : jobs)
-        cases = cases + casesOf<T>(
+        cases = cases + casesOf(
                             {j.u, j.vt}, shapes,
                             [=](int m, int n, Interface interface) {
                                 return svdCall(j, Matrix<T>::random(m, n, m + 3), interface);
@@ -120,7 +120,7 @@ void failing() {
         for (auto [m, n] : {std::pair{9, 9}, {20, 6}, {6, 20}}) {
             auto a = Matrix<T>::random(m, n);
             a(4, 5) = scalar<T>(bad);
-            auto call = svdCall({'S', 'S'}, a, interfaces<T>()[0]);
+            auto call = svdCall({'S', 'S'}, a, inHost);
             EXPECT_EQ(lumoDataError, call->run());
             EXPECT_GT(lumoGetErrorInfo(), 0);
             for (double s : call->template result<5>().data) EXPECT_TRUE(std::isnan(s));
@@ -181,7 +181,7 @@ class HardMatrices : public OnMachine {
     void check(const char* what, const Matrix<T>& a) {
         for (Jobs jobs : {Jobs{'A', 'A'}, {'S', 'O'}, {'N', 'N'}}) {
             SCOPED_TRACE(std::string(what) + ' ' + jobs.u + jobs.vt);
-            auto call = svdCall(jobs, a, interfaces<T>()[0]);
+            auto call = svdCall(jobs, a, inHost);
             call->blocks = [] { return shrinkSvd<T>(); };
             ASSERT_EQ(lumoNoError, call->run());
             call->checkResult();

@@ -123,17 +123,32 @@ class OnDevice {
     cudalib::ManagedMemory<T, cudalib::CudaAllocator> memory_;
 };
 
-// What a call works on, in host or in device memory: as it was before, and as it is now.
+// What a call works on, in host or in device memory: as it was before, and as it is now. In host
+// memory complex numbers are aligned as reals are, where columns have an odd length.
 template <class T>
 class Operand {
   public:
     const Matrix<T> before;
-    Operand(Matrix<T> a, Interface where) : before(std::move(a)), here_(before) {
-        if (where == inDevice) there_ = std::make_unique<OnDevice<T>>(before);
+    Operand(Matrix<T> a, Interface where)
+        : before(std::move(a)),
+          start_(lumo::isComplex<T> && before.ld % 2 ? sizeof(RealOf<T>) : 0) {
+        if (where == inDevice)
+            there_ = std::make_unique<OnDevice<T>>(before);
+        else
+            here_.resize(start_ + before.data.size() * sizeof(T));
+        if (!here_.empty()) std::memcpy(here_.data() + start_, before.data.data(), size());
     }
     // Null for a matrix without columns.
-    T* at() { return before.n == 0 ? nullptr : there_ ? there_->data() : here_.data.data(); }
-    Matrix<T> now() const { return there_ ? there_->download() : here_; }
+    T* at() {
+        if (before.n == 0) return nullptr;
+        return there_ ? there_->data() : reinterpret_cast<T*>(here_.data() + start_);
+    }
+    Matrix<T> now() const {
+        if (there_) return there_->download();
+        Matrix<T> a = before;
+        if (!a.data.empty()) std::memcpy(a.data.data(), here_.data() + start_, size());
+        return a;
+    }
     // To the bit: what is not a number is so, too.
     bool untouched() const {
         const Matrix<T> after = now();
@@ -143,7 +158,10 @@ class Operand {
     bool paddingUntouched() const { return now().paddingUntouched(); }
 
   private:
-    Matrix<T> here_;
+    std::size_t size() const { return before.data.size() * sizeof(T); }
+
+    const std::size_t start_;
+    std::vector<unsigned char> here_;
     std::unique_ptr<OnDevice<T>> there_;
 };
 

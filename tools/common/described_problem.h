@@ -8,13 +8,17 @@
 #include <type_traits>
 #include <vector>
 
+#include "blas/cublas.h"
 #include "common/measure.h"
+#include "common/plain_pivots.h"
 #include "common/routines.h"
 #include "lapack/gels.h"
 #include "lapack/geqrf.h"
 #include "lapack/gesvd.h"
 #include "lapack/gglse.h"
-#include "platform/cpu/fortran.h"
+#include "lapack/orgqr.h"
+#include "lapack/ormqr.h"
+#include "platform/cpu/lapack.h"
 #include "routine/c_interface.h"
 
 namespace lumo {
@@ -25,6 +29,10 @@ template <class Routine>
 constexpr Workspace workspaceOf = Workspace::none;
 template <class T>
 constexpr Workspace workspaceOf<Geqrf<T>> = Workspace::work;
+template <class T>
+constexpr Workspace workspaceOf<Orgqr<T>> = Workspace::work;
+template <class T>
+constexpr Workspace workspaceOf<Ormqr<T>> = Workspace::work;
 template <class T>
 constexpr Workspace workspaceOf<Gels<T>> = Workspace::work;
 template <class T>
@@ -40,6 +48,29 @@ void call(void* routine, P... arguments) {
         arguments..., one, one, one, one);
 }
 
+// Makes random operands those of a call that makes sense: factors of something.
+template <class Routine>
+void makeSense(Routine& routine) {
+    fillPivots(routine);
+}
+template <class T>
+void factorize(int m, int k, const T* a, int lda, const T* tau) {
+    using Number = decltype(cublas::plain(T()));
+    auto* const at = reinterpret_cast<Number*>(const_cast<T*>(a));
+    auto* const factors = reinterpret_cast<Number*>(const_cast<T*>(tau));
+    cpu::withWorkspace<Number>(1, [&](Number* work, int size) {
+        return cpu::geqrf<Number>(m, k, at, lda, factors, work, size);
+    });
+}
+template <class T>
+void makeSense(Orgqr<T>& r) {
+    factorize(r.m, r.k, r.a, r.lda, r.tau);
+}
+template <class T>
+void makeSense(Ormqr<T>& r) {
+    factorize(r.side == 'L' ? r.m : r.n, r.k, r.a, r.lda, r.tau);
+}
+
 // A description whose operands are memory of this object's.
 template <class Routine, class Function>
 class DescribedProblem : public Problem {
@@ -48,6 +79,8 @@ class DescribedProblem : public Problem {
   public:
     DescribedProblem(Routine routine, Function lumo) : routine_(routine), lumo_(lumo) {
         routine_.operands([&](auto... operands) { (provide(operands), ...); });
+        makeSense(routine_);
+        routine_.operands([&](auto... operands) { (keep(operands), ...); });
     }
 
     void restore() override {
@@ -85,33 +118,45 @@ class DescribedProblem : public Problem {
     template <class P>
     void provide(const MatrixOperand<P>& o) {
         if (o.ld) *o.ld = std::max(1, o.rows);
-        provide(o.pointer, o.rows, o.columns, o.access);
+        const bool definite = o.triangle && o.access == Access::inOut;
+        provide(o.pointer, o.rows, o.columns, o.access, definite || o.access == Access::in);
     }
     template <class P>
     void provide(const VectorOperand<P>& o) {
         o.increment = 1;
-        provide(o.pointer, o.length, 1, o.access);
+        provide(o.pointer, o.length, 1, o.access, o.access == Access::in);
     }
-    // What is only read has a heavy diagonal: its triangles are well-conditioned.
+    // What is only read has a heavy diagonal: its triangles are well-conditioned. So has a triangle
+    // that is overwritten: with it a matrix is definite.
     template <class P, class E = std::remove_const_t<std::remove_pointer_t<P>>>
-    void provide(P& pointer, int rows, int columns, Access access) {
+    void provide(P& pointer, int rows, int columns, Access access, bool heavyDiagonal) {
         longest_ = std::max({longest_, rows, columns});
         const std::size_t count = std::size_t(rows) * std::size_t(columns);
         auto memory = std::make_shared<std::vector<E>>(count);
         if constexpr (!std::is_same_v<E, int>) {
             if (access != Access::out) *memory = randomElements<E>(count);
-            if (access == Access::in)
-                for (int i = 0; i < std::min(rows, columns); ++i) {
-                    E& pivot = (*memory)[std::size_t(i) * std::size_t(rows + 1)];
-                    pivot = pivot + E(RealOf<E>(rows));
-                }
+            for (int i = 0; i < std::min(rows, columns) && heavyDiagonal; ++i) {
+                E& pivot = (*memory)[std::size_t(i) * std::size_t(rows + 1)];
+                pivot = pivot + E(RealOf<E>(rows));
+            }
         }
         pointer = memory->data();
-        if (access == Access::in || access == Access::out)
-            restore_.emplace_back([memory] {});
-        else
-            restore_.emplace_back([memory, original = *memory] {
-                std::copy(original.begin(), original.end(), memory->begin());
+        owners_.push_back(memory);
+    }
+    template <class P>
+    void keep(const MatrixOperand<P>& o) {
+        keep(o.pointer, std::size_t(o.rows) * std::size_t(o.columns), o.access);
+    }
+    template <class P>
+    void keep(const VectorOperand<P>& o) {
+        keep(o.pointer, std::size_t(o.length), o.access);
+    }
+    template <class E>
+    void keep(E* a, std::size_t count, Access access) {
+        if (access != Access::inOut && access != Access::scratch) return;
+        if constexpr (!std::is_const_v<E>)
+            restore_.emplace_back([a, original = std::vector<E>(a, a + count)] {
+                std::copy(original.begin(), original.end(), a);
             });
     }
 
@@ -138,7 +183,8 @@ class DescribedProblem : public Problem {
     }
 
     const Function lumo_;
-    std::vector<std::function<void()>> restore_;  // and owners of the operands
+    std::vector<std::shared_ptr<void>> owners_;
+    std::vector<std::function<void()>> restore_;
     std::vector<T> work_;
     int longest_ = 1;
 };

@@ -6,6 +6,7 @@
 #include <functional>
 #include <type_traits>
 
+#include "common/plain_pivots.h"
 #include "common/routines.h"
 #include "routine/c_interface.h"
 #include "routine/description.h"
@@ -36,6 +37,7 @@ void reserveOperands(Routine& routine, const Reserve& reserve) {
 template <class Routine, class Function>
 PlannedCall plannedCall(Routine routine, Function function, const Reserve& reserve) {
     reserveOperands(routine, reserve);
+    fillPivots(routine);
     return [routine, function]() mutable {
         return routine.arguments([&](auto... a) { return int(function(external(a)...)); });
     };

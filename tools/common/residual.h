@@ -1,5 +1,5 @@
-// How well X solves A X = B. Computed in double; A and B may be more precise than X. Matrices are
-// column-major without padding.
+// How well X solves A X = B, in units of X's precision. Computed in double; A and B may be more
+// precise than X. Matrices are column-major without padding.
 #pragma once
 
 #include <algorithm>
@@ -19,7 +19,30 @@ constexpr bool isComplexNumber = !std::is_floating_point_v<T>;
 template <class T>
 using WideOf = std::conditional_t<isComplexNumber<T>, std::complex<double>, double>;
 
-constexpr double singleEps = std::numeric_limits<float>::epsilon() / 2;
+// LAPACK's eps of T's precision.
+template <class T>
+constexpr double epsOf = std::numeric_limits<decltype(std::abs(T()))>::epsilon() / 2;
+
+// What norms are summed and multiplied in: the squares of double precision's numbers leave its
+// range.
+using Wider = long double;
+
+template <class T>
+Wider squareOf(T x) {
+    if constexpr (isComplexNumber<T>)
+        return squareOf(x.real()) + squareOf(x.imag());
+    else
+        return Wider(x) * Wider(x);
+}
+
+// |x|. In single precision without std::abs's care for the range, which double does not need.
+template <class T>
+double magnitude(T x) {
+    if constexpr (std::is_same_v<T, std::complex<float>>)
+        return std::sqrt(std::norm(WideOf<T>(x)));
+    else
+        return std::abs(x);
+}
 
 // b - A x for an m x n matrix A and one right-hand side.
 template <class A, class X>
@@ -37,16 +60,16 @@ std::vector<WideOf<A>> residualOf(int m, int n, const A* a, const A* b, const X*
 template <class T>
 double sumOfMagnitudes(std::size_t count, const T* v) {
     double sum = 0;
-    for (std::size_t i = 0; i < count; ++i) sum += std::abs(WideOf<T>(v[i]));
+    for (std::size_t i = 0; i < count; ++i) sum += magnitude(v[i]);
     return sum;
 }
 
 // The 2-norm of a vector, the Frobenius norm of a matrix.
 template <class T>
 double euclideanNorm(std::size_t count, const T* v) {
-    double sum = 0;
-    for (std::size_t i = 0; i < count; ++i) sum += std::norm(WideOf<T>(v[i]));
-    return std::sqrt(sum);
+    Wider sum = 0;
+    for (std::size_t i = 0; i < count; ++i) sum += squareOf(v[i]);
+    return double(std::sqrt(sum));
 }
 
 // The larger one; not a number as soon as either is not.
@@ -55,7 +78,7 @@ inline double larger(double a, double b) {
 }
 
 // The largest of ||b - A x|| / (||A|| ||x|| eps max(m, n)) over the columns of B and X, in 1-norms
-// and with single precision's eps, as the LAPACK testers measure it (xGET02 lacks the max(m, n)):
+// and with the eps of X's precision, as the LAPACK testers measure it (xGET02 lacks the max(m, n)):
 // of order 1 for a backward stable solver, a small fraction of it for a typical matrix.
 template <class A, class X>
 double scaledResidual(int m, int n, int nrhs, const A* a, const A* b, const X* x) {
@@ -67,8 +90,9 @@ double scaledResidual(int m, int n, int nrhs, const A* a, const A* b, const X* x
         const X* xk = x + std::size_t(k) * n;
         const auto r = residualOf(m, n, a, b + std::size_t(k) * m, xk);
         const double error = sumOfMagnitudes(r.size(), r.data());
-        const double gauge = normOfA * sumOfMagnitudes(n, xk) * singleEps * std::max(m, n);
-        worst = larger(worst, error == 0 ? 0 : error / gauge);  // 0 / 0: a perfect zero solution
+        const Wider gauge = Wider(normOfA) * sumOfMagnitudes(n, xk) * epsOf<X> * std::max(m, n);
+        // 0 / 0: a perfect zero solution
+        worst = larger(worst, error == 0 ? 0 : double(error / gauge));
     }
     return worst;
 }
@@ -80,21 +104,25 @@ double scaledResidual(int m, int n, int nrhs, const A* a, const A* b, const X* x
 template <class A, class X>
 double distanceFromOptimum(int m, int n, const A* a, const A* b, const X* x,
                            const std::vector<WideOf<A>>& r) {
-    double sum = 0;
+    const double normOfR = euclideanNorm(m, r.data());
+    if (normOfR == 0) return 0;
+    std::vector<WideOf<A>> unit = r;  // whose products with A cannot leave the range
+    for (WideOf<A>& element : unit) element /= normOfR;
+    Wider sum = 0;
     for (int j = 0; j < n; ++j) {
         const A* column = a + std::size_t(j) * m;
         WideOf<A> product = 0;
         for (int i = 0; i < m; ++i)
             if constexpr (isComplexNumber<A>)
-                product += std::conj(WideOf<A>(column[i])) * r[i];
+                product += std::conj(WideOf<A>(column[i])) * unit[i];
             else
-                product += WideOf<A>(column[i]) * r[i];
-        sum += std::norm(product);
+                product += WideOf<A>(column[i]) * unit[i];
+        sum += squareOf(product);
     }
     if (sum == 0) return 0;
-    const double normOfA = euclideanNorm(std::size_t(m) * n, a);
-    const double gauge = euclideanNorm(m, b) + normOfA * euclideanNorm(n, x);
-    return std::sqrt(sum) / (normOfA * gauge * singleEps);
+    const Wider normOfA = euclideanNorm(std::size_t(m) * n, a);
+    const Wider gauge = euclideanNorm(m, b) + normOfA * euclideanNorm(n, x);
+    return double(std::sqrt(sum) * normOfR / (normOfA * gauge * epsOf<X>));
 }
 
 }  // namespace lumo

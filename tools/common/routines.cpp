@@ -14,11 +14,16 @@
 #include "common/planned_call.h"
 #include "lapack/gesv.h"
 #include "lapack/getrf.h"
+#include "lapack/getrs.h"
+#include "lapack/posv.h"
+#include "lapack/potrf.h"
+#include "lapack/potrs.h"
 
 namespace lumo {
 namespace {
 
-// Descriptions without operands, which a problem provides; alpha is 1, beta 0.
+// Descriptions without operands, which a problem provides; alpha is 1, beta 0. A name each, for
+// that of the export.
 template <class T>
 Gemm<T> gemm(Shape s) {
     return {'N', 'N', s.m, s.n, s.k, T(1), nullptr, 0, nullptr, 0, T(0), nullptr, 0};
@@ -80,6 +85,38 @@ Gglse<T> gglse(Shape s) {
     return {s.m, s.n, s.k, nullptr, 0, nullptr, 0, nullptr, nullptr, nullptr};
 }
 template <class T>
+Potrf<T> potrf(Shape s) {
+    return {'L', s.n, nullptr, 0};
+}
+template <class T>
+Posv<T> posv(Shape s) {
+    return {'L', s.n, s.k, nullptr, 0, nullptr, 0};
+}
+template <class T>
+Getrs<T> getrs(Shape s) {
+    return {'N', s.n, s.k, nullptr, 0, nullptr, nullptr, 0};
+}
+template <class T>
+Potrs<T> potrs(Shape s) {
+    return {'L', s.n, s.k, nullptr, 0, nullptr, 0};
+}
+template <class T>
+Orgqr<T> orgqr(Shape s) {
+    return {s.m, s.n, s.n, nullptr, 0, nullptr};
+}
+template <class T>
+Orgqr<T> ungqr(Shape s) {
+    return orgqr<T>(s);
+}
+template <class T>
+Ormqr<T> ormqr(Shape s) {
+    return {'L', 'N', s.m, s.n, s.k, nullptr, 0, nullptr, nullptr, 0};
+}
+template <class T>
+Ormqr<T> unmqr(Shape s) {
+    return ormqr<T>(s);
+}
+template <class T>
 Gesvd<T> gesvd(Shape s) {
     const char job = s.k > 0 ? 'S' : 'N';
     return {job, job, s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
@@ -113,38 +150,43 @@ MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Sha
 
 #define LUMO_MEASURED(letter, LETTER, T, name, flops, shape) \
     measured(#letter #name, flops, &name<T>, &lumo##LETTER##name, &lumoDevice##LETTER##name, shape)
-#define LUMO_MEASURED_S_C(name, flops, shape)       \
-    LUMO_MEASURED(s, S, float, name, flops, shape), \
-        LUMO_MEASURED(c, C, Complex<float>, name, flops, shape)
-#define LUMO_MEASURED_S_D(name, flops)               \
-    LUMO_MEASURED(s, S, float, name, flops, square), \
-        LUMO_MEASURED(d, D, double, name, flops, square)
-#define LUMO_MEASURED_C_Z(name, flops)                        \
-    LUMO_MEASURED(c, C, Complex<float>, name, flops, square), \
-        LUMO_MEASURED(z, Z, Complex<double>, name, flops, square)
-#define LUMO_MEASURED_S_D_C_Z(name, flops) \
-    LUMO_MEASURED_S_D(name, flops), LUMO_MEASURED_C_Z(name, flops)
+#define LUMO_MEASURED_S_D(name, flops, shape) \
+    LUMO_MEASURED(s, S, float, name, flops, shape), LUMO_MEASURED(d, D, double, name, flops, shape)
+#define LUMO_MEASURED_C_Z(name, flops, shape)                \
+    LUMO_MEASURED(c, C, Complex<float>, name, flops, shape), \
+        LUMO_MEASURED(z, Z, Complex<double>, name, flops, shape)
+#define LUMO_MEASURED_S_D_C_Z(name, flops, shape) \
+    LUMO_MEASURED_S_D(name, flops, shape), LUMO_MEASURED_C_Z(name, flops, shape)
 
 }  // namespace
 
 const std::vector<MeasuredRoutine>& measuredRoutines() {
     // gesvd with both sets of vectors: Golub and Van Loan's 4 m^2 n + 8 m n^2 + 9 n^3.
-    static const std::vector<MeasuredRoutine> all{LUMO_MEASURED_S_D_C_Z(gemm, 2),
-                                                  LUMO_MEASURED_S_D_C_Z(syrk, 1),
-                                                  LUMO_MEASURED_S_C(getrf, 2. / 3, square),
-                                                  LUMO_MEASURED_S_C(gesv, 2. / 3, oneRightHandSide),
-                                                  LUMO_MEASURED_S_C(geqrf, 4. / 3, square),
-                                                  LUMO_MEASURED_S_C(gels, 4. / 3, oneRightHandSide),
-                                                  LUMO_MEASURED_S_C(gesvd, 21, square),
-                                                  LUMO_MEASURED_S_C(gglse, 0, quarterConstrained),
-                                                  LUMO_MEASURED_S_D_C_Z(gemv, 0),
-                                                  LUMO_MEASURED_S_D_C_Z(trmm, 0),
-                                                  LUMO_MEASURED_S_D_C_Z(trsm, 0),
-                                                  LUMO_MEASURED_S_D(symm, 0),
-                                                  LUMO_MEASURED_S_D(syr2k, 0),
-                                                  LUMO_MEASURED_C_Z(hemm, 0),
-                                                  LUMO_MEASURED_C_Z(herk, 0),
-                                                  LUMO_MEASURED_C_Z(her2k, 0)};
+    static const std::vector<MeasuredRoutine> all{
+        LUMO_MEASURED_S_D_C_Z(gemm, 2, square),
+        LUMO_MEASURED_S_D_C_Z(syrk, 1, square),
+        LUMO_MEASURED_S_D_C_Z(getrf, 2. / 3, square),
+        LUMO_MEASURED_S_D_C_Z(gesv, 2. / 3, oneRightHandSide),
+        LUMO_MEASURED_S_D_C_Z(potrf, 1. / 3, square),
+        LUMO_MEASURED_S_D_C_Z(posv, 1. / 3, oneRightHandSide),
+        LUMO_MEASURED_S_D_C_Z(geqrf, 4. / 3, square),
+        LUMO_MEASURED_S_D(orgqr, 4. / 3, square),
+        LUMO_MEASURED_C_Z(ungqr, 4. / 3, square),
+        LUMO_MEASURED_S_D(ormqr, 2, square),
+        LUMO_MEASURED_C_Z(unmqr, 2, square),
+        LUMO_MEASURED_S_D_C_Z(gels, 4. / 3, oneRightHandSide),
+        LUMO_MEASURED_S_D_C_Z(gesvd, 21, square),
+        LUMO_MEASURED_S_D_C_Z(gglse, 0, quarterConstrained),
+        LUMO_MEASURED_S_D_C_Z(getrs, 2, square),
+        LUMO_MEASURED_S_D_C_Z(potrs, 2, square),
+        LUMO_MEASURED_S_D_C_Z(gemv, 0, square),
+        LUMO_MEASURED_S_D_C_Z(trmm, 0, square),
+        LUMO_MEASURED_S_D_C_Z(trsm, 0, square),
+        LUMO_MEASURED_S_D(symm, 0, square),
+        LUMO_MEASURED_S_D(syr2k, 0, square),
+        LUMO_MEASURED_C_Z(hemm, 0, square),
+        LUMO_MEASURED_C_Z(herk, 0, square),
+        LUMO_MEASURED_C_Z(her2k, 0, square)};
     return all;
 }
 

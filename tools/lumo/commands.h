@@ -10,7 +10,8 @@ namespace lumo {
 void showInfo();
 
 struct SystemFiles {
-    std::string a, b, x;  // the matrix, the right-hand sides, the solution if wanted
+    std::string a, b, x;    // the matrix, the right-hand sides, the solution if wanted
+    std::string precision;  // s, d or, of solve, mixed; the files' if empty
 };
 void solve(const SystemFiles& files);
 void lstsq(const SystemFiles& files);
@@ -52,6 +53,7 @@ struct SvdTask {
     std::vector<int> ranks;  // of the approximations that are wanted
     std::string prefix;      // how the names of the written files begin; empty for none
     bool compare = false;    // with the CPU LAPACK
+    std::string precision;   // s or d; the file's if empty
 };
 void svd(SvdTask task);
 

@@ -2,38 +2,11 @@
 
 #include <algorithm>
 
+#include "exported.h"
+#include "lumo_extended.h"
 #include "platform/cpu/lapack.h"
 
 namespace lumo {
-namespace {
-
-using Complex = std::complex<float>;
-
-// The library's complex numbers have the layout of C++'s.
-lumoFloatComplex* exported(Complex* z) {
-    return reinterpret_cast<lumoFloatComplex*>(z);
-}
-const lumoFloatComplex* exported(const Complex* z) {
-    return reinterpret_cast<const lumoFloatComplex*>(z);
-}
-
-lumoStatus gesvd(char job, int m, int n, float* a, float* s, float* u, float* vt, int k) {
-    return lumoSgesvd(job, job, m, n, a, m, s, u, m, vt, k);
-}
-lumoStatus gesvd(char job, int m, int n, Complex* a, float* s, Complex* u, Complex* vt, int k) {
-    return lumoCgesvd(job, job, m, n, exported(a), m, s, exported(u), m, exported(vt), k);
-}
-
-lumoStatus multiply(int m, int n, int k, const float* a, const float* b, int ldb, float* c) {
-    return lumoSgemm('N', 'N', m, n, k, 1, a, m, b, ldb, 0, c, m);
-}
-lumoStatus multiply(int m, int n, int k, const Complex* a, const Complex* b, int ldb, Complex* c) {
-    return lumoCgemm('N', 'N', m, n, k, {1, 0}, exported(a), m, exported(b), ldb, {0, 0},
-                     exported(c), m);
-}
-
-}  // namespace
-
 template <class T>
 Decomposition<T>::Decomposition(int m, int n, bool vectors)
     : m(m), n(n), s(std::size_t(std::min(m, n))) {
@@ -43,13 +16,15 @@ Decomposition<T>::Decomposition(int m, int n, bool vectors)
 
 template <class T>
 lumoStatus decompose(std::vector<T>& a, Decomposition<T>& d) {
-    return gesvd(d.u.empty() ? 'N' : 'S', d.m, d.n, a.data(), d.s.data(), d.u.data(), d.vt.data(),
-                 int(d.s.size()));
+    constexpr auto gesvd = platform::ofType<T>(lumoSgesvd, lumoDgesvd, lumoCgesvd, lumoZgesvd);
+    const char job = d.u.empty() ? 'N' : 'S';
+    return gesvd(job, job, d.m, d.n, exported(a.data()), d.m, d.s.data(), exported(d.u.data()), d.m,
+                 exported(d.vt.data()), int(d.s.size()));
 }
 
 template <class T>
 int decomposeByCpu(std::vector<T>& a, Decomposition<T>& d) {
-    std::vector<float> realWork(platform::isComplex<T> ? 5 * d.s.size() : 0);
+    std::vector<platform::RealOf<T>> realWork(platform::isComplex<T> ? 5 * d.s.size() : 0);
     return cpu::withWorkspace<T>(1, [&](T* work, int size) {
         const char job = d.u.empty() ? 'N' : 'S';
         const auto call = [&](auto... others) {
@@ -68,7 +43,10 @@ lumoStatus approximate(const Decomposition<T>& d, int rank, std::vector<T>& resu
     std::vector<T> scaled(d.u.begin(), d.u.begin() + std::ptrdiff_t(d.m) * rank);
     for (std::size_t i = 0; i < scaled.size(); ++i) scaled[i] *= d.s[i / std::size_t(d.m)];
     result.resize(std::size_t(d.m) * std::size_t(d.n));
-    return multiply(d.m, d.n, rank, scaled.data(), d.vt.data(), int(d.s.size()), result.data());
+    constexpr auto gemm = platform::ofType<T>(lumoSgemm, lumoDgemm, lumoCgemm, lumoZgemm);
+    return gemm('N', 'N', d.m, d.n, rank, exported(T(1)), exported(scaled.data()), d.m,
+                exported(d.vt.data()), int(d.s.size()), exported(T(0)), exported(result.data()),
+                d.m);
 }
 
 #define LUMO_INSTANCES(T)                                              \
@@ -77,6 +55,8 @@ lumoStatus approximate(const Decomposition<T>& d, int rank, std::vector<T>& resu
     template int decomposeByCpu(std::vector<T>&, Decomposition<T>&);   \
     template lumoStatus approximate(const Decomposition<T>&, int, std::vector<T>&)
 LUMO_INSTANCES(float);
-LUMO_INSTANCES(Complex);
+LUMO_INSTANCES(double);
+LUMO_INSTANCES(std::complex<float>);
+LUMO_INSTANCES(std::complex<double>);
 
 }  // namespace lumo

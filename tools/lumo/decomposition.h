@@ -1,5 +1,4 @@
-// Singular value decompositions and the approximations that they give, in the element type T: float
-// or std::complex<float>.
+// Singular value decompositions and the approximations that they give, in the element type T.
 #pragma once
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 
 #include "common/residual.h"
 #include "lumo.h"
+#include "platform/element_types.h"
 
 namespace lumo {
 
@@ -20,7 +20,7 @@ struct Decomposition {
     Decomposition(int m, int n, bool vectors);
 
     int m, n;
-    std::vector<float> s;
+    std::vector<platform::RealOf<T>> s;
     std::vector<T> u, vt;
 };
 
@@ -54,7 +54,7 @@ struct Whole {
         return norm;
     }
     double largestBeyond(int rank) const {
-        float largest = 0;
+        platform::RealOf<T> largest = 0;
         for (const Part<T>& part : parts)
             if (rank < count()) largest = std::max(largest, part.d.s[rank]);
         return largest;

@@ -21,8 +21,8 @@ void checkSize(std::int64_t rows, std::int64_t columns, bool isComplex) {
     constexpr std::int64_t largest = std::numeric_limits<int>::max();
     if (rows < 0 || columns < 0) throw FileError("a negative size: " + size);
     if (rows > largest || columns > largest) throw FileError("too large: " + size);
-    // Twice: in single precision, the solver's copies on the host and the device take as much
-    // again.
+    // Twice: the solver's copies take as much again: in single precision those on the host and the
+    // device, in double precision the one on the host, with which the software device works.
     const double bytes = 2.0 * double(rows) * double(columns) * (isComplex ? 16 : 8);
     const double memory = double(sysconf(_SC_PHYS_PAGES)) * double(sysconf(_SC_PAGESIZE));
     if (bytes > memory)
@@ -41,6 +41,7 @@ void Dense::makeComplex() {
     if (complex_) return;
     Dense wide(rows_, columns_, true);
     wide.isVector = isVector;
+    wide.isSingle = isSingle;
     for (std::size_t k = 0; k < count(); ++k) wide.numbers_[2 * k] = numbers_[k];
     *this = std::move(wide);
 }

@@ -51,6 +51,7 @@ class Dense {
     void makeComplex();
 
     bool isVector = false;  // one column, of a file that knows arrays of one dimension
+    bool isSingle = false;  // of a file whose numbers are of single precision or less
 
   private:
     int rows_ = 0, columns_ = 0;

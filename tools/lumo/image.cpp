@@ -126,8 +126,9 @@ void writeImage(std::ostream& out, const Image& image) {
     image.extension == std::string_view("png") ? writePng(out, image) : writePnm(out, image);
 }
 
-std::vector<float> channelOf(const Image& image, int channel) {
-    std::vector<float> matrix;
+template <class T>
+std::vector<T> channelOf(const Image& image, int channel) {
+    std::vector<T> matrix;
     matrix.reserve(image.samples.size() / std::size_t(image.channels));
     for (std::size_t j = 0; j < std::size_t(image.width); ++j)
         for (std::size_t i = 0; i < std::size_t(image.height); ++i)
@@ -135,18 +136,24 @@ std::vector<float> channelOf(const Image& image, int channel) {
     return matrix;
 }
 
-Loss replaceChannels(Image& image, const std::vector<std::vector<float>>& channels) {
+template <class T>
+Loss replaceChannels(Image& image, const std::vector<std::vector<T>>& channels) {
     double squares = 0;
     for (std::size_t k = 0; k < image.samples.size(); ++k) {
         const std::size_t channel = k % image.channels, pixel = k / image.channels;
         const std::size_t i = pixel / image.width, j = pixel % image.width;
-        const float value = std::round(channels[channel][j * image.height + i]);
-        const float sample = std::clamp(value, 0.F, float(image.white));
+        const T value = std::round(channels[channel][j * image.height + i]);
+        const T sample = std::clamp(value, T(0), T(image.white));
         squares += std::pow(double(sample) - image.samples[k], 2);
         image.samples[k] = std::uint16_t(sample);
     }
     const double rms = std::sqrt(squares / double(image.samples.size()));
     return {rms, 20 * std::log10(image.white / rms)};
 }
+
+template std::vector<float> channelOf(const Image&, int);
+template std::vector<double> channelOf(const Image&, int);
+template Loss replaceChannels(Image&, const std::vector<std::vector<float>>&);
+template Loss replaceChannels(Image&, const std::vector<std::vector<double>>&);
 
 }  // namespace lumo

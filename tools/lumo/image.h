@@ -32,14 +32,16 @@ void reserveSamples(Image& image, std::int64_t height, std::int64_t width);
 // In its own format, PGM and PPM raw.
 void writeImage(std::ostream& out, const Image& image);
 
-// A channel as a matrix, height x width, column-major.
-std::vector<float> channelOf(const Image& image, int channel);
+// A channel as a matrix, height x width, column-major. T: float or double.
+template <class T>
+std::vector<T> channelOf(const Image& image, int channel);
 
 // Replaces the channels by such matrices, rounded, and tells what that changes: the root of the
 // samples' mean square difference, and its ratio to the largest sample in decibels.
 struct Loss {
     double rms, psnr;
 };
-Loss replaceChannels(Image& image, const std::vector<std::vector<float>>& channels);
+template <class T>
+Loss replaceChannels(Image& image, const std::vector<std::vector<T>>& channels);
 
 }  // namespace lumo

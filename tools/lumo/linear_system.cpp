@@ -10,11 +10,12 @@
 namespace lumo {
 namespace {
 
-bool isFinite(float x) {
-    return std::isfinite(x);
-}
-bool isFinite(std::complex<float> z) {
-    return std::isfinite(z.real()) && std::isfinite(z.imag());
+template <class T>
+bool isFinite(T x) {
+    if constexpr (isComplexNumber<T>)
+        return isFinite(x.real()) && isFinite(x.imag());
+    else
+        return std::isfinite(x);
 }
 
 }  // namespace
@@ -29,6 +30,11 @@ Dense readFilled(InputFile& in, const char* others) {
 void warn(const std::string& text) {
     std::fflush(stdout);
     std::fprintf(stderr, "lumo: warning: %s\n", text.c_str());
+}
+
+char typeOf(const Dense& matrix, const std::string& precision) {
+    const bool isSingle = precision.empty() ? matrix.isSingle : precision == "s";
+    return matrix.isComplex() ? (isSingle ? 'C' : 'Z') : (isSingle ? 'S' : 'D');
 }
 
 System readSystem(const SystemFiles& files, Shape shape) {
@@ -49,35 +55,33 @@ System readSystem(const SystemFiles& files, Shape shape) {
         A.makeComplex();
         B.makeComplex();
     }
+    A.isSingle = B.isSingle = A.isSingle && B.isSingle;
     return {std::move(A), std::move(B)};
 }
 
 template <class T>
-std::vector<T> toSingle(const Dense& matrix, const std::string& file) {
+std::vector<T> convert(const Dense& matrix, const std::string& file) {
     using Wide = WideOf<T>;
     const Wide* from = matrix.data<Wide>();
-    std::vector<T> single(matrix.count());
+    std::vector<T> converted(matrix.count());
     bool rounded = false;
-    for (std::size_t k = 0; k < single.size(); ++k) {
-        single[k] = T(from[k]);
-        if (!isFinite(single[k])) {
+    for (std::size_t k = 0; k < converted.size(); ++k) {
+        converted[k] = T(from[k]);
+        if (!isFinite(converted[k])) {
             const std::size_t rows = std::size_t(matrix.rows());
-            const bool was = std::isfinite(std::abs(from[k]));
             throw FileError(file + ": element (" + std::to_string(k % rows + 1) + ", " +
                             std::to_string(k / rows + 1) + ") is " +
-                            (was ? "too large for single precision" : "not finite"));
+                            (isFinite(from[k]) ? std::string("too large for ") + precisionOf<T>
+                                               : "not finite"));
         }
-        rounded |= Wide(single[k]) != from[k];
+        rounded |= Wide(converted[k]) != from[k];
     }
-    if (rounded) std::printf("%s: rounded to single precision\n", file.c_str());
-    return single;
+    if (rounded) std::printf("%s: rounded to %s\n", file.c_str(), precisionOf<T>);
+    return converted;
 }
 
-template std::vector<float> toSingle(const Dense&, const std::string&);
-template std::vector<std::complex<float>> toSingle(const Dense&, const std::string&);
-
 template <class T>
-void warnOfExtremes(const std::vector<T>& data, const std::string& file, const char* routine,
+void warnOfExtremes(const std::vector<T>& data, const std::string& file, const std::string& routine,
                     double least) {
     double largest = 0;
     for (const T value : data) largest = std::max(largest, double(std::abs(value)));
@@ -86,13 +90,9 @@ void warnOfExtremes(const std::vector<T>& data, const std::string& file, const c
     std::snprintf(text, sizeof text,
                   ": the largest element is %.2g, but %s does not scale its data: outside %.2g to "
                   "%.2g accuracy may be lost; multiply them by a power of two",
-                  largest, routine, least, 1 / least);
+                  largest, routine.c_str(), least, 1 / least);
     warn(file + text);
 }
-
-template void warnOfExtremes(const std::vector<float>&, const std::string&, const char*, double);
-template void warnOfExtremes(const std::vector<std::complex<float>>&, const std::string&,
-                             const char*, double);
 
 void printPlatform(const Session& session) {
     std::printf("platform:   %s\n", platform::lumo_private_platform(nullptr)->table->name);
@@ -109,7 +109,14 @@ void deliver(OutputFile* file, const Dense& B, int n, const std::vector<T>& x) {
     std::printf("solved: status 0, no errors\n");
 }
 
-template void deliver(OutputFile*, const Dense&, int, const std::vector<float>&);
-template void deliver(OutputFile*, const Dense&, int, const std::vector<std::complex<float>>&);
+#define LUMO_INSTANCES(T)                                                                       \
+    template std::vector<T> convert(const Dense&, const std::string&);                          \
+    template void warnOfExtremes(const std::vector<T>&, const std::string&, const std::string&, \
+                                 double);                                                       \
+    template void deliver(OutputFile*, const Dense&, int, const std::vector<T>&)
+LUMO_INSTANCES(float);
+LUMO_INSTANCES(double);
+LUMO_INSTANCES(std::complex<float>);
+LUMO_INSTANCES(std::complex<double>);
 
 }  // namespace lumo

@@ -12,6 +12,7 @@
 #include "dense.h"
 #include "input_file.h"
 #include "output_file.h"
+#include "platform/element_types.h"
 #include "session.h"
 
 namespace lumo {
@@ -22,7 +23,12 @@ Dense readFilled(InputFile& in, const char* others = "");
 // A line on the standard error stream: the result has to be taken with care.
 void warn(const std::string& text);
 
-// A and B have the same number of rows, and are both complex if either file is.
+// The letter of the type in which to compute with a matrix: as `precision` says (SystemFiles), or
+// else as the file's numbers are.
+char typeOf(const Dense& matrix, const std::string& precision);
+
+// A and B have the same number of rows; they are both complex, and both of double precision, if
+// either file is.
 struct System {
     Dense A, B;
 };
@@ -31,16 +37,24 @@ struct System {
 enum class Shape { square, any };
 System readSystem(const SystemFiles& files, Shape shape);
 
-// The matrix as the library takes it, T being float or std::complex<float>. Says if that loses
-// something; throws a FileError for what is not finite, then or before.
+// A function's name by that of its family: lumoSgesv for "gesv" and float.
 template <class T>
-std::vector<T> toSingle(const Dense& matrix, const std::string& file);
+std::string routineName(const char* name) {
+    return std::string("lumo") + platform::letter<T> + name;
+}
+template <class T>
+constexpr const char* precisionOf = platform::isDouble<T> ? "double precision" : "single precision";
+
+// The matrix as the library takes it. Says if its precision loses something; throws a FileError for
+// what is not finite, then or before.
+template <class T>
+std::vector<T> convert(const Dense& matrix, const std::string& file);
 
 // Says so if the routine, which does not scale its data as LAPACK's does, is outside the limits
 // within which LAPACK's does not: the largest element from `least` to 1 / least. Data that are all
 // zero need no scaling.
 template <class T>
-void warnOfExtremes(const std::vector<T>& data, const std::string& file, const char* routine,
+void warnOfExtremes(const std::vector<T>& data, const std::string& file, const std::string& routine,
                     double least);
 
 // Starts the report of a solution.

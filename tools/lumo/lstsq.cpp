@@ -1,25 +1,22 @@
 // `lumo lstsq`: the X that minimises ||B - A X||, or the smallest X with A X = B, for matrices in
-// files, in single precision.
+// files.
 #include <algorithm>
-#include <cfloat>
 #include <cmath>
+#include <limits>
 
 #include "common/residual.h"
+#include "exported.h"
 #include "linear_system.h"
+#include "lumo_extended.h"
 #include "matrix_file.h"
 
 namespace lumo {
 namespace {
 
 template <class T>
-constexpr const char* routine = isComplexNumber<T> ? "lumoCgels" : "lumoSgels";
-
-lumoStatus gels(int m, int n, int nrhs, float* a, float* b, int ldb) {
-    return lumoSgels('N', m, n, nrhs, a, m, b, ldb);
-}
-lumoStatus gels(int m, int n, int nrhs, std::complex<float>* a, std::complex<float>* b, int ldb) {
-    return lumoCgels('N', m, n, nrhs, reinterpret_cast<lumoFloatComplex*>(a), m,
-                     reinterpret_cast<lumoFloatComplex*>(b), ldb);
+lumoStatus gels(int m, int n, int nrhs, T* a, T* b, int ldb) {
+    constexpr auto gels = platform::ofType<T>(lumoSgels, lumoDgels, lumoCgels, lumoZgels);
+    return gels('N', m, n, nrhs, exported(a), m, exported(b), ldb);
 }
 
 // The matrix with another number of rows: cut off, or filled up with zeros.
@@ -33,7 +30,8 @@ std::vector<T> withRows(int rows, const std::vector<T>& matrix, int columns) {
     return result;
 }
 
-constexpr double leastUnscaled = FLT_MIN / FLT_EPSILON;
+template <class T, class Limits = std::numeric_limits<platform::RealOf<T>>>
+constexpr double leastUnscaled = Limits::min() / Limits::epsilon();
 
 // Status 0 only says that no diagonal element of the factor is exactly zero. A column (of R; a row
 // of L) has the length of A's, and its diagonal element is the part of it that the others lack:
@@ -46,15 +44,15 @@ void warnOfDependence(int m, int n, const std::vector<T>& factor, const std::str
     int at = 0;
     for (int j = 0; j < count; ++j) {
         const T* line = factor.data() + across * j;
-        double squares = 0;
-        for (int i = 0; i <= j; ++i) squares += std::norm(WideOf<T>(line[along * i]));
-        const double part = std::abs(WideOf<T>(line[along * j])) / std::sqrt(squares);
+        Wider squares = 0;
+        for (int i = 0; i <= j; ++i) squares += squareOf(line[along * i]);
+        const double part = double(magnitude(line[along * j]) / std::sqrt(squares));
         if (part < least) {
             least = part;
             at = j + 1;
         }
     }
-    if (least > 10 * count * singleEps) return;
+    if (least > 10 * count * epsOf<T>) return;
     const char* line = m >= n ? "column" : "row";
     char text[250];
     std::snprintf(text, sizeof text,
@@ -124,9 +122,10 @@ template <class T>
 void lstsqAs(const System& system, const SystemFiles& files, OutputFile* output) {
     const int m = system.A.rows(), n = system.A.columns(), nrhs = system.B.columns();
     const bool tall = m >= n;
-    std::vector<T> a = toSingle<T>(system.A, files.a), x = toSingle<T>(system.B, files.b);
-    warnOfExtremes(a, files.a, routine<T>, leastUnscaled);
-    warnOfExtremes(x, files.b, routine<T>, leastUnscaled);
+    const std::string routine = routineName<T>("gels");
+    std::vector<T> a = convert<T>(system.A, files.a), x = convert<T>(system.B, files.b);
+    warnOfExtremes(a, files.a, routine, leastUnscaled<T>);
+    warnOfExtremes(x, files.b, routine, leastUnscaled<T>);
     const int ldb = std::max(m, n);  // B goes in and X comes out in its first rows
     x = withRows(ldb, x, nrhs);
 
@@ -138,7 +137,7 @@ void lstsqAs(const System& system, const SystemFiles& files, OutputFile* output)
     const Outcome outcome = timed([&] { return gels(m, n, nrhs, a.data(), x.data(), ldb); });
     if (outcome.status != lumoNoError) throw std::runtime_error(failure(outcome, system, files));
 
-    std::printf("routine:    %s\nseconds:    %.3g\n", routine<T>, outcome.seconds);
+    std::printf("routine:    %s\nseconds:    %.3g\n", routine.c_str(), outcome.seconds);
     warnOfDependence(m, n, a, files.a);
     x = withRows(n, x, nrhs);
     const double error = tall ? reportLeastSquares(system, x) : reportMinimumNorm(system, x);
@@ -158,10 +157,9 @@ void lstsqAs(const System& system, const SystemFiles& files, OutputFile* output)
 void lstsq(const SystemFiles& files) {
     const auto output = openMatrix(files.x);
     const System system = readSystem(files, Shape::any);
-    if (system.A.isComplex())
-        lstsqAs<std::complex<float>>(system, files, output.get());
-    else
-        lstsqAs<float>(system, files, output.get());
+    platform::withType(typeOf(system.A, files.precision), [&](auto number) {
+        lstsqAs<decltype(number)>(system, files, output.get());
+    });
 }
 
 }  // namespace lumo

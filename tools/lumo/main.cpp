@@ -19,33 +19,50 @@ void addInfo(CLI::App& app) {
         ->callback(lumo::showInfo);
 }
 
+enum class Mixed { no, yes };
+void addPrecision(CLI::App* command, std::string& precision, Mixed mixed) {
+    std::vector<std::string> words{"s", "d"};
+    std::string description = "Compute in single or double precision";
+    if (mixed == Mixed::yes) {
+        words.emplace_back("mixed");
+        description += ", or factorise in single and refine to double";
+    }
+    command->add_option("--precision", precision, description + "; else as the files are")
+        ->check(CLI::IsMember(words).description(""))
+        ->type_name(mixed == Mixed::yes ? "s|d|mixed" : "s|d");
+}
+
 // A command that takes A and B from files and may write X.
-void addSolver(CLI::App& app, const char* name, const char* description, const char* shape,
-               const char* limits, lumo::SystemFiles& files,
-               void (*run)(const lumo::SystemFiles&)) {
+CLI::App* addSolver(CLI::App& app, const char* name, const char* description, const char* shape,
+                    const char* limits, lumo::SystemFiles& files,
+                    void (*run)(const lumo::SystemFiles&)) {
     CLI::App* command = app.add_subcommand(name, description);
     command->add_option("A", files.a, shape)->required();
     command->add_option("B", files.b, "The right-hand sides")->required();
     command->add_option("-o,--output", files.x, "Write the solution to this .mtx or .npy file");
     command->callback([&files, run] { run(files); });
     command->footer(
-        std::string("In single precision; A and B are Matrix Market or NumPy files, which gzip may "
-                    "have\ncompressed. A file named - is the standard input, or output.") +
+        std::string("A and B are Matrix Market or NumPy files, which gzip may have compressed. A "
+                    "file named -\nis the standard input, or output.") +
         limits);
+    return command;
 }
 
 void addSolve(CLI::App& app, lumo::SystemFiles& files) {
-    addSolver(app, "solve", "Solve A X = B", "The square matrix", "", files, lumo::solve);
+    CLI::App* command =
+        addSolver(app, "solve", "Solve A X = B", "The square matrix", "", files, lumo::solve);
+    addPrecision(command, files.precision, Mixed::yes);
 }
 
 void addLstsq(CLI::App& app, lumo::SystemFiles& files) {
-    addSolver(
+    CLI::App* command = addSolver(
         app, "lstsq",
         "Minimise ||B - A X||, or find the smallest X with A X = B if A has more columns than rows",
         "The m x n matrix, of full rank",
         " The data are not scaled:\nkeep the largest elements of A and of B between 1e-31 and "
-        "1e31.",
+        "1e31, in double precision between\n1e-291 and 1e291.",
         files, lumo::lstsq);
+    addPrecision(command, files.precision, Mixed::no);
 }
 
 void addBench(CLI::App& app, lumo::BenchOptions& options) {
@@ -126,9 +143,10 @@ void addSvd(CLI::App& app, lumo::SvdTask& task) {
         ->type_name("PREFIX");
     command->add_flag("--compare", task.compare,
                       "Also time the CPU LAPACK's routine, and compare the singular values");
+    addPrecision(command, task.precision, Mixed::no);
     command->callback([&task] { lumo::svd(task); });
     command->footer(
-        "In single precision, A = U diag(s) V^H. An image is a matrix for each of its channels.\n"
+        "A = U diag(s) V^H. An image is a matrix for each of its channels, in single precision.\n"
         "The files, as .npy if A is one and as .mtx otherwise:\n"
         "  PREFIX.s.mtx                     the singular values; of an image a column each "
         "channel\n"
@@ -136,7 +154,8 @@ void addSvd(CLI::App& app, lumo::SvdTask& task) {
         "  PREFIX.k20.mtx, PREFIX.k20.png   with -k 20 the approximation, of an image in its "
         "format\n"
         "  PREFIX.spectrum.png              a plot of the singular values, if gnuplot is there\n"
-        "The data are not scaled: keep the largest element between 1e-12 and 1e12.");
+        "The data are not scaled: keep the largest element between 1e-12 and 1e12, in double\n"
+        "precision between 1e-138 and 1e138.");
 }
 
 // The parser counts commands, and does not say which word is none.

@@ -42,6 +42,8 @@ void writeMatrix(OutputFile& file, int m, int n, const T* x, bool isVector) {
 }
 
 template void writeMatrix(OutputFile&, int, int, const float*, bool);
+template void writeMatrix(OutputFile&, int, int, const double*, bool);
 template void writeMatrix(OutputFile&, int, int, const std::complex<float>*, bool);
+template void writeMatrix(OutputFile&, int, int, const std::complex<double>*, bool);
 
 }  // namespace lumo

@@ -19,8 +19,8 @@ Dense readMatrix(InputFile& in, const char* others = "");
 // or .npy, else it is refused.
 std::unique_ptr<OutputFile> openMatrix(const std::string& file);
 
-// In the format that the file's name tells; Matrix Market to the standard output. x: column-major,
-// m x n; T: float or std::complex<float>.
+// In the format that the file's name tells, in T's precision; Matrix Market to the standard output.
+// x: column-major, m x n.
 template <class T>
 void writeMatrix(OutputFile& file, int m, int n, const T* x, bool isVector);
 

@@ -9,6 +9,8 @@
 #include <ostream>
 #include <string_view>
 
+#include "platform/element_types.h"
+
 namespace lumo {
 namespace {
 
@@ -213,7 +215,7 @@ void writeMatrixMarket(std::ostream& out, int m, int n, const T* x) {
     constexpr bool isComplex = !std::is_floating_point_v<T>;
     out << banner << " matrix array " << (isComplex ? "complex" : "real") << " general\n"
         << m << ' ' << n << '\n';
-    out.precision(std::numeric_limits<float>::max_digits10);
+    out.precision(std::numeric_limits<platform::RealOf<T>>::max_digits10);
     for (std::size_t k = 0; k < std::size_t(m) * std::size_t(n); ++k) {
         if constexpr (isComplex)
             out << x[k].real() << ' ' << x[k].imag() << '\n';
@@ -223,6 +225,8 @@ void writeMatrixMarket(std::ostream& out, int m, int n, const T* x) {
 }
 
 template void writeMatrixMarket(std::ostream&, int, int, const float*);
+template void writeMatrixMarket(std::ostream&, int, int, const double*);
 template void writeMatrixMarket(std::ostream&, int, int, const std::complex<float>*);
+template void writeMatrixMarket(std::ostream&, int, int, const std::complex<double>*);
 
 }  // namespace lumo

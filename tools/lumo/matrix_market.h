@@ -13,7 +13,7 @@ namespace lumo {
 // names the line.
 Dense readMatrixMarket(InputFile& in);
 
-// As an array. T: float or std::complex<float>; x is column-major, m x n.
+// As an array, with the digits that tell T's numbers apart. x is column-major, m x n.
 template <class T>
 void writeMatrixMarket(std::ostream& out, int m, int n, const T* x);
 

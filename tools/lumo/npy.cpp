@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <istream>
 #include <optional>
@@ -27,6 +28,10 @@ struct Header {
     std::size_t size = 0;
     bool fortranOrder = false;
     std::vector<std::int64_t> shape;
+
+    bool isComplex() const { return kind == 'c'; }
+    std::size_t realSize() const { return isComplex() ? size / 2 : size; }
+    bool isSingle() const { return (kind == 'f' || isComplex()) && realSize() <= sizeof(float); }
 };
 
 // The header: a Python dictionary of three entries, such as
@@ -65,12 +70,12 @@ class HeaderParser {
     [[noreturn]] static void fail() { throw FileError("the NumPy header is not understood"); }
 
     static Header elementType(std::string_view descr) {
-        static constexpr std::string_view known[] = {"f4", "f8", "c8", "c16", "i1", "i2",
-                                                     "i4", "i8", "u1", "u2",  "u4", "u8"};
+        static constexpr std::string_view known[] = {"f2", "f4", "f8", "c8", "c16", "i1", "i2",
+                                                     "i4", "i8", "u1", "u2", "u4",  "u8"};
         const std::string_view type = descr.substr(std::min<std::size_t>(1, descr.size()));
-        const bool single = type == "i1" || type == "u1";
+        const bool oneByte = type == "i1" || type == "u1";
         if (std::find(std::begin(known), std::end(known), type) == std::end(known) ||
-            !(descr[0] == '<' || descr[0] == '>' || (descr[0] == '|' && single)))
+            !(descr[0] == '<' || descr[0] == '>' || (descr[0] == '|' && oneByte)))
             throw FileError("elements of type '" + std::string(descr) + "' cannot be read");
         Header header;
         header.bigEndian = descr[0] == '>';
@@ -141,6 +146,19 @@ class HeaderParser {
     std::optional<std::vector<std::int64_t>> shape_;
 };
 
+// IEEE 754's half precision: 1 bit is the sign, 5 are the exponent, 10 the significand.
+struct Half {
+    std::uint16_t bits;
+
+    explicit operator double() const {
+        const int exponent = bits >> 10 & 31, significand = bits & 1023;
+        const double size = exponent == 0    ? std::ldexp(significand, -24)
+                            : exponent == 31 ? (significand ? std::nan("") : HUGE_VAL)
+                                             : std::ldexp(1024 + significand, exponent - 25);
+        return bits >> 15 ? -size : size;
+    }
+};
+
 // One real number in the file's type.
 using Decoder = double (*)(const char*);
 
@@ -168,7 +186,9 @@ Decoder decoderOf(char kind, std::size_t size) {
                    : size == 4 ? decode<std::uint32_t, bigEndian>
                                : decode<std::uint64_t, bigEndian>;
         default:
-            return size == 4 ? decode<float, bigEndian> : decode<double, bigEndian>;
+            return size == 2   ? decode<Half, bigEndian>
+                   : size == 4 ? decode<float, bigEndian>
+                               : decode<double, bigEndian>;
     }
 }
 
@@ -202,12 +222,13 @@ Dense readNpy(InputFile& in) {
         double(rows) * double(columns) * double(header.size) > double(in.bytes()))
         throw FileError("ends long before the " + std::to_string(rows) + " x " +
                         std::to_string(columns) + " numbers announced");
-    const bool isComplex = header.kind == 'c';
+    const bool isComplex = header.isComplex();
     Dense matrix(rows, columns, isComplex);
     matrix.isVector = header.shape.size() == 1;
+    matrix.isSingle = header.isSingle();
     const bool isEmpty = rows == 0 || columns == 0;  // the other may be any number
 
-    const std::size_t part = header.size / (isComplex ? 2 : 1);
+    const std::size_t part = header.realSize();
     const Decoder decoder =
         header.bigEndian ? decoderOf<true>(header.kind, part) : decoderOf<false>(header.kind, part);
     const std::size_t slow = isEmpty ? 0 : std::size_t(header.fortranOrder ? columns : rows);
@@ -244,6 +265,8 @@ void writeNpy(std::ostream& out, int m, int n, const T* x, bool isVector) {
 }
 
 template void writeNpy(std::ostream&, int, int, const float*, bool);
+template void writeNpy(std::ostream&, int, int, const double*, bool);
 template void writeNpy(std::ostream&, int, int, const std::complex<float>*, bool);
+template void writeNpy(std::ostream&, int, int, const std::complex<double>*, bool);
 
 }  // namespace lumo

@@ -1,5 +1,5 @@
 // NumPy's array files, versions 1.0 to 3.0: numbers of 1 to 8 bytes, real, complex and integer,
-// in either byte and either storage order.
+// in either byte and either storage order; half, single and double precision.
 #pragma once
 
 #include <iosfwd>
@@ -14,8 +14,8 @@ constexpr char npyMagic[] = "\x93NUMPY";
 // An array of one dimension is read as a column. Throws a FileError.
 Dense readNpy(InputFile& in);
 
-// T: float or std::complex<float>; x is column-major, m x n, and written as an array of one
-// dimension if it `isVector`.
+// In T's precision; x is column-major, m x n, and written as an array of one dimension if it
+// `isVector`.
 template <class T>
 void writeNpy(std::ostream& out, int m, int n, const T* x, bool isVector);
 

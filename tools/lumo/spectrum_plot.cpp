@@ -18,7 +18,7 @@ std::string scriptOf(const std::string& title, const std::vector<Spectrum>& spec
     std::ostringstream script;
     for (std::size_t p = 0; p < spectra.size(); ++p) {
         script << "$values" << p << " << END\n";
-        for (const float value : spectra[p].values) script << value << "\n";
+        for (const double value : spectra[p].values) script << value << "\n";
         script << "END\n";
         count = std::max(count, spectra[p].values.size());
     }

@@ -10,7 +10,7 @@ namespace lumo {
 
 struct Spectrum {
     std::string name;  // of a channel; a single one may have none
-    std::vector<float> values;
+    std::vector<double> values;
 };
 
 // Draws the values against their indices, on a logarithmic scale, and a line at each of `ranks`.

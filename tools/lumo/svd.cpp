@@ -2,9 +2,9 @@
 // left of it at lower rank.
 #include <algorithm>
 #include <array>
-#include <cfloat>
 #include <cmath>
 #include <filesystem>
+#include <limits>
 
 #include "common/residual.h"
 #include "decomposition.h"
@@ -19,10 +19,11 @@ namespace lumo {
 namespace {
 
 template <class T>
-constexpr const char* routine = isComplexNumber<T> ? "lumoCgesvd" : "lumoSgesvd";
+using LimitsOf = std::numeric_limits<platform::RealOf<T>>;
 
 // LAPACK's xGESVD scales a matrix whose largest element is smaller, or larger than 1 / this.
-const double leastUnscaled = std::sqrt(double(FLT_MIN)) / FLT_EPSILON;
+template <class T>
+const double leastUnscaled = std::sqrt(double(LimitsOf<T>::min())) / LimitsOf<T>::epsilon();
 
 double ratio(double part, double whole) {
     return whole == 0 ? 0 : part / whole;
@@ -32,7 +33,7 @@ double ratio(double part, double whole) {
 // the square root of the size or less.
 template <class T>
 double tolerance(const Whole<T>& whole) {
-    return errorBound * singleEps * std::sqrt(whole.count());
+    return errorBound * epsOf<T> * std::sqrt(whole.count());
 }
 
 void checkRanks(const SvdTask& task, int m, int n) {
@@ -85,19 +86,19 @@ template <class T>
 void reportValues(const Whole<T>& whole) {
     constexpr int few = 6;
     for (const Part<T>& part : whole.parts) {
-        const std::vector<float>& s = part.d.s;
+        const auto& s = part.d.s;
         const std::string of = part.name.empty() ? "" : "  (" + part.name + ")";
         std::printf("values:    ");
         for (int i = 0; i < std::min(few, whole.count()); ++i) std::printf(" %.6g", s[i]);
         std::printf("%s%s\n", whole.count() > few ? " ..." : "", of.c_str());
-        const float negligible = float(std::max(whole.m, whole.n)) * FLT_EPSILON * s[0];
+        const double negligible = std::max(whole.m, whole.n) * LimitsOf<T>::epsilon() * s[0];
         const auto rank =
-            std::count_if(s.begin(), s.end(), [&](float x) { return x > negligible; });
+            std::count_if(s.begin(), s.end(), [&](double x) { return x > negligible; });
         std::printf("condition:  %.3g  (s1 / s%d)%s\n",
                     s.back() == 0 ? HUGE_VAL : double(s[0]) / double(s.back()), whole.count(),
                     of.c_str());
         std::printf("rank:       %d  (values above %.2g, max(m, n) eps s1)%s\n", int(rank),
-                    double(negligible), of.c_str());
+                    negligible, of.c_str());
     }
 }
 
@@ -140,7 +141,7 @@ void compareWithCpu(const Whole<T>& whole, const SvdTask& task) {
             theirs[run] += timed(byCpu, "decomposing, CPU LAPACK").seconds;
             if (info) throw std::runtime_error("the CPU LAPACK fails with " + std::to_string(info));
             for (std::size_t i = 0; i < d.s.size(); ++i)
-                apart = larger(apart, ratio(std::abs(double(part.d.s[i]) - d.s[i]), d.s[0]));
+                apart = larger(apart, ratio(std::abs(part.d.s[i] - d.s[i]), d.s[0]));
         }
     std::sort(ours.begin(), ours.end());
     std::sort(theirs.begin(), theirs.end());
@@ -216,7 +217,7 @@ void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Imag
 
 template <class T>
 void writeFactors(const Whole<T>& whole, const SvdTask& task, const Image* image, SvdFiles& files) {
-    std::vector<float> values;
+    std::vector<platform::RealOf<T>> values;
     for (const Part<T>& part : whole.parts)
         values.insert(values.end(), part.d.s.begin(), part.d.s.end());
     const int k = whole.count(), parts = int(whole.parts.size());
@@ -232,7 +233,8 @@ template <class T>
 void plot(const Whole<T>& whole, const SvdTask& task, SvdFiles& files) {
     OutputFile& file = files.plot();
     std::vector<Spectrum> spectra;
-    for (const Part<T>& part : whole.parts) spectra.push_back({part.name, part.d.s});
+    for (const Part<T>& part : whole.parts)
+        spectra.push_back({part.name, {part.d.s.begin(), part.d.s.end()}});
     const std::string name = std::filesystem::path(task.a).filename();
     try {
         if (whole.largestBeyond(0) == 0) throw FileError("all singular values are zero");
@@ -248,15 +250,16 @@ template <class T>
 void svdOf(Whole<T> whole, const SvdTask& task, const Image* image) {
     checkRanks(task, whole.m, whole.n);
     SvdFiles files(task, image);
+    const std::string routine = routineName<T>("gesvd");
     for (const Part<T>& part : whole.parts)
-        warnOfExtremes(part.a, task.a, routine<T>, leastUnscaled);
+        warnOfExtremes(part.a, task.a, routine, leastUnscaled<T>);
 
     const Session session;
     printPlatform(session);
     std::printf("A:          %d x %d%s\n", whole.m, whole.n,
                 whole.parts.size() > 1 ? ", red, green and blue" : "");
     const double seconds = decomposeAll(whole, task);
-    std::printf("routine:    %s, %s\nseconds:    %.3g\n", routine<T>,
+    std::printf("routine:    %s, %s\nseconds:    %.3g\n", routine.c_str(),
                 whole.vectors ? "with vectors" : "values only", seconds);
     reportValues(whole);
     checkDecomposition(whole, task);
@@ -275,17 +278,18 @@ template <class T>
 void svdOfMatrix(const Dense& A, const SvdTask& task) {
     const bool vectors = !task.ranks.empty() || !task.prefix.empty();
     Whole<T> whole{A.rows(), A.columns(), {}, vectors};
-    whole.parts.push_back({"", toSingle<T>(A, task.a), {whole.m, whole.n, vectors}});
+    whole.parts.push_back({"", convert<T>(A, task.a), {whole.m, whole.n, vectors}});
     svdOf(std::move(whole), task, nullptr);
 }
 
+template <class T>
 void svdOfImage(const Image& image, const SvdTask& task) {
     const bool vectors = !task.ranks.empty();
-    Whole<float> whole{image.height, image.width, {}, vectors};
+    Whole<T> whole{image.height, image.width, {}, vectors};
     for (int c = 0; c < image.channels; ++c) {
         const char* const names[] = {"red", "green", "blue"};
         whole.parts.push_back({image.channels == 3 ? names[c] : "",
-                               channelOf(image, c),
+                               channelOf<T>(image, c),
                                {whole.m, whole.n, vectors}});
     }
     svdOf(std::move(whole), task, &image);
@@ -298,12 +302,14 @@ void svd(SvdTask task) {
     std::sort(ranks.begin(), ranks.end());
     ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
     InputFile in(task.a);
-    if (isImage(in.start())) return svdOfImage(readImage(in), task);
+    if (isImage(in.start())) {  // whose samples single precision holds
+        const Image image = readImage(in);
+        return task.precision == "d" ? svdOfImage<double>(image, task)
+                                     : svdOfImage<float>(image, task);
+    }
     const Dense A = readFilled(in, ", nor an image: PGM, PPM or PNG");
-    if (A.isComplex())
-        svdOfMatrix<std::complex<float>>(A, task);
-    else
-        svdOfMatrix<float>(A, task);
+    platform::withType(typeOf(A, task.precision),
+                       [&](auto number) { svdOfMatrix<decltype(number)>(A, task); });
 }
 
 }  // namespace lumo

@@ -73,11 +73,14 @@ RowPermutation<T>::RowPermutation(int n, int nrhs)
       copy_(std::size_t(n) * std::size_t(strip_)) {}
 
 template <class T>
-void RowPermutation<T>::apply(const int* ipiv, T* b, int ldb) const {
+void RowPermutation<T>::apply(const int* ipiv, T* b, int ldb, bool undo) const {
     if (n_ == 0 || nrhs_ == 0) return;
     std::vector<int> rows(static_cast<std::size_t>(n_));
     std::iota(rows.begin(), rows.end(), 0);
-    for (int i = 0; i < n_; ++i) std::swap(rows[std::size_t(i)], rows[std::size_t(ipiv[i] - 1)]);
+    for (int k = 0; k < n_; ++k) {
+        const int i = undo ? n_ - 1 - k : k;
+        std::swap(rows[std::size_t(i)], rows[std::size_t(ipiv[i] - 1)]);
+    }
     cudalib::checkCudaError(
         cudaMemcpy(rows_.data(), rows.data(), sizeof(int) * rows.size(), cudaMemcpyHostToDevice));
     const std::size_t width = std::size_t(n_) * sizeof(T), pitch = std::size_t(ldb) * sizeof(T);

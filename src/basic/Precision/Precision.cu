@@ -20,6 +20,11 @@ LUMO_KERNEL void PrecisionConvertTriangular_k(int m, int n, const From* src, int
     });
 }
 
+template <class From, class To>
+LUMO_KERNEL void PrecisionConvert_k(int m, int n, const From* src, int ldsrc, To* dst, int lddst) {
+    lumo::copyPart<Part::whole>(m, n, src, ldsrc, dst, lddst);
+}
+
 template <class R>
 using Other = std::conditional_t<std::is_same_v<R, float>, double, float>;
 
@@ -28,4 +33,7 @@ LUMO_REGISTER(
     cudalib::Kernel<&PrecisionConvertTriangular_k<TriangularMap2D, T, Other<T>>,
                     cudalib::OnTriangle<double>>,
     cudalib::Kernel<&PrecisionConvertTriangular_k<TriangularMap2D, Complex<T>, Complex<Other<T>>>,
-                    cudalib::OnTriangle<Complex<double>>>)
+                    cudalib::OnTriangle<Complex<double>>>,
+    cudalib::Kernel<&PrecisionConvert_k<T, Other<T>>, cudalib::OnMatrix<double>>,
+    cudalib::Kernel<&PrecisionConvert_k<Complex<T>, Complex<Other<T>>>,
+                    cudalib::OnMatrix<Complex<double>>>)

@@ -1,0 +1,54 @@
+#include "basic/Norms/shape.h"
+#include "basic/magnitude.h"
+#include "cudalib/kernel.h"
+#include "cudalib/lane_values.h"
+
+using lumo::RealOf;
+
+using MaximaTeam = cudalib::Team<lumo::maximaLanes, 1>;
+
+template <class T>
+LUMO_KERNEL void RowSums_k(int m, int n, const T* a, int lda, RealOf<T>* sums) {
+    cudalib::kernel<64>([&](cudalib::Strip rows) LUMO_INLINED {
+        cudalib::Strip::Kept<RealOf<T>> sum(rows);
+        rows.each(std::size_t(m), [&](std::size_t i) { sum[i] = 0; });
+        for (int j = 0; j < n; ++j) {
+            const T* column = &cudalib::at(a, lda, 0, j);
+            rows.each(std::size_t(m), [&](std::size_t i) {
+                if constexpr (lumo::isComplex<T>)
+                    sum[i] += std::sqrt(lumo::square(column[i]));
+                else
+                    sum[i] += lumo::magnitude(column[i]);
+            });
+        }
+        rows.each(std::size_t(m), [&](std::size_t i) { sums[i] = sum[i]; });
+    });
+}
+
+template <class T>
+LUMO_KERNEL void ColumnMaxima_k(int m, const T* a, int lda, RealOf<T>* maxima) {
+    using R = RealOf<T>;
+    cudalib::kernel<1024>([&](MaximaTeam team) LUMO_INLINED {
+        const T* column = &cudalib::at(a, lda, 0, int(team.x()));
+        const auto larger = [](R x, R y) { return x > y || x != x ? x : y; };
+        cudalib::LaneValues<MaximaTeam, R> mine;
+        team.lanes(team.X, [&](int lane) { mine.at(0, lane) = 0; });
+        for (long i = 0; i < m; i += team.X)
+            team.lanes(m - i, [&](int lane) {
+                const T x = column[i + lane];
+                R& most = mine.at(0, lane);
+                most = larger(most, lumo::magnitude(lumo::realPart(x)) +
+                                        lumo::magnitude(lumo::imaginaryPart(x)));
+            });
+        const R most = cudalib::ofLanes(mine, larger);
+        team.lanes(1, [&](int) { maxima[team.x()] = most; });
+    });
+}
+
+template <class T>
+struct ColumnMaximaCost {
+    static cudalib::Work of(int m, const T*, int, RealOf<T>*) { return {double(m) * sizeof(T)}; }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&RowSums_k<T>, cudalib::OnMatrix<T, 1>>,
+              cudalib::Kernel<&ColumnMaxima_k<T>, ColumnMaximaCost<T>>)
