@@ -67,7 +67,9 @@ HostBoundMatrix<T> copyOf(const MatrixOperand<P>& o) {
     return {{unsigned(o.rows), unsigned(o.columns)},
             const_cast<T*>(o.pointer),
             o.ld ? *o.ld : o.rows,
-            o.triangle ? transferOfPart(o.access) : transferOf(o.access),
+            o.staysOnHost ? noTransfer
+            : o.triangle  ? transferOfPart(o.access)
+                          : transferOf(o.access),
             1,
             o.factorized ? pitched : anywhere};
 }
@@ -82,7 +84,7 @@ HostBoundMatrix<T, cudalib::CudaAllocator> copyOf(const VectorOperand<P>& o) {
 
 template <class P, class Copy>
 void useCopy(const MatrixOperand<P>& o, const Copy& copy) {
-    if (o.access == Access::none) return;
+    if (o.access == Access::none || o.staysOnHost) return;
     o.pointer = copy.data();
     if (o.ld) *o.ld = copy.leadingDimension();
 }

@@ -193,8 +193,8 @@ const std::vector<MeasuredRoutine>& measuredRoutines() {
 // Complex symm and syr2k compute the Hermitian products, under names that are others' in the BLAS.
 std::vector<MeasuredRoutine> allRoutines() {
     std::vector<MeasuredRoutine> all = measuredRoutines();
-    for (MeasuredRoutine& routine :
-         std::vector<MeasuredRoutine>{LUMO_MEASURED_C_Z(symm, 0), LUMO_MEASURED_C_Z(syr2k, 0)})
+    for (MeasuredRoutine& routine : std::vector<MeasuredRoutine>{
+             LUMO_MEASURED_C_Z(symm, 0, square), LUMO_MEASURED_C_Z(syr2k, 0, square)})
         all.push_back(std::move(routine));
     return all;
 }
