@@ -140,8 +140,9 @@ lumoStatus onHost(Routine routine) {
         checkArguments(routine);
         if (routine.empty()) return runOnCopies(routine);
         if constexpr (mayBeSmall<Routine>)
-            if (platform::sharesMemory() && !hooksAreSet() && routine.isSmall() &&
-                routine.operands([](auto... o) { return (isAligned(o.pointer) && ...); }))
+            if (platform::sharesMemory() && !hooksAreSet() &&
+                routine.operands([](auto... o) { return (isAligned(o.pointer) && ...); }) &&
+                routine.isSmall())
                 return routine.runOnCpu();
         return routine.operands([&](auto... operands) {
             return onCopies(
