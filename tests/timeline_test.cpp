@@ -152,7 +152,8 @@ TEST_F(Timeline, MemoryIsAccountedAndRefusedAsOnTheCard) {
 TEST(TimelineKernels, AreAllDescribed) {
     alignas(16) std::array<unsigned char, 4096> arguments;
     arguments.fill(0);
-    for (std::size_t i = 0; i < arguments.size(); i += 4) arguments[i] = 64;
+    for (std::size_t i = 0; i < arguments.size(); i += 4)
+        arguments[i] = arguments[i + 1] = 1;  // 257, or true
     for (const platform::Kernel* kernel : platform::registeredKernels()) {
         const platform::Work work = kernel->work(arguments.data());
         EXPECT_GT(work.bytes, 0) << kernel->name;
