@@ -10,43 +10,19 @@
 namespace {
 
 template <class T, class Function>
-class EigenProblem : public lumo::DescribedProblem<lumo::Syevd<T>, Function> {
-    using Base = lumo::DescribedProblem<lumo::Syevd<T>, Function>;
-
-  public:
-    EigenProblem(char job, int n, Function lumo)
-        : Base({job, 'L', n, nullptr, 0, nullptr}, lumo), integers_(3 + 5 * std::size_t(n)) {}
-
-    int by(void* syevd) override {
-        const auto& r = this->routine_;
-        return this->withWorkspace([&](T* work, int size, int* info) {
-            const int integers = int(integers_.size()), reals = int(this->real_.size());
-            const auto call = [&](auto... realWork) {
-                lumo::call(syevd, &r.jobz, &r.uplo, &r.n, r.a, &r.lda, r.w, work, &size,
-                           realWork..., integers_.data(), &integers, info);
-            };
-            if constexpr (lumo::isComplex<T>)
-                call(this->real_.data(), &reals);
-            else
-                call();
-        });
-    }
-
-  private:
-    std::vector<int> integers_;
-};
-
-template <class T, class Function>
 void add(const std::string& routine, Function function, char job, const bench::Rounds& rounds) {
+    using Problem = lumo::DescribedProblem<lumo::Syevd<T>, Function>;
     void* const cpu = lumo::cpuRoutine(routine);
     const std::string name =
         "lumo" + std::string(1, char(std::toupper(routine[0]))) + routine.substr(1);
     for (auto [n, repetitions] : rounds)
-        bench::add(
-            {name + "/" + job + "/" + std::to_string(n),
-             [=, n = n] { return std::make_unique<EigenProblem<T, Function>>(job, n, function); },
-             [=](lumo::Problem& p) { return p.by(cpu); }},
-            repetitions);
+        bench::add({name + "/" + job + "/" + std::to_string(n),
+                    [=, n = n] {
+                        return std::make_unique<Problem>(
+                            lumo::Syevd<T>{job, 'L', n, nullptr, 0, nullptr}, function);
+                    },
+                    [=](lumo::Problem& p) { return p.by(cpu); }},
+                   repetitions);
 }
 
 }  // namespace

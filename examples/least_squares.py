@@ -14,7 +14,7 @@ noise = 0.2 * rng.standard_normal(x.size)
 heights = np.vander(x, 4, increasing=True) @ truth + noise
 ends = np.array([0.0, 1.0])
 
-# NumPy computes in double precision; Lumo solves least squares in single.
+# In single precision, which is plenty beside the noise.
 powers = np.vander(x, 4, increasing=True)
 free = lumo.lstsq(powers, heights, dtype=np.float32)
 

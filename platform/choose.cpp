@@ -9,13 +9,16 @@
 // report it and never hidden behind the CPU.
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
 #include "platform/cuda3.h"
 #include "platform/host_lapack.h"
 #include "platform/profile.h"
+#include "platform/registry.h"
 #include "platform/software/table.h"
 #include "platform/unavailable.h"
 
@@ -69,7 +72,11 @@ const Table* loadPlugin(const std::filesystem::path& path, std::string& error) {
     return table;
 }
 
+// Of the lumo command (lumo_private_platform).
+std::atomic<const Table*> given{nullptr};
+
 Decision decide() {
+    if (const Table* own = given) return {own, "the program's own"};
     const char* word = std::getenv("LUMO_PLATFORM");
     const std::string wish = word ? word : "";
     if (wish == "software") return {&software::table(), "LUMO_PLATFORM=software"};
@@ -103,6 +110,12 @@ Decision decide() {
     return {cuda, "an NVIDIA driver and a device"};
 }
 
+const Kernel* kernelWith(const char* partOfName) {
+    for (const Kernel* kernel : registeredKernels())
+        if (std::strstr(kernel->name, partOfName)) return kernel;
+    return nullptr;
+}
+
 }  // namespace
 
 const Choice& choice() {
@@ -115,11 +128,13 @@ const Choice& choice() {
         if (profile && *profile && *profile != '0') made->table = &profiled(*made->table);
         return made;
     }();
-    static const Choice chosen{decision->table, decision->reason.c_str(), decision->available};
+    static const Choice chosen{decision->table, decision->reason.c_str(), decision->available,
+                               kernelWith};
     return chosen;
 }
 
-const Choice* lumo_private_platform() {
+const Choice* lumo_private_platform(const Table* own) {
+    if (own) given = own;
     return &choice();
 }
 

@@ -5,8 +5,8 @@ scipy.linalg.blas in names, arguments and results. Arrays in Fortran order are u
 options named overwrite_... save the copies of operands. Calls release the interpreter's lock, and
 any thread may make them.
 
-Products work in single and double precision, everything else in single: float64 is refused there
-unless `dtype=numpy.float32` (or complex64) asks for conversion.
+They compute in the type of their operands, float32, float64, complex64 or complex128; lists and
+integers are float64. `dtype` asks for another of the four.
 """
 
 try:
@@ -21,28 +21,18 @@ except ImportError as error:
 from numpy.linalg import LinAlgError
 
 from ._blas import gemm, gemv, hemm, her2k, herk, symm, syr2k, syrk, trmm, trsm
+from ._checks import LinAlgWarning
+from ._cholesky import cho_factor, cho_solve, cholesky
 from ._core import __version__
-from ._linalg import (
-    LinAlgWarning,
-    LseResult,
-    LstsqResult,
-    QRResult,
-    RawQRResult,
-    SVDResult,
-    lse,
-    lstsq,
-    lu_factor,
-    lu_solve,
-    qr,
-    solve,
-    svd,
-)
+from ._least_squares import LseResult, LstsqResult, lse, lstsq
+from ._orthogonal import QRResult, RawQRResult, SVDResult, qr, svd
+from ._systems import SlogdetResult, det, inv, lu_factor, lu_solve, slogdet, solve
 
 __all__ = [
     "LinAlgError", "LinAlgWarning", "LseResult", "LstsqResult", "QRResult", "RawQRResult",
-    "SVDResult", "devices", "gemm", "gemv", "hemm", "her2k", "herk", "info", "lse", "lstsq",
-    "lu_factor", "lu_solve", "qr", "select_device", "solve", "svd", "symm", "syr2k", "syrk", "trmm",
-    "trsm",
+    "SVDResult", "SlogdetResult", "cho_factor", "cho_solve", "cholesky", "det", "devices", "gemm",
+    "gemv", "hemm", "her2k", "herk", "info", "inv", "lse", "lstsq", "lu_factor", "lu_solve", "qr",
+    "select_device", "slogdet", "solve", "svd", "symm", "syr2k", "syrk", "trmm", "trsm",
 ]  # fmt: skip
 
 

@@ -8,6 +8,7 @@ __version__: str
 __all__: list[str]
 
 _Array: TypeAlias = NDArray[Any]
+_Reals: TypeAlias = NDArray[np.floating[Any]]
 _Scalar: TypeAlias = complex | np.number[Any]
 # Variables are ints and bools to a type checker, whatever literals they hold.
 _Trans: TypeAlias = int  # 0, 1 or 2
@@ -25,18 +26,22 @@ class RawQRResult(NamedTuple):
 
 class SVDResult(NamedTuple):
     U: _Array
-    S: NDArray[np.float32]
+    S: _Reals
     Vh: _Array
+
+class SlogdetResult(NamedTuple):
+    sign: Any  # numbers, of a stack arrays
+    logabsdet: Any
 
 class LstsqResult(NamedTuple):
     x: _Array
-    residuals: NDArray[np.float32]
+    residuals: _Reals
     rank: int
     s: None
 
 class LseResult(NamedTuple):
     x: _Array
-    residual: np.float32
+    residual: np.floating[Any]
 
 @type_check_only
 class Info(TypedDict):
@@ -49,21 +54,46 @@ def devices() -> list[str]: ...
 def select_device(device: int) -> None: ...
 def info() -> Info: ...
 def solve(
-    a: ArrayLike, b: ArrayLike, *, dtype: DTypeLike | None = ..., overwrite_a: bool = ...,
-    overwrite_b: bool = ..., check_finite: bool = ...,
+    a: ArrayLike, b: ArrayLike, lower: bool = ..., overwrite_a: bool = ...,
+    overwrite_b: bool = ..., check_finite: bool = ..., assume_a: str = ...,
+    transposed: bool = ..., *, mixed: bool = ..., dtype: DTypeLike | None = ...,
 ) -> _Array: ...
+def inv(
+    a: ArrayLike, overwrite_a: bool = ..., check_finite: bool = ..., *,
+    dtype: DTypeLike | None = ...,
+) -> _Array: ...
+def det(
+    a: ArrayLike, overwrite_a: bool = ..., check_finite: bool = ..., *,
+    dtype: DTypeLike | None = ...,
+) -> Any: ...  # a number, of a stack an array
+def slogdet(
+    a: ArrayLike, overwrite_a: bool = ..., check_finite: bool = ..., *,
+    dtype: DTypeLike | None = ...,
+) -> SlogdetResult: ...
 def lu_factor(
-    a: ArrayLike, *, dtype: DTypeLike | None = ..., overwrite_a: bool = ...,
-    check_finite: bool = ...,
+    a: ArrayLike, overwrite_a: bool = ..., check_finite: bool = ..., *,
+    dtype: DTypeLike | None = ...,
 ) -> tuple[_Array, NDArray[np.int32]]: ...
 def lu_solve(
-    lu_and_piv: tuple[ArrayLike, ArrayLike], b: ArrayLike, trans: _Trans = ..., *,
+    lu_and_piv: tuple[ArrayLike, ArrayLike], b: ArrayLike, trans: _Trans = ...,
     overwrite_b: bool = ..., check_finite: bool = ...,
+) -> _Array: ...
+def cholesky(
+    a: ArrayLike, lower: bool = ..., overwrite_a: bool = ..., check_finite: bool = ..., *,
+    dtype: DTypeLike | None = ...,
+) -> _Array: ...
+def cho_factor(
+    a: ArrayLike, lower: bool = ..., overwrite_a: bool = ..., check_finite: bool = ..., *,
+    dtype: DTypeLike | None = ...,
+) -> tuple[_Array, bool]: ...
+def cho_solve(
+    c_and_lower: tuple[ArrayLike, bool], b: ArrayLike, overwrite_b: bool = ...,
+    check_finite: bool = ...,
 ) -> _Array: ...
 @overload
 def qr(
-    a: ArrayLike, mode: Literal["reduced", "complete"] = ..., *, dtype: DTypeLike | None = ...,
-    overwrite_a: bool = ..., check_finite: bool = ...,
+    a: ArrayLike, mode: Literal["reduced", "complete", "economic", "full"] = ..., *,
+    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
 ) -> QRResult: ...
 @overload
 def qr(
@@ -90,24 +120,24 @@ def lse(
 ) -> LseResult: ...
 @overload
 def svd(
-    a: ArrayLike, full_matrices: bool = ..., compute_uv: Literal[True] = ..., *,
-    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
+    a: ArrayLike, full_matrices: bool = ..., compute_uv: Literal[True] = ...,
+    overwrite_a: bool = ..., check_finite: bool = ..., *, dtype: DTypeLike | None = ...,
 ) -> SVDResult: ...
 @overload
 def svd(
     a: ArrayLike, full_matrices: bool = ..., *, compute_uv: Literal[False],
-    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
-) -> NDArray[np.float32]: ...
+    overwrite_a: bool = ..., check_finite: bool = ..., dtype: DTypeLike | None = ...,
+) -> _Reals: ...
 @overload
 def svd(
-    a: ArrayLike, full_matrices: bool, compute_uv: Literal[False], *,
-    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
-) -> NDArray[np.float32]: ...
+    a: ArrayLike, full_matrices: bool, compute_uv: Literal[False], overwrite_a: bool = ...,
+    check_finite: bool = ..., *, dtype: DTypeLike | None = ...,
+) -> _Reals: ...
 @overload
 def svd(
-    a: ArrayLike, full_matrices: bool = ..., compute_uv: bool = ..., *,
-    dtype: DTypeLike | None = ..., overwrite_a: bool = ..., check_finite: bool = ...,
-) -> SVDResult | NDArray[np.float32]: ...
+    a: ArrayLike, full_matrices: bool = ..., compute_uv: bool = ..., overwrite_a: bool = ...,
+    check_finite: bool = ..., *, dtype: DTypeLike | None = ...,
+) -> SVDResult | _Reals: ...
 def gemm(
     alpha: _Scalar, a: ArrayLike, b: ArrayLike, beta: _Scalar = ..., c: ArrayLike | None = ...,
     trans_a: _Trans = ..., trans_b: _Trans = ..., overwrite_c: bool = ...,

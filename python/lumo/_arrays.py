@@ -2,8 +2,7 @@
 
 import numpy as np
 
-SINGLE = (np.dtype(np.float32), np.dtype(np.complex64))
-ALL = SINGLE + (np.dtype(np.float64), np.dtype(np.complex128))
+ALL = tuple(np.dtype(t) for t in (np.float32, np.float64, np.complex64, np.complex128))
 
 
 def numeric(routine, **operands):
@@ -15,32 +14,40 @@ def numeric(routine, **operands):
     return arrays
 
 
-def single(routine, dtype, **operands):
-    """The operands as arrays, and the single-precision type to work in.
+def working_type(routine, *dtypes):
+    """The type, of Lumo's four, to compute in: float64 for integers, float32 for float16."""
+    dtype = np.result_type(*dtypes)
+    if dtype.kind in "biu":
+        dtype = np.dtype(np.float64)
+    if dtype == np.float16:
+        dtype = np.dtype(np.float32)
+    if dtype not in ALL:
+        raise TypeError(f"lumo.{routine} computes in single or double precision, not in {dtype}")
+    return dtype
 
-    Other types are refused unless `dtype` asks for conversion, which must not drop imaginary parts.
-    """
+
+def converted(routine, dtype, **operands):
+    """The operands as arrays, not converted yet, and the type to compute in: the operands' own or,
+    if it is given, `dtype`, which must not drop imaginary parts."""
     arrays = numeric(routine, **operands)
     if dtype is None:
-        for name, a in arrays.items():
-            if a.dtype not in SINGLE:
-                wish = "complex64" if a.dtype.kind == "c" else "float32"
-                raise TypeError(
-                    f"lumo.{routine} works in single precision, but {name} is {a.dtype}; "
-                    f"pass dtype=numpy.{wish} to convert it"
-                )
-        dtype = np.result_type(*arrays.values())
-    else:
-        dtype = np.dtype(dtype)
-        if dtype not in SINGLE:
-            raise TypeError(f"lumo.{routine}: dtype must be float32 or complex64, not {dtype}")
-        for name, a in arrays.items():
-            if not np.can_cast(a.dtype, dtype, "same_kind"):
-                raise TypeError(
-                    f"lumo.{routine}: {name} is complex; dtype=numpy.float32 would drop its "
-                    "imaginary part"
-                )
+        return (*arrays.values(), working_type(routine, *(a.dtype for a in arrays.values())))
+    dtype = np.dtype(dtype)
+    if dtype not in ALL:
+        raise TypeError(
+            f"lumo.{routine}: dtype must be float32, float64, complex64 or complex128, not {dtype}"
+        )
+    for name, a in arrays.items():
+        if not np.can_cast(a.dtype, dtype, "same_kind"):
+            raise TypeError(
+                f"lumo.{routine}: {name} is complex; dtype={dtype} would drop its imaginary part"
+            )
     return (*arrays.values(), dtype)
+
+
+def real(dtype):
+    """The type of real numbers in this precision."""
+    return np.finfo(dtype).dtype
 
 
 def in_columns(a):
@@ -55,8 +62,17 @@ def in_columns(a):
     )
 
 
+def empty(shape, dtype):
+    """An array to write to: a matrix in Fortran order, or a stack of such matrices."""
+    return np.empty((*shape[:-2], *shape[:-3:-1]), dtype).swapaxes(-1, -2)
+
+
 def copied(a, dtype):
-    """A copy in Fortran order."""
+    """A copy in Fortran order, of a stack a stack of such matrices."""
+    if a.ndim > 2:
+        copy = empty(a.shape, dtype)
+        copy[...] = a
+        return copy
     if a.ndim != 2 or not a.flags.c_contiguous:
         return np.array(a, dtype, order="F")
     # By bands of rows, that stay in the cache: a whole matrix at once takes several times as long.
@@ -72,7 +88,8 @@ def readable(a, dtype):
 
 
 def writable(a, dtype, overwrite=False, beside=None):
-    """An array in Fortran order to write to: `a` itself if that is allowed and possible.
+    """An array in Fortran order to write to: `a` itself if that is allowed and possible, which it
+    is not for stacks.
 
     `beside` is another operand, with which it must not share memory.
     """
@@ -87,7 +104,17 @@ def writable(a, dtype, overwrite=False, beside=None):
     return copied(a, dtype)
 
 
-def refuse_non_finite(routine, **arrays):
-    for name, a in arrays.items():
-        if not np.isfinite(a).all():
-            raise ValueError(f"lumo.{routine}: {name} must not contain infs or NaNs")
+def scale(a):
+    """Scales an array in place by a power of two, to where the squares of its elements neither
+    overflow nor vanish. Returns what to multiply results by, 1 mostly."""
+    limits = np.finfo(a.dtype)
+    parts = (a.real, a.imag) if a.dtype.kind == "c" else (a,)
+    largest = max((float(np.abs(part).max(initial=0)) for part in parts), default=0.0)
+    smallest = float(np.sqrt(limits.tiny) / limits.eps)
+    if largest == 0 or not np.isfinite(largest) or smallest <= largest <= 1 / smallest:
+        return limits.dtype.type(1)
+    # The factor and its inverse must be normal numbers.
+    most = limits.maxexp - 3
+    exponent = int(np.clip(np.frexp(largest)[1], -most, most))
+    a *= limits.dtype.type(2.0**-exponent)
+    return limits.dtype.type(2.0**exponent)

@@ -3,7 +3,7 @@
 import numpy as np
 
 from . import _core
-from ._arrays import ALL, in_columns, numeric, readable, writable
+from ._arrays import in_columns, numeric, readable, working_type, writable
 
 # The routine for the other kind of elements.
 _OTHER_KIND = {"symm": "hemm", "syr2k": "her2k", "hemm": "symm", "her2k": "syr2k", "herk": "syrk"}
@@ -15,13 +15,9 @@ def _operands(routine, *scalars, **operands):
         if np.ndim(scalar) != 0 or np.asarray(scalar).dtype.kind not in "biufc":
             raise TypeError(f"lumo.{routine}: alpha and beta must be numbers, not {scalar!r}")
     arrays = numeric(routine, **{name: a for name, a in operands.items() if a is not None})
-    dtype = np.result_type(*arrays.values())
-    if dtype.kind in "biu":
-        dtype = np.dtype(np.float64)
+    dtype = working_type(routine, *(a.dtype for a in arrays.values()))
     if any(np.iscomplexobj(scalar) for scalar in scalars):
         dtype = np.result_type(dtype, np.complex64)
-    if dtype not in ALL:
-        raise TypeError(f"lumo.{routine} computes in single or double precision, not in {dtype}")
     kind = {"symm": "f", "syr2k": "f", "hemm": "c", "herk": "c", "her2k": "c"}.get(routine)
     if kind and dtype.kind != kind:
         have, want = ("complex", "real") if kind == "f" else ("real", "complex")

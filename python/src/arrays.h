@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "lumo.h"
+#include "lumo_extended.h"
 #include "platform/element_types.h"
 
 namespace lumo::python {
@@ -70,15 +70,8 @@ Vector<T> toVector(const py::array& a) {
     return v;
 }
 
-// The function for the element type T: of those for S, D, C and Z, or of the real and the complex.
+// The function for the element type T, of those for S, D, C and Z.
 using platform::ofType;
-template <class T, class Real, class Complex>
-constexpr auto ofType(Real real, Complex complex) {
-    if constexpr (platform::isComplex<T>)
-        return complex;
-    else
-        return real;
-}
 
 // Scalars and elements as lumo.h names their types.
 inline float raw(float x) {

@@ -13,6 +13,14 @@ struct Merge {
     R rho;
 };
 
+// f(merge) for all merges, summed: what a description of a kernel's cost counts.
+template <class R, class F>
+double sumOverMerges(int count, const Merge<R>* merges, F f) {
+    double sum = 0;
+    for (int k = 0; k < count; ++k) sum += f(merges[k]);
+    return sum;
+}
+
 // x := c x + s y, y := c y - s x for two columns.
 template <class R>
 struct ColumnRotation {

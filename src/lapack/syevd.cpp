@@ -111,9 +111,11 @@ class SymmetricEigenproblem {
         if constexpr (isComplex<T>) {
             const cudalib::Workspace<R> real(square);
             stedc(n_, values_.data(), off.data(), real.data(), n_);
-            for (int j = 0; j < n_; ++j)
-                copyVectorRealToComplex(n_, at(vectors.data(), n_, 0, j), 1,
-                                        at(real.data(), n_, 0, j), 1);
+            const int together = std::min(n_, std::numeric_limits<int>::max() / n_);
+            for (int j = 0; j < n_; j += together)
+                copyVectorRealToComplex(n_ * std::min(together, n_ - j),
+                                        at(vectors.data(), n_, 0, j), 1, at(real.data(), n_, 0, j),
+                                        1);
         } else {
             stedc(n_, values_.data(), off.data(), vectors.data(), n_);
         }

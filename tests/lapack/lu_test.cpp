@@ -44,6 +44,9 @@ void getrfFailing() {
             EXPECT_EQ(Outcome(lumoDataError, zero + 1), outcome(call->run()));
             call->checkResult();
         }
+    auto twice = singular<T>(33, 20);  // the first one counts
+    for (int i = 0; i < 33; ++i) twice(i, 3) = T(0);
+    EXPECT_EQ(Outcome(lumoDataError, 4), outcome(getrfCall(twice, inDevice)->run()));
     auto a = Matrix<T>::random(30, 30);
     a(11, 12) = scalar<T>(std::nan(""));
     auto call = getrfCall(a, inHost);

@@ -3,8 +3,10 @@
 import numpy as np
 import pytest
 
-SINGLE = [np.float32, np.complex64]
-ALL = [np.float32, np.float64, np.complex64, np.complex128]
+
+@pytest.fixture(params="fdFD")
+def dtype(request):
+    return np.dtype(request.param).type
 
 
 def random(shape, dtype, seed=1):
@@ -14,7 +16,11 @@ def random(shape, dtype, seed=1):
 
 
 def adjoint(a):
-    return a.conj().T
+    return a.conj().swapaxes(-1, -2)
+
+
+def wide(a):
+    return np.asarray(a, np.result_type(a, np.float64))
 
 
 def fortran(a):

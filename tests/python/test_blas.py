@@ -2,7 +2,7 @@
 
 import numpy as np
 import pytest
-from conftest import ALL, adjoint, close, fortran, part, random, storages
+from conftest import adjoint, close, random, storages
 
 import lumo
 
@@ -15,11 +15,6 @@ def op(a, trans):
 
 def stored_for(a, trans):
     return a if trans == 0 else a.T
-
-
-@pytest.fixture(params=ALL, ids=lambda t: t.__name__)
-def dtype(request):
-    return request.param
 
 
 def scalars(dtype):
@@ -109,44 +104,26 @@ def test_results_are_put_in_place():
     c = whole[5 : 5 + M, 7 : 7 + N]
     result = lumo.gemm(1, a, b, 0, c, overwrite_c=True)
     assert np.shares_memory(result, c) and close(c, a @ b)
-    whole[5 : 5 + M, 7 : 7 + N] = 0
+    c[...] = 0
     assert not whole.any()
-    t = fortran(np.eye(M, dtype=np.float32))
-    right = fortran(random((M, 2), np.float32))
-    assert lumo.trsm(1, t, right, overwrite_b=True) is right
-    right.flags.writeable = False
-    assert not np.shares_memory(lumo.trsm(1, t, right, overwrite_b=True), right)
 
 
-def test_types_of_results():
-    ints = [[1, 2], [3, 4]]
-    assert lumo.gemm(1, ints, ints).dtype == np.float64
-    assert lumo.gemm(1j, np.eye(2, dtype=np.float32), ints).dtype == np.complex128
-    assert lumo.gemm(1, np.eye(2, dtype=">f4"), part(np.eye(2, dtype=np.float32))).dtype == np.float32
-
-
-def test_overlapping_columns():
-    """Fortran order, but for a leading dimension below the number of rows."""
+def test_shapes_and_types_at_their_limits():
+    c, none = random((3, 2), np.float32), np.ones((3, 0), "f")
+    assert np.array_equal(lumo.gemm(1, none, none[:2].T, 2, c), 2 * c)
+    assert np.array_equal(lumo.gemv(1, none, none[0], 2, c[:, 0]), 2 * c[:, 0])
+    assert lumo.syrk(1, none.T).shape == (0, 0)
+    # Fortran order, but for a leading dimension below the number of rows.
     hankel = np.lib.stride_tricks.sliding_window_view(random(9, np.float32), 5)
     assert close(lumo.gemm(1, hankel, hankel, trans_b=1), hankel @ hankel.T)
-
-
-def test_nothing_to_multiply():
-    c = random((3, 2), np.float32)
-    assert np.array_equal(lumo.gemm(1, np.ones((3, 0), "f"), np.ones((0, 2), "f"), 2, c), 2 * c)
-    assert np.array_equal(lumo.gemv(1, np.ones((3, 0), "f"), np.ones(0, "f"), 2, c[:, 0]), 2 * c[:, 0])
-    assert lumo.syrk(1, np.ones((0, 4), "f")).shape == (0, 0)
+    assert lumo.gemm(1j, np.eye(2, dtype=np.float32), [[1, 2], [3, 4]]).dtype == np.complex128
 
 
 @pytest.mark.parametrize("call, error, words", [
     (lambda a, z: lumo.gemm(1, a, a), ValueError, "op.a. is 3 x 2, but op.b. is 3 x 2"),
     (lambda a, z: lumo.gemm(1, a, a, trans_a=3), ValueError, "trans must be 0, 1 or 2"),
     (lambda a, z: lumo.gemm(1, a, a, c=a, trans_b=1), ValueError, r"result is \(3, 3\)"),
-    (lambda a, z: lumo.gemm(1, a[0], a), ValueError, "a must have 2 dimensions"),
-    (lambda a, z: lumo.gemv(1, a, a), ValueError, "x has shape"),
     (lambda a, z: lumo.trsm(1, a, a), ValueError, "a must be 3 x 3"),
-    (lambda a, z: lumo.syr2k(1, a, a[:2]), ValueError, "b is"),
-    (lambda a, z: lumo.symm(1, z, z), TypeError, "use lumo.hemm"),
     (lambda a, z: lumo.herk(1, a), TypeError, "use lumo.syrk"),
     (lambda a, z: lumo.herk(1j, z), ValueError, "real scalar"),
     (lambda a, z: lumo.gemm(1, a.astype(np.longdouble), a.T), TypeError, "longdouble|float128"),

@@ -11,12 +11,14 @@
 #include "blas/syrk.h"
 #include "blas/triangular.h"
 #include "common/described_problem.h"
+#include "common/planned_call.h"
 #include "lapack/gesv.h"
 #include "lapack/getrf.h"
 #include "lapack/getrs.h"
 #include "lapack/posv.h"
 #include "lapack/potrf.h"
 #include "lapack/potrs.h"
+#include "lapack/syevd.h"
 
 namespace lumo {
 namespace {
@@ -117,7 +119,17 @@ Ormqr<T> unmqr(Shape s) {
 }
 template <class T>
 Gesvd<T> gesvd(Shape s) {
-    return {'S', 'S', s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
+    const char job = s.k > 0 ? 'S' : 'N';
+    return {job, job, s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
+}
+
+template <class T>
+Syevd<T> syevd(Shape s) {
+    return {s.k > 0 ? 'V' : 'N', 'L', s.n, nullptr, 0, nullptr};
+}
+template <class T>
+Syevd<T> heevd(Shape s) {
+    return syevd<T>(s);
 }
 
 Shape square(int n) {
@@ -131,17 +143,23 @@ Shape quarterConstrained(int n) {
 }
 
 template <class Routine, class Function>
-MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Shape), Function lumo,
-                         Shape (*shapeOf)(int)) {
+MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Shape), Function host,
+                         Function device, Shape (*shapeOf)(int)) {
     const double perElement = isComplex<typename Routine::Element> ? 4 : 1;
     const auto make = [=](Shape s) -> std::unique_ptr<Problem> {
-        return std::make_unique<DescribedProblem<Routine, Function>>(describe(s), lumo);
+        return std::make_unique<DescribedProblem<Routine, Function>>(describe(s), host);
     };
-    return {name, perElement * flops, make, [=](int n) { return make(shapeOf(n)); }};
+    const auto plan = [=](Function function) {
+        return [=](Shape s, const Reserve& reserve) {
+            return plannedCall(describe(s), function, reserve);
+        };
+    };
+    return {name,    perElement * flops, make,        [=](int n) { return make(shapeOf(n)); },
+            shapeOf, plan(host),         plan(device)};
 }
 
 #define LUMO_MEASURED(letter, LETTER, T, name, flops, shape) \
-    measured(#letter #name, flops, &name<T>, &lumo##LETTER##name, shape)
+    measured(#letter #name, flops, &name<T>, &lumo##LETTER##name, &lumoDevice##LETTER##name, shape)
 #define LUMO_MEASURED_S_D(name, flops, shape) \
     LUMO_MEASURED(s, S, float, name, flops, shape), LUMO_MEASURED(d, D, double, name, flops, shape)
 #define LUMO_MEASURED_C_Z(name, flops, shape)                \
@@ -154,6 +172,8 @@ MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Sha
 
 const std::vector<MeasuredRoutine>& measuredRoutines() {
     // gesvd with both sets of vectors: Golub and Van Loan's 4 m^2 n + 8 m n^2 + 9 n^3.
+    // Eigenvectors: 4/3 n^3 for the reduction, as much for the merges if nothing is deflated, 2 n^3
+    // to go back.
     static const std::vector<MeasuredRoutine> all{
         LUMO_MEASURED_S_D_C_Z(gemm, 2, square),
         LUMO_MEASURED_S_D_C_Z(syrk, 1, square),
@@ -168,6 +188,8 @@ const std::vector<MeasuredRoutine>& measuredRoutines() {
         LUMO_MEASURED_C_Z(unmqr, 2, square),
         LUMO_MEASURED_S_D_C_Z(gels, 4. / 3, oneRightHandSide),
         LUMO_MEASURED_S_D_C_Z(gesvd, 21, square),
+        LUMO_MEASURED_S_D(syevd, 14. / 3, square),
+        LUMO_MEASURED_C_Z(heevd, 14. / 3, square),
         LUMO_MEASURED_S_D_C_Z(gglse, 0, quarterConstrained),
         LUMO_MEASURED_S_D_C_Z(getrs, 2, square),
         LUMO_MEASURED_S_D_C_Z(potrs, 2, square),
@@ -179,6 +201,15 @@ const std::vector<MeasuredRoutine>& measuredRoutines() {
         LUMO_MEASURED_C_Z(hemm, 0, square),
         LUMO_MEASURED_C_Z(herk, 0, square),
         LUMO_MEASURED_C_Z(her2k, 0, square)};
+    return all;
+}
+
+// Complex symm and syr2k compute the Hermitian products, under names that are others' in the BLAS.
+std::vector<MeasuredRoutine> allRoutines() {
+    std::vector<MeasuredRoutine> all = measuredRoutines();
+    for (MeasuredRoutine& routine : std::vector<MeasuredRoutine>{
+             LUMO_MEASURED_C_Z(symm, 0, square), LUMO_MEASURED_C_Z(syr2k, 0, square)})
+        all.push_back(std::move(routine));
     return all;
 }
 

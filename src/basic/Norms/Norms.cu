@@ -63,4 +63,17 @@ LUMO_KERNEL void HermitianMaxima_k(int n, int first, const T* a, int lda, RealOf
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &RowSums_k<T>, &ColumnMaxima_k<T>, &HermitianMaxima_k<T>)
+template <class T>
+struct ColumnMaximaCost {
+    static cudalib::Work of(int m, const T*, int, RealOf<T>*) { return {double(m) * sizeof(T)}; }
+};
+template <class T>
+struct HermitianMaximaCost {
+    static cudalib::Work of(int n, int, const T*, int, RealOf<T>*) {
+        return {double(n) * sizeof(T)};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&RowSums_k<T>, cudalib::OnMatrix<T, 1>>,
+              cudalib::Kernel<&ColumnMaxima_k<T>, ColumnMaximaCost<T>>,
+              cudalib::Kernel<&HermitianMaxima_k<T>, HermitianMaximaCost<T>>)

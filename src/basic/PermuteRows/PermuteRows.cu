@@ -41,4 +41,16 @@ LUMO_KERNEL void GatherRows_k(int m, int n, const T* src, int ldsrc, const int* 
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &PermuteRows_k<T>, &GatherRows_k<Map2D, T>)
+// Of the rows that move, half are neighbours and half lie alone.
+template <class T>
+struct PermuteRowsCost {
+    static cudalib::Work of(int n, T*, int lda, const RowMoves& moves) {
+        cudalib::Work w{double(n) * moves.count * (sizeof(T) + cudalib::bytesOfLoneElement<T>)};
+        w.turns = 2;
+        w.reach = double(n) * lda * sizeof(T);
+        return w;
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&PermuteRows_k<T>, PermuteRowsCost<T>>,
+              cudalib::Kernel<&GatherRows_k<Map2D, T>, cudalib::OnMatrix<T, 3>>)

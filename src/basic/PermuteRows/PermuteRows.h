@@ -12,8 +12,8 @@ namespace lumo {
 template <class T>
 void permuteRows(int n, T* a, int lda, int k1, int k2, const int* ipiv);
 
-// The interchanges 1, ..., n of an n x nrhs device matrix, or those n, ..., 1 that undo them, in one
-// launch for as many columns as its workspace holds, at least one.
+// The interchanges 1, ..., n of an n x nrhs device matrix, or those n, ..., 1 that undo them, in
+// one launch for as many columns as its workspace holds, at least one.
 template <class T>
 class RowPermutation {
   public:

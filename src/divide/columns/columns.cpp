@@ -4,8 +4,8 @@
 #include "divide/columns/shape.h"
 
 template <class R>
-void RotateColumns_k(const lumo::Merge<R>* merges, const lumo::ColumnRotation<R>* rotations, R* a,
-                     int lda);
+void RotateColumns_k(int count, const lumo::Merge<R>* merges,
+                     const lumo::ColumnRotation<R>* rotations, R* a, int lda);
 template <class Map, class R>
 void MoveColumns_k(int count, const lumo::ColumnMove* moves, const R* a, int lda, R* b, int ldb);
 template <class Map, class R>
@@ -28,7 +28,8 @@ struct RowsOfMergesMap {
 template <class R>
 void rotateColumns(int count, int order, const Merge<R>* merges, const ColumnRotation<R>* rotations,
                    R* a, int lda) {
-    cudalib::launch(RowsOfMergesMap{order, count}, &RotateColumns_k<R>, merges, rotations, a, lda);
+    cudalib::launch(RowsOfMergesMap{order, count}, &RotateColumns_k<R>, count, merges, rotations, a,
+                    lda);
 }
 
 template <class R>

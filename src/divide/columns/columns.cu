@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "cudalib/kernel.h"
 #include "divide/columns/shape.h"
 #include "divide/merge.h"
@@ -10,8 +12,8 @@ using RowTeam = cudalib::Team<lumo::rotatedRows, 1>;
 
 // A lane has a row, and goes through all rotations in their order.
 template <class R>
-LUMO_KERNEL void RotateColumns_k(const Merge<R>* merges, const ColumnRotation<R>* rotations, R* a,
-                                 int lda) {
+LUMO_KERNEL void RotateColumns_k(int /*count*/, const Merge<R>* merges,
+                                 const ColumnRotation<R>* rotations, R* a, int lda) {
     cudalib::kernel<64>([&](RowTeam team) LUMO_INLINED {
         const Merge<R> merge = merges[team.y()];
         const long row = team.x() * team.X, rows = merge.order - row;
@@ -51,5 +53,33 @@ LUMO_KERNEL void TakeElements_k(int n, const int* rows, const R* a, int lda, R* 
     });
 }
 
-LUMO_REGISTER(lumo::RealTypes, &RotateColumns_k<T>, &MoveColumns_k<cudalib::Map2D, T>,
-              &TakeElements_k<cudalib::Map1D, T>)
+// A rotation waits for the one before.
+template <class R>
+struct RotateColumnsCost {
+    template <class... Rest>
+    static cudalib::Work of(int count, const Merge<R>* merges, Rest...) {
+        const double elements = lumo::sumOverMerges(
+            count, merges, [](const Merge<R>& m) { return 2. * m.order * m.rotations; });
+        double most = 0;
+        for (int k = 0; k < count; ++k) most = std::max(most, double(merges[k].rotations));
+        return {2 * elements * sizeof(R), elements * cudalib::flopsOfRotation<R>, most};
+    }
+};
+template <class R>
+struct MoveColumnsCost {
+    static cudalib::Work of(int count, const ColumnMove* moves, const R*, int, R*, int) {
+        double elements = 0;
+        for (int k = 0; k < count; ++k) elements += moves[k].end - moves[k].begin;
+        return {2 * elements * sizeof(R)};
+    }
+};
+template <class R>
+struct TakeElementsCost {
+    static cudalib::Work of(int n, const int*, const R*, int, R*) {
+        return {n * (cudalib::bytesOfLoneElement<R> + sizeof(R) + sizeof(int))};
+    }
+};
+
+LUMO_REGISTER(lumo::RealTypes, cudalib::Kernel<&RotateColumns_k<T>, RotateColumnsCost<T>>,
+              cudalib::Kernel<&MoveColumns_k<cudalib::Map2D, T>, MoveColumnsCost<T>>,
+              cudalib::Kernel<&TakeElements_k<cudalib::Map1D, T>, TakeElementsCost<T>>)

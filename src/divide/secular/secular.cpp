@@ -4,14 +4,14 @@
 #include "divide/secular/shape.h"
 
 template <class R>
-void SecularRoots_k(const lumo::Merge<R>* merges, const R* d, const R* z, R* origin, R* offset,
-                    R* root);
+void SecularRoots_k(int count, const lumo::Merge<R>* merges, const R* d, const R* z, R* origin,
+                    R* offset, R* root);
 template <class R>
-void SecularWeights_k(const lumo::Merge<R>* merges, const R* d, const R* z, const int* rows,
-                      const R* origin, const R* offset, R* pole, R* weight);
+void SecularWeights_k(int count, const lumo::Merge<R>* merges, const R* d, const R* z,
+                      const int* rows, const R* origin, const R* offset, R* pole, R* weight);
 template <class R>
-void SecularVectors_k(const lumo::Merge<R>* merges, const R* origin, const R* offset, const R* pole,
-                      const R* weight, R* s, int lds);
+void SecularVectors_k(int count, const lumo::Merge<R>* merges, const R* origin, const R* offset,
+                      const R* pole, const R* weight, R* s, int lds);
 
 namespace lumo {
 namespace {
@@ -32,19 +32,21 @@ MergesMap lanesOf(const SecularProblem<R>& p) {
 
 template <class R>
 void secularRoots(const SecularProblem<R>& p) {
-    cudalib::launch(lanesOf(p), &SecularRoots_k<R>, p.merges, p.d, p.z, p.origin, p.offset, p.root);
+    cudalib::launch(lanesOf(p), &SecularRoots_k<R>, p.count, p.merges, p.d, p.z, p.origin, p.offset,
+                    p.root);
 }
 
 template <class R>
 void secularWeights(const SecularProblem<R>& p) {
-    cudalib::launch(lanesOf(p), &SecularWeights_k<R>, p.merges, p.d, p.z, p.rows, p.origin,
+    cudalib::launch(lanesOf(p), &SecularWeights_k<R>, p.count, p.merges, p.d, p.z, p.rows, p.origin,
                     p.offset, p.pole, p.weight);
 }
 
 template <class R>
 void secularVectors(const SecularProblem<R>& p, R* s, int lds) {
     cudalib::launch(MergesMap{unsigned(p.order), unsigned(p.count), vectorLanes},
-                    &SecularVectors_k<R>, p.merges, p.origin, p.offset, p.pole, p.weight, s, lds);
+                    &SecularVectors_k<R>, p.count, p.merges, p.origin, p.offset, p.pole, p.weight,
+                    s, lds);
 }
 
 LUMO_INSTANTIATE_REAL(secularRoots)

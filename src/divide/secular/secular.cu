@@ -13,8 +13,8 @@ using lumo::Merge;
 using VectorTeam = cudalib::Team<lumo::vectorLanes, 1>;
 
 template <class R>
-LUMO_KERNEL void SecularRoots_k(const Merge<R>* merges, const R* d, const R* z, R* origin,
-                                R* offset, R* root) {
+LUMO_KERNEL void SecularRoots_k(int /*count*/, const Merge<R>* merges, const R* d, const R* z,
+                                R* origin, R* offset, R* root) {
     cudalib::kernel<4096>([&](lumo::SecularTeam team) LUMO_INLINED {
         const Merge<R> merge = merges[team.y()];
         const int first = int(team.x()) * team.X;
@@ -27,8 +27,9 @@ LUMO_KERNEL void SecularRoots_k(const Merge<R>* merges, const R* d, const R* z, 
 // A lane has a row. The product over all roots of the ratios of the pole's distances, from the root
 // and from the pole that the root belongs to.
 template <class R>
-LUMO_KERNEL void SecularWeights_k(const Merge<R>* merges, const R* d, const R* z, const int* rows,
-                                  const R* origin, const R* offset, R* pole, R* weight) {
+LUMO_KERNEL void SecularWeights_k(int /*count*/, const Merge<R>* merges, const R* d, const R* z,
+                                  const int* rows, const R* origin, const R* offset, R* pole,
+                                  R* weight) {
     cudalib::kernel<1024>([&](lumo::SecularTeam team) LUMO_INLINED {
         const Merge<R> merge = merges[team.y()];
         const long first = team.x() * team.X, here = merge.kept - first;
@@ -62,8 +63,8 @@ LUMO_KERNEL void SecularWeights_k(const Merge<R>* merges, const R* d, const R* z
 }
 
 template <class R>
-LUMO_KERNEL void SecularVectors_k(const Merge<R>* merges, const R* origin, const R* offset,
-                                  const R* pole, const R* weight, R* s, int lds) {
+LUMO_KERNEL void SecularVectors_k(int /*count*/, const Merge<R>* merges, const R* origin,
+                                  const R* offset, const R* pole, const R* weight, R* s, int lds) {
     cudalib::kernel<16>([&](VectorTeam team) LUMO_INLINED {
         const Merge<R> merge = merges[team.y()];
         const int j = int(team.x()), n = merge.kept;
@@ -85,4 +86,50 @@ LUMO_KERNEL void SecularVectors_k(const Merge<R>* merges, const R* origin, const
     });
 }
 
-LUMO_REGISTER(lumo::RealTypes, &SecularRoots_k<T>, &SecularWeights_k<T>, &SecularVectors_k<T>)
+// A quotient is as much work as some products.
+template <class R>
+constexpr double flopsOfTerm = 6 * cudalib::flopsOfProduct<R>;
+
+// Each root, or pole, has a term of each pole, or root.
+template <class R>
+double termsOf(int count, const Merge<R>* merges) {
+    return lumo::sumOverMerges(count, merges,
+                               [](const Merge<R>& m) { return double(m.kept) * m.kept; });
+}
+
+// A root lies above its pole, and close to it beside the others: a host that asks where gets that.
+template <class R>
+struct SecularRootsCost {
+    static cudalib::Work of(int count, const Merge<R>* merges, const R* d, const R*, R*, R*,
+                            R* root) {
+        constexpr int usualSteps = 7;
+        const double terms = usualSteps * termsOf(count, merges);
+        cudalib::Work w{terms / lumo::secularLanes * sizeof(R), terms * flopsOfTerm<R>};
+        if (count == 0) return w;
+        const Merge<R>&first = merges[0], &last = merges[count - 1];
+        w.norm = root + first.first;
+        w.normFrom = d + first.first;
+        w.size = unsigned(last.first + last.order - first.first) * unsigned(sizeof(R));
+        return w;
+    }
+};
+template <class R>
+struct SecularWeightsCost {
+    template <class... Rest>
+    static cudalib::Work of(int count, const Merge<R>* merges, Rest...) {
+        const double terms = termsOf(count, merges);
+        return {terms / lumo::secularLanes * sizeof(R), terms * flopsOfTerm<R>};
+    }
+};
+template <class R>
+struct SecularVectorsCost {
+    template <class... Rest>
+    static cudalib::Work of(int count, const Merge<R>* merges, Rest...) {
+        const double terms = termsOf(count, merges);
+        return {2 * terms * sizeof(R), terms * flopsOfTerm<R>};
+    }
+};
+
+LUMO_REGISTER(lumo::RealTypes, cudalib::Kernel<&SecularRoots_k<T>, SecularRootsCost<T>>,
+              cudalib::Kernel<&SecularWeights_k<T>, SecularWeightsCost<T>>,
+              cudalib::Kernel<&SecularVectors_k<T>, SecularVectorsCost<T>>)

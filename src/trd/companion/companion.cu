@@ -30,4 +30,13 @@ LUMO_KERNEL void Companion_k(int n, const T* tau, const T* v, T* w, int count, c
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &Companion_k<T>)
+// One block goes through both vectors twice.
+template <class T>
+struct CompanionCost {
+    static cudalib::Work of(int n, const T*, const T*, T*, int count, const T*, int, T*) {
+        return {n * 5. * sizeof(T) + count * cudalib::bytesOfLoneElement<T>,
+                2 * cudalib::flopsOfProduct<T> * n, 2. * n / lumo::companionLanes + 10};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&Companion_k<T>, CompanionCost<T>>)

@@ -127,4 +127,22 @@ LUMO_KERNEL void HermitianSum_k(int n, int count, const T* parts, int ldparts, T
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &HermitianProduct_k<T>, &HermitianSum_k<T>)
+// The triangle once; a part of the result is read and written again for each group of columns,
+// mostly where it is still at hand.
+template <class T>
+struct HermitianProductCost {
+    static cudalib::Work of(int n, int count, const T*, int, const T*, T*, int) {
+        const double size = double(n) * n, groups = double(n) / count / lumo::hermitianColumns<T>;
+        return {size / 2 * sizeof(T), cudalib::flopsOfProduct<T> * size,
+                groups * (double(n) / 2 / columnLanes + 10)};
+    }
+};
+template <class T>
+struct HermitianSumCost {
+    static cudalib::Work of(int n, int count, const T*, int, T*) {
+        return {double(n) * (1 + 2. / 3 * count) * sizeof(T), 0, double(count)};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&HermitianProduct_k<T>, HermitianProductCost<T>>,
+              cudalib::Kernel<&HermitianSum_k<T>, HermitianSumCost<T>>)
