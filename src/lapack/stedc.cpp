@@ -5,13 +5,11 @@
 
 #include "basic/LACPY/LACPY.h"
 #include "basic/LASET/LASET.h"
-#include "blas/gemm.h"
 #include "common/element_types.h"
 #include "common/exceptions.h"
 #include "common/matrix.h"
 #include "cudalib/exceptions.h"
 #include "cudalib/workspace_pool.h"
-#include "divide/columns/columns.h"
 #include "divide/secular/secular.h"
 #include "lapack/host_lapack.h"
 #include "lapack/stedc_level.h"
@@ -29,6 +27,7 @@ class DivideAndConquer {
           e_(e),
           q_{q, ldq},
           matrices_(2 * std::size_t(n) * std::size_t(n)),
+          vectors_{n, q_, matrices_.data(), at(matrices_.data(), n, 0, n)},
           numbers_(8 * std::size_t(n)),
           values_(d, d + n),
           z_(std::size_t(n)),
@@ -42,7 +41,13 @@ class DivideAndConquer {
     }
 
   private:
-    using Pair = typename Deflation<R>::Eigenpair;
+    using Pair = typename Deflation<R>::Pair;
+    // What a level's merges come to, as the host knows it before their roots are found.
+    struct Level {
+        ColumnsOfLevel<R> columns;
+        std::vector<R> numbers;  // the kept ones' d and, behind all of them, z
+        std::vector<int> rows;
+    };
 
     // Halves it until its blocks are small; block k is that of rows bounds_[k] to bounds_[k + 1].
     // What is cut off, an e, is put back by the merge as e v v^T.
@@ -78,15 +83,14 @@ class DivideAndConquer {
             for (int j = first; j < end; ++j) moves.push_back({j - first, j, first, end});
         }
         std::iota(order_.begin(), order_.end(), 0);
-        upload(kept(), panel);
+        upload(vectors_.kept, panel);
         LASET('A', n_, n_, R(0), R(0), q_.data, q_.ld);
-        const DeviceList<ColumnMove> list(moves);
-        moveColumns(n_, n_, list.data(), kept(), n_, q_.data, q_.ld);
+        vectors_.move(moves, vectors_.kept, n_, q_.data, q_.ld);
         takeBoundaries();
     }
 
     void mergeLevel() {
-        Level<R> level;
+        Level level;
         level.numbers.resize(2 * std::size_t(n_));
         level.rows.resize(std::size_t(n_));
         std::vector<int> bounds{0};
@@ -95,17 +99,17 @@ class DivideAndConquer {
             bounds.push_back(bounds_[k + 2]);
         }
         bounds_ = bounds;
-        if (!level.merges.empty()) merge(level);
-        if (bounds_.size() > 2 || !level.merges.empty()) takeBoundaries();
-        for (const Merge<R>& m : level.merges)
-            std::copy_n(&roots_[m.first], m.kept, &values_[m.first]);
+        const auto& merges = level.columns.merges;
+        if (!merges.empty()) merge(level);
+        if (bounds_.size() > 2 || !merges.empty()) takeBoundaries();
+        for (const Merge<R>& m : merges) std::copy_n(&roots_[m.first], m.kept, &values_[m.first]);
         for (std::size_t k = 0; k + 1 < bounds_.size(); ++k)
             std::sort(&order_[bounds_[k]], &order_[bounds_[k]] + (bounds_[k + 1] - bounds_[k]),
                       [&](int i, int j) { return values_[i] < values_[j]; });
     }
 
     // Rows and columns first to end, whose halves meet at `middle`.
-    void plan(int first, int middle, int end, Level<R>& level) {
+    void plan(int first, int middle, int end, Level& level) {
         const R coupling = e_[middle - 1], root = std::sqrt(R(0.5));
         std::vector<Pair> pairs;
         pairs.reserve(std::size_t(end - first));
@@ -118,72 +122,33 @@ class DivideAndConquer {
         std::inplace_merge(pairs.begin(), pairs.begin() + (middle - first), pairs.end(),
                            [](const Pair& x, const Pair& y) { return x.d < y.d; });
         const R rho = 2 * std::abs(coupling);
-        const Deflation<R> deflation(pairs, rho);
-        const int kept = int(deflation.kept().size());
+        const auto deflation = Deflation<R>::ofEigenvalues(pairs, rho);
+        const auto& kept = deflation.kept();
         std::iota(&order_[first], &order_[first] + (end - first), first);
-        if (kept == 0) return;  // no column moves
-        level.order = std::max(level.order, end - first);
-        level.merges.push_back({first, end - first, kept, int(level.rotations.size()),
-                                int(deflation.rotations().size()), rho});
-        level.products.push_back({middle - first, deflation.count(Deflation<R>::upper),
-                                  deflation.count(Deflation<R>::both),
-                                  deflation.count(Deflation<R>::lower)});
-        level.rotations.insert(level.rotations.end(), deflation.rotations().begin(),
-                               deflation.rotations().end());
-        for (int j = 0; j < kept; ++j) {
-            const int row = deflation.byRows()[j];
-            const Pair& pair = deflation.kept()[row];
-            level.numbers[first + j] = deflation.kept()[j].d;
-            level.numbers[n_ + first + j] = deflation.kept()[j].z;
-            level.rows[first + j] = row;
-            level.gathered.push_back({pair.column, first + j,
-                                      pair.rows == Deflation<R>::lower ? middle : first,
-                                      pair.rows == Deflation<R>::upper ? middle : end});
+        if (kept.empty()) return;  // no column moves
+        level.columns.add(deflation, first, middle, end, rho, int(level.columns.rotations.size()));
+        for (int j = 0; j < int(kept.size()); ++j) {
+            level.numbers[first + j] = kept[j].d;
+            level.numbers[n_ + first + j] = kept[j].z;
+            level.rows[first + j] = deflation.byRows()[j];
         }
-        int to = first + kept;
-        for (const Pair& p : deflation.deflated()) {
-            level.gathered.push_back({p.column, to, first, end});
-            level.putBack.push_back({to, to, first, end});
-            values_[to++] = p.d;
-        }
+        int to = first + int(kept.size());
+        for (const Pair& p : deflation.deflated()) values_[to++] = p.d;
     }
 
-    void merge(const Level<R>& level) {
-        const int merges = int(level.merges.size());
-        const DeviceList<Merge<R>> list(level.merges);
-        const DeviceList<ColumnRotation<R>> rotations(level.rotations);
-        const DeviceList<ColumnMove> gathered(level.gathered), putBack(level.putBack);
+    void merge(const Level& level) {
+        const int merges = int(level.columns.merges.size());
+        const DeviceList<Merge<R>> list(level.columns.merges);
         const DeviceList<int> rows(level.rows);
         upload(numbers(0), level.numbers);
-        if (!level.rotations.empty())
-            rotateColumns(merges, level.order, list.data(), rotations.data(), q_.data, q_.ld);
-        moveColumns(n_, int(level.gathered.size()), gathered.data(), q_.data, q_.ld, kept(), n_);
-        moveColumns(n_, int(level.putBack.size()), putBack.data(), kept(), n_, q_.data, q_.ld);
-
-        const SecularProblem<R> problem{merges,     level.order, list.data(), numbers(0),
-                                        numbers(1), rows.data(), numbers(5),  numbers(2),
-                                        numbers(6), numbers(3),  numbers(4)};
-        secularRoots(problem);
-        secularWeights(problem);
-        secularVectors(problem, vectors(), n_);
-        for (int k = 0; k < merges; ++k) multiply(level.merges[k], level.products[k]);
-    }
-
-    // Of columns that are zero in one half, that half is left out.
-    void multiply(const Merge<R>& m, const typename Level<R>::Products& p) const {
-        const int lower = m.order - p.upper, first = m.first;
-        product(p.upper, m.kept, p.fromUpper + p.both, first, first, first);
-        product(lower, m.kept, p.both + p.fromLower, first + p.upper, first + p.fromUpper, first);
-    }
-    // So many rows from `row` on of columns `first` on, by `count` columns of kept() and rows of
-    // vectors(), both from `from` on.
-    void product(int rows, int columns, int count, int row, int from, int first) const {
-        R* const result = q_.at(row, first);
-        if (count == 0)
-            LASET('A', rows, columns, R(0), R(0), result, q_.ld);
-        else
-            gemm('N', 'N', rows, columns, count, R(1), at(kept(), n_, row, from), n_,
-                 at(vectors(), n_, from, first), n_, R(0), result, q_.ld);
+        vectors_.separate(level.columns);
+        const SecularProblem<R> problem{merges,     level.columns.order, list.data(), numbers(0),
+                                        numbers(1), rows.data(),         numbers(5),  numbers(2),
+                                        numbers(6), numbers(3),          numbers(4)};
+        secularRoots<Eigenvalues>(problem);
+        secularWeights<Eigenvalues>(problem);
+        secularVectors<Eigenvalues>(problem, vectors_.factors, n_);
+        vectors_.multiply(level.columns);
     }
 
     // Brings the roots of this level, and z of the next one: the rows next to a cut.
@@ -208,19 +173,18 @@ class DivideAndConquer {
         if (std::is_sorted(order_.begin(), order_.end())) return;
         std::vector<ColumnMove> moves;
         for (int j = 0; j < n_; ++j) moves.push_back({order_[j], j, 0, n_});
-        const DeviceList<ColumnMove> list(moves);
-        moveColumns(n_, n_, list.data(), q_.data, q_.ld, kept(), n_);
-        LACPY('A', n_, n_, kept(), n_, q_.data, q_.ld);
+        vectors_.move(moves, q_.data, q_.ld, vectors_.kept, n_);
+        LACPY('A', n_, n_, vectors_.kept, n_, q_.data, q_.ld);
     }
 
-    R* kept() const { return matrices_.data(); }
-    R* vectors() const { return matrices_.data() + std::size_t(n_) * std::size_t(n_); }
     R* numbers(int k) const { return numbers_.data() + std::size_t(k) * std::size_t(n_); }
 
     const int n_;
     R *const d_, *const e_;
     const MatrixView<R> q_;
-    const cudalib::Workspace<R> matrices_, numbers_;
+    const cudalib::Workspace<R> matrices_;
+    const MatrixOfVectors<R> vectors_;
+    const cudalib::Workspace<R> numbers_;
     std::vector<int> bounds_;
     std::vector<R> values_, roots_, z_;  // by columns of Q
     std::vector<int> order_;             // each block's columns, by ascending values

@@ -1,10 +1,16 @@
-// What the host prepares of a level of divide and conquer, and how it gets to the device.
+// What the host prepares of a level of divide and conquer, and what becomes of the columns of a
+// matrix of vectors.
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
+#include "basic/LASET/LASET.h"
+#include "blas/gemm.h"
+#include "common/matrix.h"
 #include "cudalib/exceptions.h"
 #include "cudalib/workspace_pool.h"
+#include "divide/columns/columns.h"
 #include "lapack/stedc_deflation.h"
 #include "platform/cuda3.h"
 
@@ -31,21 +37,96 @@ class DeviceList {
     cudalib::Workspace<V> values_;
 };
 
-// What a level's merges come to, as the host knows it before their roots are found.
+// What a level's merges do to the columns of one matrix of vectors. Merges of which all has been
+// deflated are none.
 template <class R>
-struct Level {
+struct ColumnsOfLevel {
     // What belongs to one of `merges`.
     struct Products {
-        int upper, fromUpper, both, fromLower;  // rows, and columns by their rows
+        int upper, lower, fromUpper, both, fromLower;  // rows, and columns by their rows
     };
 
-    std::vector<Merge<R>> merges;  // but for those of which all has been deflated
+    std::vector<Merge<R>> merges;
     std::vector<Products> products;
     std::vector<ColumnRotation<R>> rotations;
     std::vector<ColumnMove> gathered, putBack;
-    std::vector<R> numbers;  // the kept ones' d and, behind all of them, z
-    std::vector<int> rows;
     int order = 0;  // the largest merge's
+
+    // A merge of rows first to end, whose halves meet at `middle`, after rotations[rotationsFrom],
+    // ... of its own.
+    void add(const Deflation<R>& deflation, int first, int middle, int end, R rho,
+             int rotationsFrom) {
+        rotations.insert(rotations.end(), deflation.rotations().begin(),
+                         deflation.rotations().end());
+        order = std::max(order, end - first);
+        merges.push_back({first, end - first, int(deflation.kept().size()), rotationsFrom,
+                          int(rotations.size()) - rotationsFrom, rho});
+        products.push_back({middle - first, end - middle, deflation.count(Deflation<R>::upper),
+                            deflation.count(Deflation<R>::both),
+                            deflation.count(Deflation<R>::lower)});
+        int to = first;
+        for (int row : deflation.byRows()) {
+            const auto& pair = deflation.kept()[row];
+            gathered.push_back({pair.column, to++,
+                                pair.rows == Deflation<R>::lower ? middle : first,
+                                pair.rows == Deflation<R>::upper ? middle : end});
+        }
+        for (const auto& pair : deflation.deflated()) {
+            gathered.push_back({pair.column, to, first, end});
+            putBack.push_back({to, to, first, end});
+            ++to;
+        }
+    }
+};
+
+// A matrix of vectors of order n, and two that it shares with others: of the columns that a level
+// keeps, and of what they are multiplied by.
+template <class R>
+struct MatrixOfVectors {
+    int n;
+    MatrixView<R> q;
+    R *kept, *factors;
+
+    // What is not deflated goes to `kept`, by rows; what is, behind it.
+    void separate(const ColumnsOfLevel<R>& level) const {
+        const DeviceList<Merge<R>> merges(level.merges);
+        const DeviceList<ColumnRotation<R>> rotations(level.rotations);
+        if (!level.rotations.empty())
+            rotateColumns(int(level.merges.size()), level.order, merges.data(), rotations.data(),
+                          q.data, q.ld);
+        move(level.gathered, q.data, q.ld, kept, n);
+        move(level.putBack, kept, n, q.data, q.ld);
+    }
+
+    // Of columns that are zero in one half, that half is left out.
+    void multiply(const ColumnsOfLevel<R>& level) const {
+        for (std::size_t k = 0; k < level.merges.size(); ++k) {
+            const Merge<R>& m = level.merges[k];
+            const auto& p = level.products[k];
+            const int first = m.first;
+            product(p.upper, m.kept, p.fromUpper + p.both, first, first, first);
+            product(p.lower, m.kept, p.both + p.fromLower, first + p.upper, first + p.fromUpper,
+                    first);
+        }
+    }
+
+    void move(const std::vector<ColumnMove>& moves, const R* from, int ldFrom, R* to,
+              int ldTo) const {
+        const DeviceList<ColumnMove> list(moves);
+        moveColumns(n, int(moves.size()), list.data(), from, ldFrom, to, ldTo);
+    }
+
+  private:
+    // So many rows from `row` on of columns `first` on, by `count` columns of `kept` and rows of
+    // `factors`, both from `from` on.
+    void product(int rows, int columns, int count, int row, int from, int first) const {
+        R* const result = q.at(row, first);
+        if (count == 0)
+            LASET('A', rows, columns, R(0), R(0), result, q.ld);
+        else
+            gemm('N', 'N', rows, columns, count, R(1), at(kept, n, row, from), n,
+                 at(factors, n, from, first), n, R(0), result, q.ld);
+    }
 };
 
 }  // namespace lumo

@@ -6,6 +6,7 @@
 
 #include "basic/magnitude.h"
 #include "cudalib/lane_values.h"
+#include "divide/secular/measure.h"
 #include "divide/secular/shape.h"
 
 namespace lumo {
@@ -14,11 +15,12 @@ using SecularTeam = cudalib::Team<secularLanes, 1>;
 
 // f(x) = 1 / rho + sum of z(i)^2 / (d(i) - x), which grows between its poles: root j lies above
 // d(j) and below d(j + 1), the last one below d(n - 1) + rho. (Li, LAPACK working note 89, 1994.)
+// For singular values all but rho and z are squares.
 //
 // A lane has a root: all go through the poles together. What they know of a root is a bracket and a
 // point x in it, all as distances from the nearer pole, its origin, so that small ones keep their
 // digits.
-template <class R>
+template <class R, class Of>
 class SecularEquation {
   public:
     LUMO_DEVICE SecularEquation(int n_, R rho_, const R* d_, const R* z_)
@@ -31,7 +33,7 @@ class SecularEquation {
         if (n == 1)
             team.lanes(1, [&](int lane) {
                 from_.at(0, lane) = d[0];
-                x_.at(0, lane) = rho * z[0] * z[0];
+                x_.at(0, lane) = Of::offset(d[0], rho * z[0] * z[0]);
             });
         else
             iterate(team);
@@ -69,6 +71,9 @@ class SecularEquation {
     LUMO_DEVICE bool isLast(int lane) const { return first_ + lane == n - 1; }
     LUMO_DEVICE int poleBelow(int lane) const { return isLast(lane) ? n - 2 : first_ + lane; }
     LUMO_DEVICE static R squareOf(R x) { return x * x; }
+    LUMO_DEVICE R distanceOf(int lane, R pole) {
+        return Of::distance(pole, from_.at(0, lane), x_.at(0, lane));
+    }
 
     // f in the middle tells which pole is nearer; it and the two poles next to it, the root of a
     // simpler equation.
@@ -76,17 +81,17 @@ class SecularEquation {
         team.lanes(here_, [&](int lane) {
             const int j = first_ + lane;
             from_.at(0, lane) = d[j];
-            x_.at(0, lane) = (isLast(lane) ? rho : d[j + 1] - d[j]) / 2;
+            x_.at(0, lane) = (isLast(lane) ? Of::offset(d[j], rho) : d[j + 1] - d[j]) / 2;
             done_.at(0, lane) = 0;
         });
         evaluate(team);
         team.lanes(here_, [&](int lane) {
             const int j = first_ + lane, p = poleBelow(lane);
             const bool last = isLast(lane);
-            const R middle = x_.at(0, lane), gap = d[p + 1] - d[p], f = value(lane);
+            const R middle = x_.at(0, lane), f = value(lane);
+            const R gap = Of::distance(d[p + 1], d[p], R(0));
             const R lower = squareOf(z[p]), upper = squareOf(z[p + 1]);
-            const R rest =
-                f - lower / ((d[p] - d[j]) - middle) - upper / ((d[p + 1] - d[j]) - middle);
+            const R rest = f - lower / distanceOf(lane, d[p]) - upper / distanceOf(lane, d[p + 1]);
             const bool left = f >= 0;
             R a = lower + upper, b;
             if (left && !last) {
@@ -98,10 +103,11 @@ class SecularEquation {
                 a = a - rest * gap;
                 b = R(0) - upper * gap;
                 low_.at(0, lane) = !last ? R(0) - middle : left ? R(0) : middle;
-                high_.at(0, lane) = !last ? R(0) : left ? middle : rho + rho / 16;
+                high_.at(0, lane) = !last ? R(0) : left ? middle : Of::offset(d[j], rho + rho / 16);
             }
             if (!left && !last) from_.at(0, lane) = d[j + 1];
-            x_.at(0, lane) = within(lane, quadraticRoot(last, rest, a, b));
+            const R away = quadraticRoot(last, rest, a, b);
+            x_.at(0, lane) = within(lane, Of::offset(from_.at(0, lane), away));
         });
     }
 
@@ -130,19 +136,21 @@ class SecularEquation {
         const R slopeBelow = slopeBelow_.at(0, lane), slopeAbove = slopeAbove_.at(0, lane);
         const R slope = slopeBelow + slopeAbove;
         const R terms = magnitude(above_.at(0, lane)) - below_.at(0, lane);
-        if (magnitude(f) <= eps * (8 * terms + 1 / rho + magnitude(x) * slope)) return true;
+        const R root = from_.at(0, lane) + x;
+        if (magnitude(f) <= eps * (8 * terms + 1 / rho + magnitude(x) * Of::scale(root) * slope))
+            return true;
 
         if (f < 0)
             low_.at(0, lane) = x;
         else
             high_.at(0, lane) = x;
-        const R lower = (d[p] - from_.at(0, lane)) - x, upper = (d[p + 1] - from_.at(0, lane)) - x;
+        const R lower = distanceOf(lane, d[p]), upper = distanceOf(lane, d[p + 1]);
         const R c = f - lower * slopeBelow - upper * slopeAbove;
         const R a = (lower + upper) * f - lower * upper * slope, b = lower * upper * f;
         R step = quadraticRoot(isLast(lane), c, a, b);
         if (!(f * step < 0)) step = R(0) - f / slope;
         const R low = low_.at(0, lane), high = high_.at(0, lane);
-        const R next = halve ? low + (high - low) / 2 : within(lane, x + step);
+        const R next = halve ? low + (high - low) / 2 : within(lane, x + Of::offset(root, step));
         if (next == x || !(next > low && next < high)) return true;
         x_.at(0, lane) = next;
         return false;
@@ -159,7 +167,7 @@ class SecularEquation {
         for (int i = first_; i < past; ++i) {  // below some, above others
             const R pole = d[i], weight = z[i];
             team.lanes(here_, [&](int lane) {
-                const R quotient = weight / ((pole - from_.at(0, lane)) - x_.at(0, lane));
+                const R quotient = weight / distanceOf(lane, pole);
                 const R term = weight * quotient, slope = quotient * quotient;
                 const bool below = i <= poleBelow(lane);
                 below_.at(0, lane) += below ? term : R(0);
@@ -186,7 +194,7 @@ class SecularEquation {
         team.lanes(here_, [&](int lane) {
             R sum = 0, slope = 0;
             for (int k = 0; k < count; ++k) {
-                const R quotient = weight[k] / ((pole[k] - from_.at(0, lane)) - x_.at(0, lane));
+                const R quotient = weight[k] / distanceOf(lane, pole[k]);
                 sum += weight[k] * quotient;
                 slope += quotient * quotient;
             }

@@ -1,15 +1,16 @@
 #include "divide/secular/secular.h"
 
 #include "cudalib/launch.h"
+#include "divide/secular/measure.h"
 #include "divide/secular/shape.h"
 
-template <class R>
+template <class Of, class R>
 void SecularRoots_k(int count, const lumo::Merge<R>* merges, const R* d, const R* z, R* origin,
                     R* offset, R* root);
-template <class R>
+template <class Of, class R>
 void SecularWeights_k(int count, const lumo::Merge<R>* merges, const R* d, const R* z,
                       const int* rows, const R* origin, const R* offset, R* pole, R* weight);
-template <class R>
+template <class Of, bool left, class R>
 void SecularVectors_k(int count, const lumo::Merge<R>* merges, const R* origin, const R* offset,
                       const R* pole, const R* weight, R* s, int lds);
 
@@ -30,27 +31,34 @@ MergesMap lanesOf(const SecularProblem<R>& p) {
 
 }  // namespace
 
-template <class R>
+template <class Of, class R>
 void secularRoots(const SecularProblem<R>& p) {
-    cudalib::launch(lanesOf(p), &SecularRoots_k<R>, p.count, p.merges, p.d, p.z, p.origin, p.offset,
-                    p.root);
+    cudalib::launch(lanesOf(p), &SecularRoots_k<Of, R>, p.count, p.merges, p.d, p.z, p.origin,
+                    p.offset, p.root);
 }
 
-template <class R>
+template <class Of, class R>
 void secularWeights(const SecularProblem<R>& p) {
-    cudalib::launch(lanesOf(p), &SecularWeights_k<R>, p.count, p.merges, p.d, p.z, p.rows, p.origin,
-                    p.offset, p.pole, p.weight);
+    cudalib::launch(lanesOf(p), &SecularWeights_k<Of, R>, p.count, p.merges, p.d, p.z, p.rows,
+                    p.origin, p.offset, p.pole, p.weight);
 }
 
-template <class R>
+template <class Of, bool left, class R>
 void secularVectors(const SecularProblem<R>& p, R* s, int lds) {
     cudalib::launch(MergesMap{unsigned(p.order), unsigned(p.count), vectorLanes},
-                    &SecularVectors_k<R>, p.count, p.merges, p.origin, p.offset, p.pole, p.weight,
-                    s, lds);
+                    &SecularVectors_k<Of, left, R>, p.count, p.merges, p.origin, p.offset, p.pole,
+                    p.weight, s, lds);
 }
 
-LUMO_INSTANTIATE_REAL(secularRoots)
-LUMO_INSTANTIATE_REAL(secularWeights)
-LUMO_INSTANTIATE_REAL(secularVectors)
+#define LUMO_INSTANTIATE_SECULAR(R)                                                            \
+    template void secularRoots<Eigenvalues, R>(const SecularProblem<R>&);                      \
+    template void secularRoots<SingularValues, R>(const SecularProblem<R>&);                   \
+    template void secularWeights<Eigenvalues, R>(const SecularProblem<R>&);                    \
+    template void secularWeights<SingularValues, R>(const SecularProblem<R>&);                 \
+    template void secularVectors<Eigenvalues, false, R>(const SecularProblem<R>&, R*, int);    \
+    template void secularVectors<SingularValues, false, R>(const SecularProblem<R>&, R*, int); \
+    template void secularVectors<SingularValues, true, R>(const SecularProblem<R>&, R*, int);
+LUMO_INSTANTIATE_SECULAR(float)
+LUMO_INSTANTIATE_SECULAR(double)
 
 }  // namespace lumo

@@ -8,25 +8,27 @@
 #include "divide/secular/roots.h"
 #include "divide/secular/shape.h"
 
+using lumo::Eigenvalues;
 using lumo::Merge;
+using lumo::SingularValues;
 
 using VectorTeam = cudalib::Team<lumo::vectorLanes, 1>;
 
-template <class R>
+template <class Of, class R>
 LUMO_KERNEL void SecularRoots_k(int /*count*/, const Merge<R>* merges, const R* d, const R* z,
                                 R* origin, R* offset, R* root) {
     cudalib::kernel<4096>([&](lumo::SecularTeam team) LUMO_INLINED {
         const Merge<R> merge = merges[team.y()];
         const int first = int(team.x()) * team.X;
         if (first >= merge.kept) return;
-        lumo::SecularEquation<R>(merge.kept, merge.rho, d + merge.first, z + merge.first)
+        lumo::SecularEquation<R, Of>(merge.kept, merge.rho, d + merge.first, z + merge.first)
             .solve(team, first, origin + merge.first, offset + merge.first, root + merge.first);
     });
 }
 
 // A lane has a row. The product over all roots of the ratios of the pole's distances, from the root
 // and from the pole that the root belongs to.
-template <class R>
+template <class Of, class R>
 LUMO_KERNEL void SecularWeights_k(int /*count*/, const Merge<R>* merges, const R* d, const R* z,
                                   const int* rows, const R* origin, const R* offset, R* pole,
                                   R* weight) {
@@ -47,8 +49,8 @@ LUMO_KERNEL void SecularWeights_k(int /*count*/, const Merge<R>* merges, const R
         for (int j = 0; j < merge.kept; ++j) {
             const R from = origins[j], beyond = offsets[j], other = poles[j];
             team.lanes(here, [&](int lane) {
-                const R distance = (at.at(0, lane) - from) - beyond;
-                const R poleDistance = at.at(0, lane) - other;
+                const R distance = Of::distance(at.at(0, lane), from, beyond);
+                const R poleDistance = Of::distance(at.at(0, lane), other, R(0));
                 product.at(0, lane) = product.at(0, lane) *
                                       (distance / (index.at(0, lane) == j ? R(1) : poleDistance));
             });
@@ -62,7 +64,9 @@ LUMO_KERNEL void SecularWeights_k(int /*count*/, const Merge<R>* merges, const R
     });
 }
 
-template <class R>
+// Of singular vectors on the left, the element for the row between the halves, whose pole is 0, is
+// -1 before all are divided by the length.
+template <class Of, bool left, class R>
 LUMO_KERNEL void SecularVectors_k(int /*count*/, const Merge<R>* merges, const R* origin,
                                   const R* offset, const R* pole, const R* weight, R* s, int lds) {
     cudalib::kernel<16>([&](VectorTeam team) LUMO_INLINED {
@@ -76,7 +80,9 @@ LUMO_KERNEL void SecularVectors_k(int /*count*/, const Merge<R>* merges, const R
         team.lanes(team.X, [&](int lane) { squares.at(0, lane) = 0; });
         for (long i = 0; i < n; i += team.X)
             team.lanes(n - i, [&](int lane) {
-                const R x = weights[i + lane] / ((poles[i + lane] - from) - beyond);
+                const R d = poles[i + lane];
+                R x = weights[i + lane] / Of::distance(d, from, beyond);
+                if constexpr (left) x = d == 0 ? R(-1) : d * x;
                 squares.at(0, lane) = squares.at(0, lane) + x * x;
                 column[i + lane] = x;
             });
@@ -130,6 +136,11 @@ struct SecularVectorsCost {
     }
 };
 
-LUMO_REGISTER(lumo::RealTypes, cudalib::Kernel<&SecularRoots_k<T>, SecularRootsCost<T>>,
-              cudalib::Kernel<&SecularWeights_k<T>, SecularWeightsCost<T>>,
-              cudalib::Kernel<&SecularVectors_k<T>, SecularVectorsCost<T>>)
+LUMO_REGISTER(lumo::RealTypes,
+              cudalib::Kernel<&SecularRoots_k<Eigenvalues, T>, SecularRootsCost<T>>,
+              cudalib::Kernel<&SecularRoots_k<SingularValues, T>, SecularRootsCost<T>>,
+              cudalib::Kernel<&SecularWeights_k<Eigenvalues, T>, SecularWeightsCost<T>>,
+              cudalib::Kernel<&SecularWeights_k<SingularValues, T>, SecularWeightsCost<T>>,
+              cudalib::Kernel<&SecularVectors_k<Eigenvalues, false, T>, SecularVectorsCost<T>>,
+              cudalib::Kernel<&SecularVectors_k<SingularValues, false, T>, SecularVectorsCost<T>>,
+              cudalib::Kernel<&SecularVectors_k<SingularValues, true, T>, SecularVectorsCost<T>>)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "divide/merge.h"
+#include "divide/secular/measure.h"
 
 namespace lumo {
 
@@ -21,17 +22,18 @@ struct SecularProblem {
     R *pole, *weight;  // of row i: d, and a z that the roots are exact for
 };
 
-// origin, offset and root.
-template <class R>
+// origin, offset and root, of the values that `Of` measures (measure.h).
+template <class Of, class R>
 void secularRoots(const SecularProblem<R>& p);
 
 // pole and weight, by Loewner's formula (Gu and Eisenstat, SIAM J. Matrix Anal. Appl. 15, 1994): of
-// a matrix with exactly these eigenvalues the vectors are orthogonal however close the roots are.
-template <class R>
+// a matrix with exactly these values the vectors are orthogonal however close the roots are.
+template <class Of, class R>
 void secularWeights(const SecularProblem<R>& p);
 
-// The vectors, of length 1: each merge's in its block of the diagonal of a device matrix.
-template <class R>
+// The vectors, of length 1: each merge's in its block of the diagonal of a device matrix. Singular
+// vectors are of [z; 0 diag(d)], whose first pole is 0: on the right, or on the left.
+template <class Of, bool left = false, class R>
 void secularVectors(const SecularProblem<R>& p, R* s, int lds);
 
 }  // namespace lumo
