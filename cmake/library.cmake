@@ -76,6 +76,7 @@ add_library(lumo_objects OBJECT
     src/cudalib/transfer.cpp
     src/cudalib/workspace_pool.cpp
     src/lapack/apply_q.cpp
+    src/lapack/bdsdc.cpp
     src/lapack/bdsqr.cpp
     src/lapack/bidiagonal_panel.cpp
     src/lapack/block_reflector.cpp

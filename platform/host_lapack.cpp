@@ -59,6 +59,15 @@ void fill(Table& t) {
                 return cpu::steqr<R>('I', n, Array{d}, Array{e}, Array{z}, ldz, Array{work});
             });
         };
+    if (!t.bidiagonal)
+        t.bidiagonal = [](char type, int extra, int n, void* d, void* e, void* vt, int ldvt,
+                          void* u, int ldu, void* work) {
+            return infoOf<threads>(type, [&](auto zero) {
+                using R = RealOf<decltype(zero)>;
+                return cpu::lasdq<R>('U', extra, n, n + extra, n, 0, Array{d}, Array{e}, Array{vt},
+                                     ldvt, Array{u}, ldu, Array{work}, 1, Array{work});
+            });
+        };
     if (!t.qrTail)
         t.qrTail = [](char type, int m, int n, void* a, int lda, void* tau, void* work, int size) {
             return infoOf<threads>(type, [&](auto zero) {

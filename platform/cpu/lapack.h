@@ -41,9 +41,12 @@ CPU_ROUTINE(ormbr, sormbr, dormbr, cunmbr, zunmbr,
             int(char vect, char side, char trans, int m, int n, int k, const T* a, int lda,
                 const T* tau, T* c, int ldc, T* work, int lwork))
 
-// Symmetric tridiagonal matrices, which are real for all types.
+// Symmetric tridiagonal and bidiagonal matrices, which are real for all types.
 CPU_ROUTINE(steqr, ssteqr, dsteqr, csteqr, zsteqr,
             int(char compz, int n, R* d, R* e, T* z, int ldz, R* work))
+CPU_ROUTINE(lasdq, slasdq, dlasdq, slasdq, dlasdq,
+            int(char uplo, int sqre, int n, int ncvt, int nru, int ncc, R* d, R* e, R* vt, int ldvt,
+                R* u, int ldu, R* c, int ldc, R* work))
 CPU_ROUTINE(sterf, ssterf, dsterf, ssterf, dsterf, int(int n, R* d, R* e))
 
 // Whole problems.

@@ -43,6 +43,13 @@ int steqr(int n, R* d, R* e, R* z, int ldz, R* work) {
     return platform::tridiagonal(platform::letter<R>, n, d, e, z, ldz, work);
 }
 
+// xLASDQ: the singular values and vectors of an upper bidiagonal matrix of n rows and n + extra
+// columns; vt and u are identities before. With 4 n numbers of workspace. Returns LAPACK's info.
+template <class R>
+int lasdq(int extra, int n, R* d, R* e, R* vt, int ldvt, R* u, int ldu, R* work) {
+    return platform::bidiagonal(platform::letter<R>, extra, n, d, e, vt, ldvt, u, ldu, work);
+}
+
 // xSTERF: the values alone. Returns LAPACK's info.
 template <class R>
 int sterf(int n, R* d, R* e) {

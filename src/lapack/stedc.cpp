@@ -190,27 +190,6 @@ class DivideAndConquer {
     std::vector<int> order_;             // each block's columns, by ascending values
 };
 
-// Divided by its largest element, squares and products of a matrix stay in range.
-template <class R>
-class Scaled {
-  public:
-    Scaled(int n, R* d, R* e) : n_(n), d_(d) {
-        for (int i = 0; i < n; ++i) norm_ = std::max(norm_, std::abs(d[i]));
-        for (int i = 0; i + 1 < n; ++i) norm_ = std::max(norm_, std::abs(e[i]));
-        if (norm_ == 0) return;
-        std::transform(d, d + n, d, [this](R x) { return x / norm_; });
-        std::transform(e, e + (n - 1), e, [this](R x) { return x / norm_; });
-    }
-    void undo() const {
-        if (norm_ > 0) std::transform(d_, d_ + n_, d_, [this](R x) { return x * norm_; });
-    }
-
-  private:
-    const int n_;
-    R* const d_;
-    R norm_ = 0;
-};
-
 }  // namespace
 
 template <class R>
@@ -221,7 +200,7 @@ void stedc(int n, R* d, R* e, R* q, int ldq) {
         std::fill_n(d, n, std::numeric_limits<R>::quiet_NaN());
         throwDataError(n);
     }
-    const Scaled<R> scaled(n, d, e);
+    const Scaled<R> scaled(1, n, d, e);  // squares and products stay in range
     DivideAndConquer<R>(n, d, e, q, ldq).run();
     scaled.undo();
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "basic/LASET/LASET.h"
@@ -35,6 +36,30 @@ class DeviceList {
 
   private:
     cudalib::Workspace<V> values_;
+};
+
+// A tridiagonal or bidiagonal matrix whose largest element is made `size`, until undo().
+template <class R>
+class Scaled {
+  public:
+    Scaled(R size, int n, R* d, R* e) : n_(n), d_(d) {
+        R largest = 0;
+        for (int i = 0; i < n; ++i) largest = std::max(largest, std::abs(d[i]));
+        for (int i = 0; i + 1 < n; ++i) largest = std::max(largest, std::abs(e[i]));
+        norm_ = largest / size;
+        if (isZero()) return;
+        std::transform(d, d + n, d, [this](R x) { return x / norm_; });
+        std::transform(e, e + (n - 1), e, [this](R x) { return x / norm_; });
+    }
+    bool isZero() const { return norm_ == 0; }
+    void undo() const {
+        if (!isZero()) std::transform(d_, d_ + n_, d_, [this](R x) { return x * norm_; });
+    }
+
+  private:
+    const int n_;
+    R* const d_;
+    R norm_;
 };
 
 // What a level's merges do to the columns of one matrix of vectors. Merges of which all has been
