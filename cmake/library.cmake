@@ -87,6 +87,7 @@ add_library(lumo_objects OBJECT
     src/lapack/gels.cpp
     src/lapack/generate_q.cpp
     src/lapack/geqrf.cpp
+    src/lapack/gesdd.cpp
     src/lapack/gesv.cpp
     src/lapack/gesvd.cpp
     src/lapack/getrf.cpp

@@ -279,6 +279,45 @@ LUMO_API lumoStatus lumoDeviceCheevd(char jobz, char uplo, int n, lumoFloatCompl
 LUMO_API lumoStatus lumoDeviceZheevd(char jobz, char uplo, int n, lumoDoubleComplex* a, int lda,
                                      double* w);
 
+/* ---- Singular value decomposition by divide and conquer (LAPACK xGESDD) --------------------- */
+
+/* A = U diag(s) V^H for an m x n matrix, k = min(m, n). s: k elements, becomes the singular values,
+ * descending. jobz "A": u becomes U (m x m), vt V^H (n x n); "S": their first k columns (m x k) and
+ * rows (k x n); "O": for m >= n the first n columns of U go to a and V^H to vt, else the first m
+ * rows of V^H to a and U to u; "N": values alone. What is not asked for may be null. Unless it
+ * holds vectors, a is destroyed. A matrix whose largest element is so small or so large that
+ * squares would leave the range is scaled.
+ *
+ * Vectors come by divide and conquer (Gu and Eisenstat, SIAM J. Matrix Anal. Appl. 16, 1995):
+ * much faster than gesvd's iteration. Small singular values are accurate beside the largest one;
+ * gesvd's are so beside themselves where A's are.
+ *
+ * Status 7, info -1: jobz; -2: m < 0; -3: n < 0; -5: lda < max(1, m); -8: ldu, and -10: ldvt, less
+ * than the rows that go there; and while m, n > 0 -4, -6, -7, -9: null a, s, u, vt.
+ * Status 8: the matrix holds a NaN or an infinity, s is NaN then and info k; or the values of a
+ * block of the bidiagonal matrix did not converge, info is (k + 1) times its first row plus its
+ * last one, and s is undefined; for "N" as gesvd. The vectors are undefined. Device memory beside
+ * the operands: at most 5 k^2 elements, 4 k^2 reals and that of gebrd; for m < n 2 m n elements
+ * more, for "O" and m >= n m n. */
+LUMO_API lumoStatus lumoSgesdd(char jobz, int m, int n, float* a, int lda, float* s, float* u,
+                               int ldu, float* vt, int ldvt);
+LUMO_API lumoStatus lumoDgesdd(char jobz, int m, int n, double* a, int lda, double* s, double* u,
+                               int ldu, double* vt, int ldvt);
+LUMO_API lumoStatus lumoCgesdd(char jobz, int m, int n, lumoFloatComplex* a, int lda, float* s,
+                               lumoFloatComplex* u, int ldu, lumoFloatComplex* vt, int ldvt);
+LUMO_API lumoStatus lumoZgesdd(char jobz, int m, int n, lumoDoubleComplex* a, int lda, double* s,
+                               lumoDoubleComplex* u, int ldu, lumoDoubleComplex* vt, int ldvt);
+LUMO_API lumoStatus lumoDeviceSgesdd(char jobz, int m, int n, float* a, int lda, float* s, float* u,
+                                     int ldu, float* vt, int ldvt);
+LUMO_API lumoStatus lumoDeviceDgesdd(char jobz, int m, int n, double* a, int lda, double* s,
+                                     double* u, int ldu, double* vt, int ldvt);
+LUMO_API lumoStatus lumoDeviceCgesdd(char jobz, int m, int n, lumoFloatComplex* a, int lda,
+                                     float* s, lumoFloatComplex* u, int ldu, lumoFloatComplex* vt,
+                                     int ldvt);
+LUMO_API lumoStatus lumoDeviceZgesdd(char jobz, int m, int n, lumoDoubleComplex* a, int lda,
+                                     double* s, lumoDoubleComplex* u, int ldu,
+                                     lumoDoubleComplex* vt, int ldvt);
+
 /* ---- Condition from LU factors (LAPACK xGECON) ---------------------------------------------- */
 
 /* *rcond becomes an estimate of 1 / (|| A || || A^-1 ||) in the 1-norm (norm "1" or "O") or the

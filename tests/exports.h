@@ -47,6 +47,7 @@ inline const char* nameOf(Interface where) {
     LUMO_EXPORT(type, geqrf);             \
     LUMO_EXPORT(type, gels);              \
     LUMO_EXPORT(type, gglse);             \
+    LUMO_EXPORT(type, gesdd);             \
     LUMO_EXPORT(type, gesvd)
 
 template <class T>

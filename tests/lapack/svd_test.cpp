@@ -91,6 +91,53 @@ auto svdCall(Jobs jobs, const Matrix<T>& a, Interface where) {
         vectors(jobs.upperVt(), jobs.upperVt() == 'A' ? n : k, n, n + 2));
 }
 
+// The longer side's vectors are those that "O" puts in A's place.
+Jobs jobsOf(char jobz, int m, int n) {
+    if (std::toupper(jobz) != 'O') return {jobz, jobz};
+    return m >= n ? Jobs{'O', 'A'} : Jobs{'A', 'O'};
+}
+
+template <class T>
+auto gesddCall(char jobz, const Matrix<T>& a, Interface where) {
+    const int m = a.m, n = a.n, k = std::min(m, n);
+    const Jobs jobs = jobsOf(jobz, m, n);
+    auto vectors = [](char job, int rows, int columns, int ld) {
+        return job == 'A' || job == 'S' ? blank<T>(rows, columns, ld) : blank<T>(0, 0);
+    };
+    auto check = [=](char, auto, auto, const auto&... operands) { checkSvd<T>(jobs, operands...); };
+    return routineCall<T>(
+        where, [](auto e) { return e.gesdd; }, check, jobz, m, n, a,
+        Adjacent<RealOf<T>>{blank<RealOf<T>>(k)},
+        vectors(jobs.upperU(), m, jobs.upperU() == 'A' ? m : k, m + 1),
+        vectors(jobs.upperVt(), jobs.upperVt() == 'A' ? n : k, n, n + 2));
+}
+
+template <class T>
+std::vector<GoodCase> gesddCases(const char* jobs, const Shapes& shapes, Shrink blocks = nullptr) {
+    std::vector<GoodCase> cases;
+    for (; *jobs; ++jobs)
+        cases = cases + casesOf(
+                            {*jobs}, shapes,
+                            [job = *jobs](int m, int n, Interface interface) {
+                                return gesddCall(job, Matrix<T>::random(m, n, m + 3), interface);
+                            },
+                            blocks);
+    return cases;
+}
+
+template <class T>
+void failingGesdd() {
+    for (double bad : {std::nan(""), HUGE_VAL})
+        for (auto [m, n] : {std::pair{9, 9}, {20, 6}, {6, 20}}) {
+            auto a = Matrix<T>::random(m, n);
+            a(4, 5) = scalar<T>(bad);
+            auto call = gesddCall('S', a, inHost);
+            EXPECT_EQ(lumoDataError, call->run());
+            EXPECT_EQ(std::min(m, n), lumoGetErrorInfo());
+            for (double s : call->template result<4>().data) EXPECT_TRUE(std::isnan(s));
+        }
+}
+
 std::vector<Jobs> allJobs() {
     std::vector<Jobs> all;
     for (char u : {'A', 's', 'O', 'N'})
@@ -138,6 +185,14 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
                          svdCases<T>({{'S', 'S'}}, large),
                      failing<T>, svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}),
                      isDouble<T>, [] { return shrinkSvd<T>(2); }, true});
+    const auto smallBlocks = []() -> std::shared_ptr<void> {
+        return std::make_shared<std::pair<std::shared_ptr<void>, std::shared_ptr<void>>>(
+            shrinkSvd<T>(), temporarily(lumo::stedcLeaf, 3));
+    };
+    registerRoutine({letter + "gesdd",
+                     gesddCases<T>("aSoN", small, smallBlocks) + gesddCases<T>("S", large),
+                     failingGesdd<T>, gesddCases<T>("SO", {{3, 3}, {6, 3}, {3, 6}}), isDouble<T>,
+                     smallBlocks, true});
 });
 
 class SvdPaths : public OnSoftwareDevice {};
