@@ -1,5 +1,7 @@
 #include "lapack/sygvd.h"
 
+#include <utility>
+
 #include "basic/Transpose/Transpose.h"
 #include "blas/cublas.h"
 #include "common/exceptions.h"

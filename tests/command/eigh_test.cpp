@@ -37,6 +37,7 @@ TEST_F(Command, FindsEigenvalues) {
             SCOPED_TRACE(c.name + precision);
             const bool isComplex = std::strstr(c.file, "complex");
             const std::string size = std::to_string(c.w.size());
+            std::string kind = isComplex ? "array complex general, " : "array real general, ";
             const double error = precision.empty() ? 1e-14 : 5e-6;
             write("A", mtx(c.file, ""));
             const Outcome outcome = run("eigh A -o x --compare" + precision);
@@ -49,8 +50,7 @@ TEST_F(Command, FindsEigenvalues) {
                          "residual:", "orthogonal:", "compared:", "wrote:      x.v.mtx"});
             const auto w = numbers("x.w.mtx", "array real general, " + size + " 1");
             expectNear(c.w, w, error);
-            const auto v = numbers("x.v.mtx", (isComplex ? "array complex" : "array real") +
-                                                  " general, "s + size + " " + size);
+            const auto v = numbers("x.v.mtx", kind.append(size).append(" ").append(size));
             const std::size_t n = w.size();
             Numbers product, scaled;
             for (std::size_t j = 0; j < n; ++j)

@@ -54,21 +54,18 @@ auto sygvdCall(int itype, char jobz, char uplo, const Matrix<T>& a, const Matrix
         stored(uplo, b), Adjacent<RealOf<T>>{blank<RealOf<T>>(a.n)});
 }
 
+// kinds: as "1VU", itype, jobz and uplo.
 template <class T>
-std::vector<GoodCase> sygvdCases(const std::string& jobs, const Shapes& orders,
+std::vector<GoodCase> sygvdCases(const std::vector<std::string>& kinds, const Shapes& orders,
                                  Shrink blocks = nullptr) {
     std::vector<GoodCase> cases;
-    for (int itype : {1, 2, 3})
-        for (char jobz : jobs)
-            for (char uplo : {'U', 'L'})
-                cases = cases + casesOf(
-                                    {char('0' + itype), jobz, uplo}, orders,
-                                    [=](int n, int, Interface interface) {
-                                        return sygvdCall(itype, jobz, uplo,
-                                                         Matrix<T>::random(n, n, n + 3),
-                                                         positiveDefinite<T>(n, n + 1), interface);
-                                    },
-                                    blocks);
+    for (const std::string& kind : kinds) {
+        const auto make = [=](int n, int, Interface interface) {
+            return sygvdCall(kind[0] - '0', kind[1], kind[2], Matrix<T>::random(n, n, n + 3),
+                             positiveDefinite<T>(n, n + 1), interface);
+        };
+        cases = cases + casesOf(kind, orders, make, blocks);
+    }
     return cases;
 }
 
@@ -92,11 +89,13 @@ void failing() {
 
 const bool registered = forElementTypes([](auto element, const std::string& letter) {
     using T = decltype(element);
-    registerRoutine({letter + (lumo::isComplex<T> ? "hegvd" : "sygvd"),
-                     sygvdCases<T>("NV", {{1, 0}, {3, 0}, {9, 0}, {30, 0}}, shrinkBlocks<T>) +
-                         sygvdCases<T>("V", {{200, 0}}),
-                     failing<T>, sygvdCases<T>("V", {{4, 0}}, shrinkBlocks<T>), isDouble<T>,
-                     shrinkBlocks<T>, true});
+    registerRoutine(
+        {letter + (lumo::isComplex<T> ? "hegvd" : "sygvd"),
+         sygvdCases<T>({"1VU", "1VL", "2VU", "2VL", "3VU", "3VL", "1NU", "1NL", "2NU", "3NL"},
+                       {{1, 0}, {3, 0}, {9, 0}, {30, 0}}, shrinkBlocks<T>) +
+             sygvdCases<T>({"1VU", "2VL"}, {{200, 0}}),
+         failing<T>, sygvdCases<T>({"1VU", "3VL"}, {{4, 0}}, shrinkBlocks<T>), isDouble<T>,
+         shrinkBlocks<T>, true});
 });
 
 }  // namespace
