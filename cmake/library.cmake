@@ -105,6 +105,8 @@ add_library(lumo_objects OBJECT
     src/lapack/potrs.cpp
     src/lapack/stedc.cpp
     src/lapack/syevd.cpp
+    src/lapack/sygst.cpp
+    src/lapack/sygvd.cpp
     src/lapack/sytrd.cpp
     src/lapack/trtrs.cpp
     src/runtime/device_exports.cpp

@@ -279,6 +279,40 @@ LUMO_API lumoStatus lumoDeviceCheevd(char jobz, char uplo, int n, lumoFloatCompl
 LUMO_API lumoStatus lumoDeviceZheevd(char jobz, char uplo, int n, lumoDoubleComplex* a, int lda,
                                      double* w);
 
+/* ---- Generalized symmetric and Hermitian eigenproblems (LAPACK xSYGVD, xHEGVD) --------------- */
+
+/* Eigenvalues, and for jobz "V" eigenvectors, of A x = lambda B x (itype 1), A B x = lambda x (2)
+ * or B A x = lambda x (3), with A symmetric or Hermitian and B positive definite besides, both n x
+ * n, of which a and b hold the triangle that uplo names. w: n elements, becomes the eigenvalues,
+ * ascending. For "V" a becomes the eigenvectors, column by column, in the order of the values: X^H
+ * B X = I for itype 1 and 2, X^H B^-1 X = I for 3; for "N" the triangle is destroyed. The triangle
+ * of b becomes B's Cholesky factor, as by potrf. Imaginary parts of the diagonals are not read.
+ *
+ * Errors grow with B's condition number, as it is with every method that goes by B's factor.
+ *
+ * Status 7, info -1: itype; -2: jobz; -3: uplo; -4: n < 0; -6: lda < max(1, n);
+ * -8: ldb < max(1, n); and while n > 0 -5, -7, -9: null a, b, w.
+ * Status 8, info n + i: the leading minor of B of order i is not positive; a and w are as they
+ * were. Info n: A, or what the reduction makes of it, holds a NaN or an infinity; w becomes NaN.
+ * Another info: an iteration did not converge, as in syevd. In the last two cases a is undefined,
+ * and b holds the factor. Device memory beside the operands: that of syevd; before that, 2 k^2
+ * elements, k = min(n, 128). */
+LUMO_API lumoStatus lumoSsygvd(int itype, char jobz, char uplo, int n, float* a, int lda, float* b,
+                               int ldb, float* w);
+LUMO_API lumoStatus lumoDsygvd(int itype, char jobz, char uplo, int n, double* a, int lda,
+                               double* b, int ldb, double* w);
+LUMO_API lumoStatus lumoChegvd(int itype, char jobz, char uplo, int n, lumoFloatComplex* a, int lda,
+                               lumoFloatComplex* b, int ldb, float* w);
+LUMO_API lumoStatus lumoZhegvd(int itype, char jobz, char uplo, int n, lumoDoubleComplex* a,
+                               int lda, lumoDoubleComplex* b, int ldb, double* w);
+LUMO_API lumoStatus lumoDeviceSsygvd(int itype, char jobz, char uplo, int n, float* a, int lda,
+                                     float* b, int ldb, float* w);
+LUMO_API lumoStatus lumoDeviceDsygvd(int itype, char jobz, char uplo, int n, double* a, int lda,
+                                     double* b, int ldb, double* w);
+LUMO_API lumoStatus lumoDeviceChegvd(int itype, char jobz, char uplo, int n, lumoFloatComplex* a,
+                                     int lda, lumoFloatComplex* b, int ldb, float* w);
+LUMO_API lumoStatus lumoDeviceZhegvd(int itype, char jobz, char uplo, int n, lumoDoubleComplex* a,
+                                     int lda, lumoDoubleComplex* b, int ldb, double* w);
 /* ---- Singular value decomposition by divide and conquer (LAPACK xGESDD) --------------------- */
 
 /* A = U diag(s) V^H for an m x n matrix, k = min(m, n). s: k elements, becomes the singular values,

@@ -34,7 +34,7 @@ TEST_P(BadArguments, AloneAndInTwos) {
                     }
         }
 }
-INSTANTIATE_TEST_SUITE_P(, BadArguments, ::testing::Range(0, 33));
+INSTANTIATE_TEST_SUITE_P(, BadArguments, ::testing::Range(0, 37));
 
 }  // namespace
 }  // namespace test

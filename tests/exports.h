@@ -34,6 +34,7 @@ inline const char* nameOf(Interface where) {
 // `un`: how the names of what has to do with Q begin, `sy` those of symmetric matrices.
 #define LUMO_LAPACK_EXPORTS(type, un, sy) \
     LUMO_EXPORT_AS(syevd, type, sy##evd); \
+    LUMO_EXPORT_AS(sygvd, type, sy##gvd); \
     LUMO_EXPORT(type, getrs);             \
     LUMO_EXPORT(type, potrf);             \
     LUMO_EXPORT(type, potrs);             \

@@ -24,13 +24,14 @@ from ._blas import gemm, gemv, hemm, her2k, herk, symm, syr2k, syrk, trmm, trsm
 from ._checks import LinAlgWarning
 from ._cholesky import cho_factor, cho_solve, cholesky
 from ._core import __version__
+from ._eigen import EighResult, eigh, eigvalsh
 from ._least_squares import LseResult, LstsqResult, lse, lstsq
 from ._orthogonal import QRResult, RawQRResult, SVDResult, qr, svd
 from ._systems import SlogdetResult, det, inv, lu_factor, lu_solve, slogdet, solve
 
 __all__ = [
-    "LinAlgError", "LinAlgWarning", "LseResult", "LstsqResult", "QRResult", "RawQRResult",
-    "SVDResult", "SlogdetResult", "cho_factor", "cho_solve", "cholesky", "det", "devices", "gemm",
+    "EighResult", "LinAlgError", "LinAlgWarning", "LseResult", "LstsqResult", "QRResult", "RawQRResult",
+    "SVDResult", "SlogdetResult", "cho_factor", "cho_solve", "cholesky", "det", "devices", "eigh", "eigvalsh", "gemm",
     "gemv", "hemm", "her2k", "herk", "info", "inv", "lse", "lstsq", "lu_factor", "lu_solve", "qr",
     "select_device", "slogdet", "solve", "svd", "symm", "syr2k", "syrk", "trmm", "trsm",
 ]  # fmt: skip

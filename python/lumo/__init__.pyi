@@ -29,6 +29,10 @@ class SVDResult(NamedTuple):
     S: _Reals
     Vh: _Array
 
+class EighResult(NamedTuple):
+    eigenvalues: _Reals
+    eigenvectors: _Array
+
 class SlogdetResult(NamedTuple):
     sign: Any  # numbers, of a stack arrays
     logabsdet: Any
@@ -138,6 +142,29 @@ def svd(
     a: ArrayLike, full_matrices: bool = ..., compute_uv: bool = ..., overwrite_a: bool = ...,
     check_finite: bool = ..., *, dtype: DTypeLike | None = ...,
 ) -> SVDResult | _Reals: ...
+@overload
+def eigh(
+    a: ArrayLike, b: ArrayLike | None = ..., *, lower: bool = ...,
+    eigvals_only: Literal[False] = ..., overwrite_a: bool = ..., overwrite_b: bool = ...,
+    type: int = ..., check_finite: bool = ..., dtype: DTypeLike | None = ...,
+) -> EighResult: ...
+@overload
+def eigh(
+    a: ArrayLike, b: ArrayLike | None = ..., *, lower: bool = ..., eigvals_only: Literal[True],
+    overwrite_a: bool = ..., overwrite_b: bool = ..., type: int = ..., check_finite: bool = ...,
+    dtype: DTypeLike | None = ...,
+) -> _Reals: ...
+@overload
+def eigh(
+    a: ArrayLike, b: ArrayLike | None = ..., *, lower: bool = ..., eigvals_only: bool,
+    overwrite_a: bool = ..., overwrite_b: bool = ..., type: int = ..., check_finite: bool = ...,
+    dtype: DTypeLike | None = ...,
+) -> EighResult | _Reals: ...
+def eigvalsh(
+    a: ArrayLike, b: ArrayLike | None = ..., *, lower: bool = ..., overwrite_a: bool = ...,
+    overwrite_b: bool = ..., type: int = ..., check_finite: bool = ...,
+    dtype: DTypeLike | None = ...,
+) -> _Reals: ...
 def gemm(
     alpha: _Scalar, a: ArrayLike, b: ArrayLike, beta: _Scalar = ..., c: ArrayLike | None = ...,
     trans_a: _Trans = ..., trans_b: _Trans = ..., overwrite_c: bool = ...,

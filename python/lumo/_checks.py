@@ -34,8 +34,9 @@ def require_finite(routine, **arrays):
             raise ValueError(f"lumo.{routine}: {name} must not contain infs or NaNs")
 
 
-def _matrix(index):
-    return f"matrix {list(index)} of the stack" if index else "matrix"
+def _matrix(index, name=""):
+    matrix = f"matrix {name}" if name else "matrix"
+    return f"{matrix} {list(index)} of the stack" if index else matrix
 
 
 def singular(pivot, index=()):
@@ -43,9 +44,9 @@ def singular(pivot, index=()):
     return LinAlgError(f"{_matrix(index)} is singular: pivot {pivot} is exactly zero")
 
 
-def not_positive_definite(order, index=()):
+def not_positive_definite(order, index=(), name=""):
     return LinAlgError(
-        f"{_matrix(index)} is not positive definite: its leading minor of order {order} is not "
+        f"{_matrix(index, name)} is not positive definite: its leading minor of order {order} is not "
         "positive"
     )
 

@@ -126,6 +126,18 @@ int gesvd(char job, Matrix<T> a, Vector<RealOf<T>> s, Matrix<T> u, Matrix<T> vt)
 }
 
 template <class T>
+int syevd(char job, char uplo, Matrix<T> a, Vector<RealOf<T>> w) {
+    return call(ofType<T>(lumoSsyevd, lumoDsyevd, lumoCheevd, lumoZheevd), job, uplo, a.rows,
+                raw(a.data), a.ld, w.data);
+}
+
+template <class T>
+int sygvd(int type, char job, char uplo, Matrix<T> a, Matrix<T> b, Vector<RealOf<T>> w) {
+    return call(ofType<T>(lumoSsygvd, lumoDsygvd, lumoChegvd, lumoZhegvd), type, job, uplo, a.rows,
+                raw(a.data), a.ld, raw(b.data), b.ld, w.data);
+}
+
+template <class T>
 void bindLapackOf(py::module_& m) {
     m.def("getrf", &getrf<T>, Unlocked());
     m.def("getrs", &getrs<T>, Unlocked());
@@ -138,6 +150,8 @@ void bindLapackOf(py::module_& m) {
     m.def("gels", &gels<T>, Unlocked());
     m.def("gglse", &gglse<T>, Unlocked());
     m.def("gesvd", &gesvd<T>, Unlocked());
+    m.def("syevd", &syevd<T>, Unlocked());
+    m.def("sygvd", &sygvd<T>, Unlocked());
     if constexpr (platform::isDouble<T>) m.def("dsgesv", &dsgesv<T>, Unlocked());
 }
 

@@ -72,6 +72,9 @@ inline BdsqrTuning bdsqrTuning{6};
 // The order up to which divide and conquer leaves a tridiagonal matrix to the CPU.
 inline int stedcLeaf = 32;
 
+// The order up to which sygst makes a block whole.
+inline int sygstLeaf = 128;
+
 // The bytes of a matrix of vectors from which on a CPU gathers sweeps: more than its caches keep
 // from one sweep to the next. Measured.
 inline std::size_t gatheredOnCpu = std::size_t(12) << 20;

@@ -136,17 +136,32 @@ void singularValues(Choices& choices) {
     });
 }
 
+// syevd and, with another matrix, sygvd.
 template <class T>
 void symmetricEigenproblem(Choices& choices) {
+    using E = Exports<T>;
     Call call(choices);
-    const char jobz = call.letter(1, "NV"), uplo = call.letter(2, "UL");
-    const int n = call.size(3);
+    const bool general = choices.below(2);
+    int p = 1;  // the next argument's position
+    const int itype = general && choices.rarely() ? choices.among({0, 4}) : 1 + choices.below(3);
+    call.refuse(0, 1, itype < 1 || itype > 3);
+    p += general;
+    const char jobz = call.letter(p++, "NV"), uplo = call.letter(p++, "UL");
+    const int n = call.size(p++);
     call.needsNulls = n > 0;
-    const auto a = call.matrix<T>(4, n, n);
-    auto* const w = call.operand<RealOf<T>>(6, n);
-    call.run("syevd", [&] {
-        return callExport(Exports<T>::syevd[call.where], jobz, uplo, n, a.at, a.ld, w);
-    });
+    call.atRandom = general;
+    const auto a = call.matrix<T>(p, n, n);
+    p += 2;
+    const auto b = general ? call.matrix<T>(p, n, n) : a;
+    p += 2 * general;
+    auto* const w = call.operand<RealOf<T>>(p, n);
+    if (general)
+        return call.run("sygvd", [&] {
+            return callExport(E::sygvd[call.where], itype, jobz, uplo, n, a.at, a.ld, b.at, b.ld,
+                              w);
+        });
+    call.run("syevd",
+             [&] { return callExport(E::syevd[call.where], jobz, uplo, n, a.at, a.ld, w); });
 }
 
 // Cholesky's, and what is done with factors.
@@ -283,7 +298,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr void (*ofType[])(Choices&) = {
 #define LUMO_KIND(f) f<float>, f<double>, f<lumo::Complex<float>>, f<lumo::Complex<double>>
         LUMO_KIND(operate),     LUMO_KIND(factorize),      LUMO_KIND(leastSquares),
-        LUMO_KIND(constrained), LUMO_KIND(singularValues), LUMO_KIND(symmetricEigenproblem)};
+        LUMO_KIND(constrained), LUMO_KIND(singularValues), LUMO_KIND(symmetricEigenproblem),
+        LUMO_KIND(definite),    LUMO_KIND(reflected),      LUMO_KIND(factorized)};
 #undef LUMO_KIND
     Choices choices(data, size);
     const std::size_t kind = choices.below(std::size(ofType) + 1);

@@ -26,4 +26,17 @@ Matrix<T> choleskyFactor(char uplo, const Matrix<T>& a) {
     return narrowed<T>(f, a.n + 1);
 }
 
+// Only the triangle `uplo` has been read and written.
+template <class T>
+void checkFactor(char uplo, const Operand<T>& a) {
+    const Matrix<T> after = a.now();
+    const WideMatrix f = triangular(uplo, 'N', WideMatrix(after));
+    const WideMatrix product = uplo == 'U' ? op('C', f) * f : f * op('C', f);
+    const WideMatrix before = hermitian(uplo, WideMatrix(a.before));
+    EXPECT_LT(norm1(product - before) / (after.n * norm1(before) * epsilon<T>), luBound);
+    for (int j = 0; j < after.n; ++j)
+        for (int i = 0; i < after.n; ++i)
+            EXPECT_TRUE(inTriangle(uplo, i, j) || std::isnan(wide(after(i, j)).real()));
+}
+
 }  // namespace test

@@ -141,6 +141,31 @@ def test_svd(dtype, shape, power):
 
 
 @storages
+@pytest.mark.parametrize("lower", [False, True])
+@pytest.mark.parametrize("type", [None, 1, 2, 3])  # None: without b
+def test_eigh(dtype, stored, lower, type):
+    """Of triangles, single matrices and broadcast stacks: what is not given is not read."""
+    for of_a, of_b in ((), ()), ((3, 2), (2,)), ((0,), ()), ((2,), (3, 1)):
+        n = 0 if of_a == (2,) else 30
+        a, b = random((*of_a, n, n), dtype), positive((*of_b, n, n), dtype)
+        a, triangle = a + adjoint(a), np.tri(n) if lower else np.tri(n).T
+        given = [stored(np.where(triangle, x, 7e7).astype(dtype)) for x in (a, b)]
+        options = {"lower": lower} | ({} if type is None else {"b": given[1], "type": type})
+        kept = [x.copy() for x in given]
+        w, v = lumo.eigh(given[0], **options)
+        assert v.dtype == dtype and w.dtype == a.real.dtype and w.shape == v.shape[:-1]
+        assert (np.diff(w) >= 0).all() and all(map(np.array_equal, given, kept))
+        values = lumo.eigvalsh(given[0], **options)
+        assert np.array_equal(lumo.eigh(given[0], eigvals_only=True, **options), values)
+        b = b if type else np.eye(n, dtype=dtype)
+        left = a @ v if type in (None, 1) else a @ (b @ v) if type == 2 else b @ (a @ v)
+        assert close(left, (b @ v if type == 1 else v) * w[..., None, :], 300)
+        metric = v @ adjoint(v) if type == 3 else adjoint(v) @ b @ v
+        assert close(metric, np.broadcast_to(b if type == 3 else np.eye(n), v.shape), 300)
+        assert close(values, w, 30 * (n if type else 1))
+
+
+@storages
 @pytest.mark.parametrize("shape", [(90, 40), (40, 90), (60, 60), (5, 0), (0, 5)])
 @pytest.mark.parametrize("columns", [(), (3,)])
 def test_lstsq(dtype, stored, shape, columns):
@@ -186,6 +211,7 @@ def test_operands_are_overwritten_if_allowed():
     x = lumo.solve(a, b, overwrite_a=True, overwrite_b=True)
     assert x is b and not np.array_equal(a, kept[0]) and residual(kept[0], x, kept[1]) < 30
     assert lumo.lu_factor(a, overwrite_a=True)[0] is a
+    assert lumo.eigh(a, overwrite_a=True).eigenvectors is a
     # ... but not where that would be wrong.
     same, locked = fortran(kept[0]), fortran(kept[0])
     assert close(lumo.solve(same, same, overwrite_a=True, overwrite_b=True), np.eye(9), 1e3)
@@ -239,6 +265,13 @@ ONES, LAST = np.ones(4), np.eye(1, 4, 3)
     (lambda: lumo.lse(singular(4, 2), LAST, ONES, ONES[:1]), LinAlgError,
      r"\(a; b\) has not full rank"),
     (lambda: lumo.qr(np.eye(4), "upper"), ValueError, "mode must be"),
+    (lambda: lumo.eigh(np.eye(4), [np.eye(4), -np.eye(4)]), LinAlgError,
+     r"^matrix b \[1\] of the stack is not positive definite: .* order 1 is"),
+    (lambda: lumo.eigh(np.eye(4) * np.nan, check_finite=False), LinAlgError, "did not converge"),
+    (lambda: lumo.eigvalsh(np.eye(4), np.eye(4) * np.nan), ValueError, "b must not contain"),
+    (lambda: lumo.eigvalsh(np.eye(4), type=0), ValueError, "type must be 1, 2 or 3, not 0"),
+    (lambda: lumo.eigvalsh(np.eye(4), np.eye(3)), ValueError, "a has 4 rows, but b has 3"),
+    (lambda: lumo.eigh(np.eye(4), "L"), TypeError, "b holds <U1, not numbers"),
 ])  # fmt: skip
 def test_failures_in_words(call, error, words):
     with pytest.raises(error, match=words):

@@ -19,6 +19,7 @@
 #include "lapack/orgqr.h"
 #include "lapack/ormqr.h"
 #include "lapack/syevd.h"
+#include "lapack/sygvd.h"
 #include "platform/cpu/lapack.h"
 #include "routine/c_interface.h"
 
@@ -42,6 +43,8 @@ template <class T>
 constexpr Workspace workspaceOf<Gesvd<T>> = isComplex<T> ? Workspace::workAndReal : Workspace::work;
 template <class T>
 constexpr Workspace workspaceOf<Syevd<T>> = Workspace::withIntegers;
+template <class T>
+constexpr Workspace workspaceOf<Sygvd<T>> = Workspace::withIntegers;
 
 // Calls a Fortran routine: its arguments, then the lengths of the strings.
 template <class... P>

@@ -57,4 +57,13 @@ struct SvdTask {
 };
 void svd(SvdTask task);
 
+struct EighTask {
+    std::string a;          // a symmetric or Hermitian matrix
+    std::string prefix;     // how the names of the written files begin; empty for none
+    bool values = false;    // without vectors
+    bool compare = false;   // with the CPU LAPACK
+    std::string precision;  // s or d; the file's if empty
+};
+void eigh(const EighTask& task);
+
 }  // namespace lumo

@@ -94,6 +94,10 @@ void warnOfExtremes(const std::vector<T>& data, const std::string& file, const s
     warn(file + text);
 }
 
+void succeed(lumoStatus status) {
+    if (status != lumoNoError) throw std::runtime_error(describe(status, lumoGetThreadErrorInfo()));
+}
+
 void printPlatform(const Session& session) {
     std::printf("platform:   %s\n", platform::lumo_private_platform(nullptr)->table->name);
     std::printf("device:     %s\n", session.device().c_str());

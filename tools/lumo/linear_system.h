@@ -77,6 +77,9 @@ Outcome timed(Call call, const char* what = "solving") {
     return {status, lumoGetThreadErrorInfo(), elapsed.count()};
 }
 
+// Throws what the library says of a call that is not expected to fail.
+void succeed(lumoStatus status);
+
 // The largest scaled error that a solution may have. Status 0 alone does not promise it: partial
 // pivoting can fail, if hardly ever.
 constexpr double errorBound = 30;

@@ -158,6 +158,24 @@ void addSvd(CLI::App& app, lumo::SvdTask& task) {
         "precision between 1e-138 and 1e138.");
 }
 
+void addEigh(CLI::App& app, lumo::EighTask& task) {
+    CLI::App* command = app.add_subcommand(
+        "eigh", "Eigenvalues and eigenvectors of a symmetric or Hermitian matrix");
+    command->add_option("A", task.a, "A Matrix Market or NumPy file")->required();
+    command->add_option("-o,--output", task.prefix, "Write files whose names begin so; see below")
+        ->type_name("PREFIX");
+    command->add_flag("--values", task.values, "Eigenvalues alone");
+    command->add_flag("--compare", task.compare,
+                      "Also time the CPU LAPACK's routine, and compare the eigenvalues");
+    addPrecision(command, task.precision, Mixed::no);
+    command->callback([&task] { lumo::eigh(task); });
+    command->footer(
+        "A V = V diag(w), the values in ascending order. The files, as .npy if A is one and as\n"
+        ".mtx otherwise:\n"
+        "  PREFIX.w.mtx   the eigenvalues\n"
+        "  PREFIX.v.mtx   the eigenvectors, a column each, without --values");
+}
+
 // The parser counts commands, and does not say which word is none.
 CLI::RequiredError withoutCommand(const CLI::App& app, const CLI::RequiredError& error) {
     if (!app.get_subcommands().empty()) return error;
@@ -196,6 +214,7 @@ int main(int argc, char** argv) {
     lumo::SystemFiles files;
     lumo::BenchOptions benchOptions;
     lumo::SvdTask svdTask;
+    lumo::EighTask eighTask;
     lumo::TuneOptions tuneOptions;
     lumo::PredictOptions predictOptions;
     lumo::CalibrateOptions calibrateOptions;
@@ -204,6 +223,7 @@ int main(int argc, char** argv) {
     addLstsq(app, files);
     addBench(app, benchOptions);
     addSvd(app, svdTask);
+    addEigh(app, eighTask);
     addTune(app, tuneOptions);
     addPredict(app, predictOptions);
     addCalibrate(app, calibrateOptions);

@@ -1,16 +1,15 @@
 // `lumo svd`: the singular values of a matrix in a file or of each channel of an image, and what is
 // left of it at lower rank.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <filesystem>
 #include <limits>
 
 #include "common/residual.h"
+#include "comparison.h"
 #include "decomposition.h"
 #include "gnuplot.h"
 #include "image.h"
-#include "linear_system.h"
 #include "matrix_file.h"
 #include "spectrum_plot.h"
 #include "svd_files.h"
@@ -25,15 +24,9 @@ using LimitsOf = std::numeric_limits<platform::RealOf<T>>;
 template <class T>
 const double leastUnscaled = std::sqrt(double(LimitsOf<T>::min())) / LimitsOf<T>::epsilon();
 
-double ratio(double part, double whole) {
-    return whole == 0 ? 0 : part / whole;
-}
-
-// How much of the whole's norm rounding errors may be. A backward stable decomposition's grow like
-// the square root of the size or less.
 template <class T>
 double tolerance(const Whole<T>& whole) {
-    return errorBound * epsOf<T> * std::sqrt(whole.count());
+    return toleranceFor<T>(whole.count());
 }
 
 void checkRanks(const SvdTask& task, int m, int n) {
@@ -41,15 +34,6 @@ void checkRanks(const SvdTask& task, int m, int n) {
         if (rank > std::min(m, n))
             throw std::runtime_error(task.a + ": " + std::to_string(m) + " x " + std::to_string(n) +
                                      " has no rank " + std::to_string(rank));
-}
-
-[[noreturn]] void throwInaccurate(const SvdTask& task, const std::string& what) {
-    throw std::runtime_error(task.a + ": the decomposition is not accurate: " + what +
-                             "; do the data need scaling?");
-}
-
-void succeed(lumoStatus status) {
-    if (status != lumoNoError) throw std::runtime_error(describe(status, lumoGetThreadErrorInfo()));
 }
 
 template <class T>
@@ -105,10 +89,8 @@ void reportValues(const Whole<T>& whole) {
 // Whether the decomposition is one of A, as far as can be told.
 template <class T>
 void checkDecomposition(const Whole<T>& whole, const SvdTask& task) {
-    const double norm = whole.frobenius(), sum = whole.frobeniusBeyond(0);
-    const double apart = ratio(std::abs(norm - sum), norm);
-    std::printf("norm:       %.6g, and ||s|| is that but for %.1e of it\n", norm, apart);
-    if (!(apart <= tolerance(whole))) throwInaccurate(task, "||s|| is not ||A||");
+    const double norm = whole.frobenius();
+    checkNorm(norm, whole.frobeniusBeyond(0), "s", tolerance(whole), task.a);
     if (!whole.vectors) return;
     double residual = 0;
     for (const Part<T>& part : whole.parts) {
@@ -117,39 +99,36 @@ void checkDecomposition(const Whole<T>& whole, const SvdTask& task) {
     }
     residual = ratio(residual, norm);
     std::printf("residual:   %.1e  (||A - U diag(s) V^H|| / ||A||)\n", residual);
-    if (!(residual <= tolerance(whole))) throwInaccurate(task, "U diag(s) V^H is not A");
+    if (!(residual <= tolerance(whole))) throwInaccurate(task.a, "U diag(s) V^H is not A");
 }
 
 template <class T>
 void compareWithCpu(const Whole<T>& whole, const SvdTask& task) {
-    constexpr int runs = 3;
-    std::array<double, runs> ours{}, theirs{};
     double apart = 0;
-    for (int run = 0; run < runs; ++run)
+    const auto ours = [&] {
+        double seconds = 0;
         for (const Part<T>& part : whole.parts) {
             std::vector<T> a = part.a;
             Decomposition<T> d(whole.m, whole.n, whole.vectors);
-            const Outcome outcome = timed([&] { return decompose(a, d); }, "decomposing");
-            succeed(outcome.status);
-            ours[run] += outcome.seconds;
-            a = part.a;
-            int info = 0;
-            const auto byCpu = [&] {
-                info = decomposeByCpu(a, d);
-                return lumoNoError;
-            };
-            theirs[run] += timed(byCpu, "decomposing, CPU LAPACK").seconds;
-            if (info) throw std::runtime_error("the CPU LAPACK fails with " + std::to_string(info));
+            seconds += secondsOf([&] { return decompose(a, d); });
+        }
+        return seconds;
+    };
+    const auto theirs = [&] {
+        double seconds = 0;
+        for (const Part<T>& part : whole.parts) {
+            std::vector<T> a = part.a;
+            Decomposition<T> d(whole.m, whole.n, whole.vectors);
+            seconds += secondsOfCpu([&] { return decomposeByCpu(a, d); });
             for (std::size_t i = 0; i < d.s.size(); ++i)
                 apart = larger(apart, ratio(std::abs(part.d.s[i] - d.s[i]), d.s[0]));
         }
-    std::sort(ours.begin(), ours.end());
-    std::sort(theirs.begin(), theirs.end());
-    std::printf("compared:   Lumo %.4f s, CPU LAPACK %.4f s: %.2f times its time (medians of %d)\n",
-                ours[runs / 2], theirs[runs / 2], ours[runs / 2] / theirs[runs / 2], runs);
+        return seconds;
+    };
+    compareTimes(ours, theirs);
     std::printf("            singular values differ by %.1e s1 at most\n", apart);
     if (!(apart <= tolerance(whole)))
-        throwInaccurate(task, "the CPU LAPACK's singular values differ");
+        throwInaccurate(task.a, "the CPU LAPACK's singular values differ");
 }
 
 template <class T>
@@ -209,8 +188,8 @@ void reportApproximations(const Whole<T>& whole, const SvdTask& task, const Imag
         if (output) output->close();
         if (!(std::abs(b.frobenius - frobenius) <= tolerance(whole) &&
               std::abs(b.largest - largest) <= tolerance(whole)))
-            throwInaccurate(task, "the error at rank " + std::to_string(rank) +
-                                      " is not what the singular values say");
+            throwInaccurate(task.a, "the error at rank " + std::to_string(rank) +
+                                        " is not what the singular values say");
     }
     std::printf("\n");
 }
