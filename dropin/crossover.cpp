@@ -50,7 +50,15 @@ double guess(const std::string& routine) {
     const std::string family = routine.substr(1);
     const std::string kind = family.substr(0, 2), work = family.substr(2);
     if (family == "gemv" || work == "con") return never;
+    if (work == "evd") return 1024;
     return kind == "tr" || kind == "sy" || kind == "he" || family == "gemm" ? 512 : 1024;
+}
+
+// Of the routines that one of Lumo's serves, the one that `lumo tune` measures: for syev and syevr
+// that is syevd.
+std::string measuredFor(const std::string& routine) {
+    const std::string driver = routine.substr(1, 4);
+    return driver == "syev" || driver == "heev" ? routine.substr(0, 5) + "d" : routine;
 }
 
 }  // namespace
@@ -58,8 +66,9 @@ double guess(const std::string& routine) {
 double crossoverOf(const std::string& routine) {
     if (overridden()) return *overridden();
     static const std::map<std::string, double> sizes = readFile();
-    const auto found = sizes.find(routine);
-    return found != sizes.end() ? found->second : guess(routine);
+    const std::string measured = measuredFor(routine);
+    const auto found = sizes.find(measured);
+    return found != sizes.end() ? found->second : guess(measured);
 }
 
 bool worthAsking(double size) {

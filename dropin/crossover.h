@@ -9,8 +9,9 @@ namespace lumo::dropin {
 // product of m x k by k x n, and of the like for every other routine; the square root of m n for
 // gemv.
 //
-// `routine` is the name of the Fortran routine without the underscore, as "sgemm". Infinite where
-// Lumo never serves it. In this order:
+// `routine` is the name of the Fortran routine without the underscore, as "sgemm"; syev and syevr
+// have the size of syevd, which does their work. Infinite where Lumo never serves it. In this
+// order:
 // - LUMO_CROSSOVER, a size or "never", for every routine;
 // - a line "PLATFORM ROUTINE SIZE" of the file (crossover_file.h); PLATFORM is "software" or
 //   "cuda", SIZE a size or "never", and what follows a # is a comment;

@@ -13,12 +13,13 @@ using cpu::Reference;
 constexpr std::size_t one = 1;
 constexpr std::size_t mostLetters = 4;
 
+// What a call does not look at may be null.
 template <class A>
 A byValue(Reference<A> argument) {
     if constexpr (std::is_pointer_v<A>)
         return argument;
     else
-        return *argument;
+        return argument ? *argument : A();
 }
 
 template <class Entry, class Its, class Function = decltype(Entry::lumo())>
@@ -37,9 +38,8 @@ struct BlasInFortran<Entry, Its, lumoStatus (*)(A...)> {
     }
 };
 
-// `Workspace` stands before info. A call is served if that is as it should be, and the length of
-// the workspace no query; its first element becomes the length that the CPU library would have
-// liked.
+// `Workspace` stands before info. A call is served if that is long enough, whose first elements
+// become the lengths that the CPU library would have liked.
 template <class Entry, class Its,
           class Workspace =
               typename Rules<typename Entry::Routine>::template Workspace<typename Its::Integer>,
@@ -68,20 +68,23 @@ struct LapackInFortran<Entry, Its, Arguments<Extra...>, lumoStatus (*)(A...)> {
 
   private:
     using Routine = typename Entry::Routine;
-    static bool enough(const Routine&) { return true; }
-    // Of workspaces whose length is not told, LAPACK's documentation tells it.
-    template <class T, class Second, class... Rest>
-    static bool enough(Routine routine, T*, Second* second, Rest... rest) {
-        if constexpr (std::is_same_v<Second, const Integer>)
-            return servable(routine) && *second >= Rules<Routine>::leastWork(routine) &&
-                   !(asks(rest) || ...);
+    // Of workspaces whose length is not told, LAPACK's documentation tells it. A query is too
+    // short.
+    static bool enough(Routine routine, Extra... extra) {
+        if constexpr ((std::is_same_v<Extra, const Integer*> || ...)) {
+            if (!servable(routine)) return false;
+            const Lengths least = Rules<Routine>::leastWork(routine);
+            const std::int64_t* next = least.inOrder;
+            return (reaches(extra, next) && ...);
+        }
         return true;
     }
-    // The length of another workspace can be a query as well.
-    static bool asks(const Integer* length) { return *length < 0; }
+    static bool reaches(const Integer* length, const std::int64_t*& least) {
+        return *length >= *least++;
+    }
     template <class T>
-    static bool asks(T*) {
-        return false;
+    static bool reaches(T*, const std::int64_t*&) {
+        return true;
     }
     template <class T, class Second, class... Rest>
     static void tellBest(Cpu* cpu, Reference<Callers<A, Its>>... a, T* work, Second*,

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "dropin/blas.h"
+#include "dropin/eigenproblems.h"
 #include "lapack/dsgesv.h"
 #include "lapack/gecon.h"
 #include "lapack/gels.h"
@@ -184,6 +185,43 @@ struct Rules<Gesvd<T>> : UsualRules {
         const RealOf<T> small = std::sqrt(Limits::min()) / Limits::epsilon();
         const auto a = largest(r.a, r.m, r.n, r.lda);
         return a == 0 || needsNoScaling(a, small);
+    }
+};
+
+// Symmetric and Hermitian eigenproblems. Matrices that are not finite Lumo does not serve; others
+// it scales as LAPACK does.
+template <class T>
+struct RulesOfEigenproblem : UsualRules {
+    template <class Integer>
+    using Workspace = std::conditional_t<
+        isComplex<T>,
+        Arguments<T*, const Integer*, RealOf<T>*, const Integer*, Integer*, const Integer*>,
+        Arguments<T*, const Integer*, Integer*, const Integer*>>;
+    template <class Routine>
+    static double size(const Routine& r) {
+        return r.n;
+    }
+};
+template <class T>
+struct Rules<Syevd<T>> : RulesOfEigenproblem<T> {
+    static Lengths leastWork(const Syevd<T>& r) {
+        const std::int64_t n = r.n, square = n * n;
+        if (r.jobz == 'N') return isComplex<T> ? Lengths{n + 1, n, 1} : Lengths{2 * n + 1, 1};
+        if (isComplex<T>) return {2 * n + square, 1 + 5 * n + 2 * square, 3 + 5 * n};
+        return {1 + 6 * n + 2 * square, 3 + 5 * n};
+    }
+};
+template <class T>
+struct Rules<Syev<T>> : RulesOfEigenproblem<T> {
+    template <class Integer>
+    using Workspace = typename Rules<Gesvd<T>>::template Workspace<Integer>;
+    static int leastWork(const Syev<T>& r) { return (isComplex<T> ? 2 : 3) * r.n - 1; }
+};
+template <class T>
+struct Rules<Syevr<T>> : RulesOfEigenproblem<T> {
+    static Lengths leastWork(const Syevr<T>& r) {
+        const std::int64_t n = r.n;
+        return isComplex<T> ? Lengths{2 * n, 24 * n, 10 * n} : Lengths{26 * n, 10 * n};
     }
 };
 

@@ -75,6 +75,18 @@ namespace {
     LUMO_EXPORT_LAPACK(dgesvd, Gesvd<double>, lumoDgesvd);
     LUMO_EXPORT_LAPACK(cgesvd, Gesvd<Complex<float>>, lumoCgesvd);
     LUMO_EXPORT_LAPACK(zgesvd, Gesvd<Complex<double>>, lumoZgesvd);
+    LUMO_EXPORT_LAPACK(ssyevd, Syevd<float>, lumoSsyevd);
+    LUMO_EXPORT_LAPACK(dsyevd, Syevd<double>, lumoDsyevd);
+    LUMO_EXPORT_LAPACK(cheevd, Syevd<Complex<float>>, lumoCheevd);
+    LUMO_EXPORT_LAPACK(zheevd, Syevd<Complex<double>>, lumoZheevd);
+    LUMO_EXPORT_LAPACK(ssyev, Syev<float>, lumoSsyevd);
+    LUMO_EXPORT_LAPACK(dsyev, Syev<double>, lumoDsyevd);
+    LUMO_EXPORT_LAPACK(cheev, Syev<Complex<float>>, lumoCheevd);
+    LUMO_EXPORT_LAPACK(zheev, Syev<Complex<double>>, lumoZheevd);
+    LUMO_EXPORT_LAPACK(ssyevr, Syevr<float>, syevr<float>);
+    LUMO_EXPORT_LAPACK(dsyevr, Syevr<double>, syevr<double>);
+    LUMO_EXPORT_LAPACK(cheevr, Syevr<Complex<float>>, syevr<Complex<float>>);
+    LUMO_EXPORT_LAPACK(zheevr, Syevr<Complex<double>>, syevr<Complex<double>>);
     LUMO_EXPORT_MIXED(dsgesv, Dsgesv<double>, lumoDsgesv);
     LUMO_EXPORT_MIXED(zcgesv, Dsgesv<Complex<double>>, lumoZcgesv);
 }

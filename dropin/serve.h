@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -100,12 +101,18 @@ class Results {
 // What this library knows of a routine beside its description (routine/description.h): size(r),
 // which crossover.h explains, and where it is not the usual, whether a call that has something to
 // do is worth Lumo's while, whether LAPACK treats these data better, and the arguments that other
-// interfaces have beside Lumo's: Fortran's workspaces, of which leastWork(r) tells the length, and
+// interfaces have beside Lumo's: Fortran's workspaces, of which leastWork(r) tells the lengths, and
 // results of LAPACKE's, which clear(r, result) fills.
 template <class Routine>
 struct Rules;
 template <class...>
 struct Arguments {};
+// The least lengths of workspaces, in the order of the arguments.
+struct Lengths {
+    std::int64_t inOrder[3];
+    Lengths(std::int64_t work, std::int64_t second = 0, std::int64_t third = 0)
+        : inOrder{work, second, third} {}
+};
 struct UsualRules {
     template <class Integer>
     using Workspace = Arguments<>;

@@ -41,7 +41,7 @@ run() {
                 input=${t}test.in
             fi
             program xlintst$t "$2" "$3" $lapack/xlintst$t "$input"
-            for part in lse svd; do
+            for part in lse sep svd; do
                 program xeigtst$t.$part "$2" "$3" $lapack/xeigtst$t $lapack/$part.in
             done
         done

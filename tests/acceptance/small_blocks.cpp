@@ -15,6 +15,7 @@ void shrink() {
     lumo::geqrfTuning<T> = {4, 4};
     lumo::gebrdTuning<T> = {4, 4};
     lumo::potrfTuning<T> = {4, 4};
+    lumo::sytrdTuning<T> = {4, 4};
 }
 
 software::Machine modernGpu() {
@@ -28,6 +29,7 @@ software::Machine modernGpu() {
     shrink<double>();
     shrink<lumo::Complex<float>>();
     shrink<lumo::Complex<double>>();
+    lumo::stedcLeaf = 3;
     lumo::blasTuning.gemmLimit = 384;
     lumo::blasTuning.unblocked = 3;
     lumo::blasTuning.block = 4;

@@ -92,13 +92,17 @@ TEST_P(DropIn, ServesWhatItCan) {
         {"repeated", {{"ssyrk_", {2, 0}}}},
         // By columns and by rows; the sgesv_ of LAPACKE's own is no call of the program's.
         {"lapacke",
-         {{"LAPACKE_sgels", {2, 0}}, {"LAPACKE_sgesv", {2, 2}}, {"LAPACKE_sgesvd", {2, 0}}}},
+         {{"LAPACKE_sgels", {2, 0}},
+          {"LAPACKE_sgesv", {2, 2}},
+          {"LAPACKE_sgesvd", {2, 0}},
+          {"LAPACKE_ssyevr", {2, 0}}}},
         {"wheels",
          {{"scipy_LAPACKE_sgesv64_", {2, 2}},
           {"scipy_cblas_sgemm64_", {4, 0}},
           {"scipy_sgesv_", {2, 3}},
           {"scipy_sgesv_64_", {2, 4}}}},
         {"leastSquares", {{"sgels_", {1, 0}}}},
+        {"eigenproblems", {{"ssyev_", {1, 1}}, {"ssyevd_", {1, 1}}, {"ssyevr_", {1, 1}}}},
         // Errors, queries, and data that LAPACK tells more of or scales, are the CPU library's.
         {"arguments", {{"sgels_", {0, 1}}, {"sgeqrf_", {0, 2}}, {"sgesv_", {0, 2}}}},
         {"singular", {{"sgels_", {0, 1}}, {"sgesv_", {0, 1}}}},
@@ -126,9 +130,10 @@ TEST_P(DropIn, ServesFromTheCrossoverOn) {
     fs::create_directory(folder / "lumo");
     std::ofstream(folder / "lumo/crossover")
         << "# measured\n\nsoftware cgesv never\nsoftware sgesv 300 # just\nnonsense\n"
-        << "cuda cgesv 0\n";
+        << "cuda cgesv 0\nsoftware ssyevd 70\n";
     EXPECT_EQ(larger, run("solve", ""));
-    EXPECT_EQ(none, run("solve", "LUMO_CROSSOVER=never"));  // comes before the file
+    EXPECT_EQ(1, run("eigenproblems", "")["ssyevr_"].first);  // by the size of ssyevd
+    EXPECT_EQ(none, run("solve", "LUMO_CROSSOVER=never"));    // comes before the file
     EXPECT_EQ(none, run("solve", "LUMO_CROSSOVER_FILE=/dev/null"));
 }
 

@@ -24,6 +24,15 @@ extern "C" {
 [[gnu::weak]] int LAPACKE_sgels(int, char, int, int, int, float*, int, float*, int);
 [[gnu::weak]] int LAPACKE_sgesvd(int, char, char, int, int, float*, int, float*, float*, int,
                                  float*, int, float*);
+[[gnu::weak]] int LAPACKE_ssyevr(int, char, char, char, int, float*, int, float, float, int, int,
+                                 float, int*, float*, float*, int, int*);
+
+void ssyev_(const char*, const char*, const int*, float*, const int*, float*, float*, const int*,
+            int*, std::size_t, std::size_t);
+void ssyevr_(const char*, const char*, const char*, const int*, float*, const int*, const float*,
+             const float*, const int*, const int*, const float*, int*, float*, float*, const int*,
+             int*, float*, const int*, int*, const int*, int*, std::size_t, std::size_t,
+             std::size_t);
 
 // The program's own, as LAPACK lets it.
 std::string refusedName;
@@ -198,6 +207,53 @@ void data() {
     CHECK(info != 0 || std::isnan(b[0]));
 }
 
+// The largest | A Z - Z diag(w) | over n ||A|| eps, of the lower triangle of A.
+double residualOfPairs(int n, const Vector& a, const Vector& w, const Vector& z) {
+    double worst = 0;
+    for (int i = 0; i < n; ++i)
+        for (int k = 0; k < n; ++k) {
+            double sum = -double(z[i + k * n]) * w[k];
+            for (int j = 0; j < n; ++j)
+                sum += double(a[std::max(i, j) + std::min(i, j) * n]) * z[j + k * n];
+            worst = std::max(worst, std::abs(sum));
+        }
+    const double norm = std::max(std::abs(w[0]), std::abs(w[n - 1]));
+    return worst / (n * norm * std::numeric_limits<float>::epsilon());
+}
+
+// All eigenpairs by each of the drivers; then what is not Lumo's.
+void eigenproblems() {
+    const int n = 70, lwork = 12000, liwork = 800, few = 300, first = 1, second = 2;
+    const float least = 0;
+    const auto a0 = noise<float>(n * n);
+    Vector a = a0, w(n), z(n * n), work(lwork);
+    std::vector<int> support(2 * n), iwork(liwork);
+    int info = -1, found = -1;
+    ssyev_("V", "L", &n, a.data(), &n, w.data(), work.data(), &lwork, &info, 1, 1);
+    CHECK(info == 0 && residualOfPairs(n, a0, w, a) < 30);
+    a = a0;
+    ssyevd_("V", "L", &n, a.data(), &n, w.data(), work.data(), &lwork, iwork.data(), &liwork, &info,
+            1, 1);
+    CHECK(info == 0 && residualOfPairs(n, a0, w, a) < 30 && iwork[0] == 3 + 5 * n);
+    const auto inRange = [&](const char* range, const int* from, const int* to) {
+        a = a0;
+        ssyevr_("V", range, "L", &n, a.data(), &n, nullptr, nullptr, from, to, &least, &found,
+                w.data(), z.data(), &n, support.data(), work.data(), &lwork, iwork.data(), &liwork,
+                &info, 1, 1, 1);
+    };
+    inRange("a", nullptr, nullptr);
+    CHECK(info == 0 && found == n && residualOfPairs(n, a0, w, z) < 30);
+    CHECK(support[2 * n - 2] == 1 && support[2 * n - 1] == n);
+    inRange("I", &first, &second);
+    CHECK(info == 0 && found == 2);
+    ssyevd_("V", "L", &n, a.data(), &n, w.data(), work.data(), &lwork, iwork.data(), &few, &info, 1,
+            1);
+    CHECK(info == -10);
+    a[5] = std::numeric_limits<float>::quiet_NaN();
+    ssyev_("V", "L", &n, a.data(), &n, w.data(), work.data(), &lwork, &info, 1, 1);
+    CHECK(info != 0 || std::isnan(w[0]));
+}
+
 // m x n numbers stored by columns, as they are or by rows; and back.
 Vector stored(int rows, int m, int n, const Vector& a) {
     Vector changed(a.size());
@@ -214,11 +270,15 @@ void lapacke() {
         const int order = 102 - rows, ldm = rows ? n : m;
         const auto input = [rows](int m, int n) { return stored(rows, m, n, noise<float>(m * n)); };
         Vector a = input(n, n), b = input(n, 1), c = input(m, n), d = input(m, 2), e = input(m, n),
-               s(n), u(m * n), superdiagonal(n, 1);
+               s(n), u(m * n), superdiagonal(n, 1), f = input(n, n), w(n), z(n * n);
+        int found = -1, support[2 * n];
         CHECK(LAPACKE_sgesv(order, n, 1, a.data(), n, ipiv, b.data(), rows ? 1 : n) == 0);
         CHECK(LAPACKE_sgels(order, 'n', m, n, 2, c.data(), ldm, d.data(), rows ? 2 : m) == 0);
         CHECK(LAPACKE_sgesvd(order, 'S', 'O', m, n, e.data(), ldm, s.data(), u.data(), ldm, nullptr,
                              1, superdiagonal.data()) == 0);
+        CHECK(LAPACKE_ssyevr(order, 'V', 'A', 'L', n, f.data(), n, 0, 0, 0, 0, 0, &found, w.data(),
+                             z.data(), n, support) == 0);
+        CHECK(residualOfPairs(n, noise<float>(n * n), w, stored(rows, n, n, z)) < 30);
         results[rows] = {stored(rows, n, n, a), b, stored(rows, n, m, c), stored(rows, 2, m, d),
                          stored(rows, n, m, e), s, stored(rows, n, m, u), superdiagonal};
         const int info = LAPACKE_sgesv(order, n, 2, a.data(), n, ipiv, b.data(), 1);
@@ -252,9 +312,9 @@ int main(int, char** argv) {
 #define SCENARIO(name) \
     { #name, name }
     const std::map<std::string, void (*)()> scenarios{
-        SCENARIO(solve),     SCENARIO(repeated),     SCENARIO(threads),  SCENARIO(notTaken),
-        SCENARIO(arguments), SCENARIO(leastSquares), SCENARIO(singular), SCENARIO(data),
-        SCENARIO(lapacke),   SCENARIO(wheels)};
+        SCENARIO(solve),     SCENARIO(repeated),     SCENARIO(threads),      SCENARIO(notTaken),
+        SCENARIO(arguments), SCENARIO(leastSquares), SCENARIO(singular),     SCENARIO(data),
+        SCENARIO(lapacke),   SCENARIO(wheels),       SCENARIO(eigenproblems)};
     scenarios.at(argv[1])();
     return failures != 0;
 }
