@@ -138,6 +138,24 @@ void singularValues(Choices& choices) {
 
 // syevd and, with another matrix, sygvd.
 template <class T>
+void singularVectors(Choices& choices) {
+    Call call(choices);
+    const char jobz = call.letter(1, "ASON"), job = folded(jobz);
+    const int m = call.size(2), n = call.size(3), k = std::min(m, n);
+    const bool hasU = taken(job, "AS") || (job == 'O' && m < n),
+               hasVt = taken(job, "AS") || (job == 'O' && m >= n);
+    call.needsNulls = m > 0 && n > 0;
+    const auto a = call.matrix<T>(4, m, n);
+    auto* const s = call.operand<RealOf<T>>(6, k);
+    const auto u = call.matrix<T>(7, hasU ? m : 1, job == 'S' ? k : m, hasU);
+    const auto vt = call.matrix<T>(9, !hasVt ? 1 : job == 'S' ? k : n, n, hasVt);
+    call.run("gesdd", [&] {
+        return callExport(Exports<T>::gesdd[call.where], jobz, m, n, a.at, a.ld, s, u.at, u.ld,
+                          vt.at, vt.ld);
+    });
+}
+
+template <class T>
 void symmetricEigenproblem(Choices& choices) {
     using E = Exports<T>;
     Call call(choices);
@@ -297,9 +315,16 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     require(started, "the library starts");
     constexpr void (*ofType[])(Choices&) = {
 #define LUMO_KIND(f) f<float>, f<double>, f<lumo::Complex<float>>, f<lumo::Complex<double>>
-        LUMO_KIND(operate),     LUMO_KIND(factorize),      LUMO_KIND(leastSquares),
-        LUMO_KIND(constrained), LUMO_KIND(singularValues), LUMO_KIND(symmetricEigenproblem),
-        LUMO_KIND(definite),    LUMO_KIND(reflected),      LUMO_KIND(factorized)};
+        LUMO_KIND(operate),
+        LUMO_KIND(factorize),
+        LUMO_KIND(leastSquares),
+        LUMO_KIND(constrained),
+        LUMO_KIND(singularValues),
+        LUMO_KIND(singularVectors),
+        LUMO_KIND(symmetricEigenproblem),
+        LUMO_KIND(definite),
+        LUMO_KIND(reflected),
+        LUMO_KIND(factorized)};
 #undef LUMO_KIND
     Choices choices(data, size);
     const std::size_t kind = choices.below(std::size(ofType) + 1);
