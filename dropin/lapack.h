@@ -10,6 +10,7 @@
 #include "lapack/gecon.h"
 #include "lapack/gels.h"
 #include "lapack/geqrf.h"
+#include "lapack/gesdd.h"
 #include "lapack/gesv.h"
 #include "lapack/gesvd.h"
 #include "lapack/getrf.h"
@@ -186,6 +187,31 @@ struct Rules<Gesvd<T>> : UsualRules {
         const auto a = largest(r.a, r.m, r.n, r.lda);
         return a == 0 || needsNoScaling(a, small);
     }
+};
+
+// Matrices that are not finite are the CPU library's; others Lumo scales as LAPACK does. How long
+// rwork is at least, LAPACK's documentation tells.
+template <class T>
+struct Rules<Gesdd<T>> : UsualRules {
+    using Routine = Gesdd<T>;
+    template <class Integer>
+    using Workspace =
+        std::conditional_t<isComplex<T>, Arguments<T*, const Integer*, RealOf<T>*, Integer*>,
+                           Arguments<T*, const Integer*, Integer*>>;
+    static double size(const Routine& r) { return geometricMean(r.m, r.n, std::min(r.m, r.n)); }
+    // Of xGESDD's own paths, for a matrix that it makes square first and for others: its queries
+    // answer with less than the lengths that its documentation tells.
+    static Lengths leastWork(const Routine& r) {
+        const std::int64_t n = std::min(r.m, r.n), m = std::max(r.m, r.n), square = n * n;
+        const bool values = r.jobz == 'N', toA = r.jobz == 'O';
+        const std::int64_t inner = isComplex<T> ? 0 : values ? 7 * n : 3 * square + 4 * n;
+        const int squares = values ? 0 : toA ? 2 : 1;
+        if (m >= (isComplex<T> ? n * 17 / 9 : n * 11 / 6))
+            return std::max(squares * square + 3 * n + inner, r.jobz == 'A' ? square + n + m : 0);
+        const std::int64_t overwriting = toA ? square : 0;
+        return isComplex<T> ? 2 * n + m + overwriting : 3 * n + std::max(m, inner + overwriting);
+    }
+    static bool dataSuit(const Routine& r) { return isFinite(r.a, r.m, r.n, r.lda); }
 };
 
 // Symmetric and Hermitian eigenproblems. Matrices that are not finite Lumo does not serve; others

@@ -75,6 +75,10 @@ namespace {
     LUMO_EXPORT_LAPACK(dgesvd, Gesvd<double>, lumoDgesvd);
     LUMO_EXPORT_LAPACK(cgesvd, Gesvd<Complex<float>>, lumoCgesvd);
     LUMO_EXPORT_LAPACK(zgesvd, Gesvd<Complex<double>>, lumoZgesvd);
+    LUMO_EXPORT_LAPACK(sgesdd, Gesdd<float>, lumoSgesdd);
+    LUMO_EXPORT_LAPACK(dgesdd, Gesdd<double>, lumoDgesdd);
+    LUMO_EXPORT_LAPACK(cgesdd, Gesdd<Complex<float>>, lumoCgesdd);
+    LUMO_EXPORT_LAPACK(zgesdd, Gesdd<Complex<double>>, lumoZgesdd);
     LUMO_EXPORT_LAPACK(ssyevd, Syevd<float>, lumoSsyevd);
     LUMO_EXPORT_LAPACK(dsyevd, Syevd<double>, lumoDsyevd);
     LUMO_EXPORT_LAPACK(cheevd, Syevd<Complex<float>>, lumoCheevd);

@@ -77,7 +77,8 @@ TEST_F(Command, PredictsAndSaysThatItDoes) {
                  "\"failure\": \"Insufficient memory", "\"critical_path\": {\"kernels\": "});
     expectRefusal("predict sgetrf -n 8 --machine abacus", {"abacus is neither", " h100 "});
     expectRefusal("predict sgemn -n 8", {"sgemn", " sgemm "});
-    expectRefusal("predict sgetrf --values -n 8", {"--values is for gesvd, syevd and heevd alone"});
+    expectRefusal("predict sgetrf --values -n 8",
+                  {"--values is for gesvd, gesdd, syevd and heevd alone"});
     write("my.ini", "[device]\nname = mine\n");
     expectRefusal("predict sgetrf -n 8 --machine my.ini", {"my.ini, line 2: name has no source"});
 }
@@ -102,7 +103,7 @@ TEST_F(Command, CalibratesThisMachine) {
     expectWords(read(folder / "here.ini"), {"name = This one  ; ", "; measured by lumo calibrate"});
     const std::string picture = shell("command -v gnuplot").code ? "" : " --plot p.svg";
     const Outcome outcome =
-        run("predict sgesvd --values -n 64,256 --machine here.ini --against cpu" + picture);
+        run("predict sgesvd cgesdd --values -n 64,256 --machine here.ini --against cpu" + picture);
     EXPECT_EQ(0, outcome.code) << outcome.err;
     expectWords(outcome.out, {"PREDICTION, nothing was computed: This one (here.ini)", "CPU ms"});
     if (!picture.empty()) expectWords(read(folder / "p.svg"), {"Prediction: This one"});

@@ -94,6 +94,7 @@ TEST_P(DropIn, ServesWhatItCan) {
         {"lapacke",
          {{"LAPACKE_sgels", {2, 0}},
           {"LAPACKE_sgesv", {2, 2}},
+          {"LAPACKE_sgesdd", {2, 0}},
           {"LAPACKE_sgesvd", {2, 0}},
           {"LAPACKE_ssyevr", {2, 0}}}},
         {"wheels",
@@ -102,6 +103,7 @@ TEST_P(DropIn, ServesWhatItCan) {
           {"scipy_sgesv_", {2, 3}},
           {"scipy_sgesv_64_", {2, 4}}}},
         {"leastSquares", {{"sgels_", {1, 0}}}},
+        {"singularValues", {{"cgesdd_", {2, 3}}}},
         {"eigenproblems", {{"ssyev_", {1, 1}}, {"ssyevd_", {1, 1}}, {"ssyevr_", {1, 1}}}},
         // Errors, queries, and data that LAPACK tells more of or scales, are the CPU library's.
         {"arguments", {{"sgels_", {0, 1}}, {"sgeqrf_", {0, 2}}, {"sgesv_", {0, 2}}}},

@@ -24,9 +24,14 @@ extern "C" {
 [[gnu::weak]] int LAPACKE_sgels(int, char, int, int, int, float*, int, float*, int);
 [[gnu::weak]] int LAPACKE_sgesvd(int, char, char, int, int, float*, int, float*, float*, int,
                                  float*, int, float*);
+[[gnu::weak]] int LAPACKE_sgesdd(int, char, int, int, float*, int, float*, float*, int, float*,
+                                 int);
 [[gnu::weak]] int LAPACKE_ssyevr(int, char, char, char, int, float*, int, float, float, int, int,
                                  float, int*, float*, float*, int, int*);
 
+void cgesdd_(const char*, const int*, const int*, Complex*, const int*, float*, Complex*,
+             const int*, Complex*, const int*, Complex*, const int*, float*, int*, int*,
+             std::size_t);
 void ssyev_(const char*, const char*, const int*, float*, const int*, float*, float*, const int*,
             int*, std::size_t, std::size_t);
 void ssyevr_(const char*, const char*, const char*, const int*, float*, const int*, const float*,
@@ -254,6 +259,43 @@ void eigenproblems() {
     CHECK(info != 0 || std::isnan(w[0]));
 }
 
+// A decomposition, also of a matrix that LAPACK scales; then what is not Lumo's.
+void singularValues() {
+    const int m = 110, n = 100, few = 2 * n, query = -1;
+    std::vector<Complex> a(m * n), u(m * n), vt(n * n), work(1);
+    Vector s(n), realWork(5 * n * n + 7 * n + 2 * m * n);
+    std::vector<int> iwork(8 * n);
+    int info = -1;
+    const auto decompose = [&](const int& length) {
+        cgesdd_("S", &m, &n, a.data(), &m, s.data(), u.data(), &m, vt.data(), &n, work.data(),
+                &length, realWork.data(), iwork.data(), &info, 1);
+    };
+    decompose(query);
+    const int lwork = int(work[0].real());
+    CHECK(info == 0 && lwork >= 2 * n + m);
+    work.resize(lwork);
+    for (const float scale : {1.0f, 1e-30f}) {
+        const auto a0 = noise<Complex>(m * n);
+        for (int k = 0; k < m * n; ++k) a[k] = a0[k] * scale;
+        decompose(lwork);
+        double worst = 0;
+        for (int i = 0; i < m; ++i)
+            for (int j = 0; j < n; ++j) {
+                std::complex<double> sum = -a0[i + j * m];
+                for (int k = 0; k < n; ++k)
+                    sum +=
+                        double(s[k] / scale) * std::complex<double>(u[i + k * m] * vt[k + j * n]);
+                worst = std::max(worst, std::abs(sum));
+            }
+        CHECK(info == 0 && worst < 1e-5 * double(s[0] / scale) && work[0].real() == float(lwork));
+    }
+    decompose(few);
+    CHECK(info == -12);
+    a[5] = std::numeric_limits<float>::quiet_NaN();
+    decompose(lwork);
+    CHECK(info != 0 || std::isnan(s[0]));
+}
+
 // m x n numbers stored by columns, as they are or by rows; and back.
 Vector stored(int rows, int m, int n, const Vector& a) {
     Vector changed(a.size());
@@ -270,22 +312,29 @@ void lapacke() {
         const int order = 102 - rows, ldm = rows ? n : m;
         const auto input = [rows](int m, int n) { return stored(rows, m, n, noise<float>(m * n)); };
         Vector a = input(n, n), b = input(n, 1), c = input(m, n), d = input(m, 2), e = input(m, n),
-               s(n), u(m * n), superdiagonal(n, 1), f = input(n, n), w(n), z(n * n);
+               s(n), u(m * n), superdiagonal(n, 1), f = input(n, n), w(n), z(n * n),
+               g = input(m, n), values(n), vt(n * n);
         int found = -1, support[2 * n];
         CHECK(LAPACKE_sgesv(order, n, 1, a.data(), n, ipiv, b.data(), rows ? 1 : n) == 0);
         CHECK(LAPACKE_sgels(order, 'n', m, n, 2, c.data(), ldm, d.data(), rows ? 2 : m) == 0);
         CHECK(LAPACKE_sgesvd(order, 'S', 'O', m, n, e.data(), ldm, s.data(), u.data(), ldm, nullptr,
                              1, superdiagonal.data()) == 0);
+        CHECK(LAPACKE_sgesdd(order, 'O', m, n, g.data(), ldm, values.data(), nullptr, 1, vt.data(),
+                             n) == 0);
         CHECK(LAPACKE_ssyevr(order, 'V', 'A', 'L', n, f.data(), n, 0, 0, 0, 0, 0, &found, w.data(),
                              z.data(), n, support) == 0);
         CHECK(residualOfPairs(n, noise<float>(n * n), w, stored(rows, n, n, z)) < 30);
-        results[rows] = {stored(rows, n, n, a), b, stored(rows, n, m, c), stored(rows, 2, m, d),
-                         stored(rows, n, m, e), s, stored(rows, n, m, u), superdiagonal};
+        results[rows] = {stored(rows, n, n, a), b,
+                         stored(rows, n, m, c), stored(rows, 2, m, d),
+                         stored(rows, n, m, e), s,
+                         stored(rows, n, m, u), values,
+                         stored(rows, n, m, g), stored(rows, n, n, vt),
+                         superdiagonal};
         const int info = LAPACKE_sgesv(order, n, 2, a.data(), n, ipiv, b.data(), 1);
         CHECK(info == -8 || info == -1010);  // where there is no LAPACKE
     }
     CHECK(residual(n, noise<float>(n * n), results[0][1], noise<float>(n)) < 30);
-    CHECK(results[0].back()[n - 2] == 0);
+    CHECK(results[0].back()[n - 2] == 0 && std::abs(results[0][5][0] - results[0][7][0]) < 1e-3f);
     for (std::size_t k = 0; k < results[0].size(); ++k)
         for (std::size_t i = 0; i < results[0][k].size(); ++i)
             CHECK(std::abs(results[0][k][i] - results[1][k][i]) < 1e-3f);
@@ -312,9 +361,10 @@ int main(int, char** argv) {
 #define SCENARIO(name) \
     { #name, name }
     const std::map<std::string, void (*)()> scenarios{
-        SCENARIO(solve),     SCENARIO(repeated),     SCENARIO(threads),      SCENARIO(notTaken),
-        SCENARIO(arguments), SCENARIO(leastSquares), SCENARIO(singular),     SCENARIO(data),
-        SCENARIO(lapacke),   SCENARIO(wheels),       SCENARIO(eigenproblems)};
+        SCENARIO(solve),    SCENARIO(repeated),      SCENARIO(threads),
+        SCENARIO(notTaken), SCENARIO(arguments),     SCENARIO(leastSquares),
+        SCENARIO(singular), SCENARIO(data),          SCENARIO(lapacke),
+        SCENARIO(wheels),   SCENARIO(eigenproblems), SCENARIO(singularValues)};
     scenarios.at(argv[1])();
     return failures != 0;
 }

@@ -14,6 +14,7 @@
 #include "common/routines.h"
 #include "lapack/gels.h"
 #include "lapack/geqrf.h"
+#include "lapack/gesdd.h"
 #include "lapack/gesvd.h"
 #include "lapack/gglse.h"
 #include "lapack/orgqr.h"
@@ -25,8 +26,9 @@
 
 namespace lumo {
 
-// What LAPACK's interface has between a routine's arguments and info.
-enum class Workspace { none, work, workAndReal, withIntegers };
+// What LAPACK's interface has between a routine's arguments and info. Where there are integers,
+// complex routines take reals in front of them; the lengths of both are told only withLengths.
+enum class Workspace { none, work, workAndReal, withIntegers, withLengths };
 template <class Routine>
 constexpr Workspace workspaceOf = Workspace::none;
 template <class T>
@@ -42,9 +44,11 @@ constexpr Workspace workspaceOf<Gglse<T>> = Workspace::work;
 template <class T>
 constexpr Workspace workspaceOf<Gesvd<T>> = isComplex<T> ? Workspace::workAndReal : Workspace::work;
 template <class T>
-constexpr Workspace workspaceOf<Syevd<T>> = Workspace::withIntegers;
+constexpr Workspace workspaceOf<Gesdd<T>> = Workspace::withIntegers;
 template <class T>
-constexpr Workspace workspaceOf<Sygvd<T>> = Workspace::withIntegers;
+constexpr Workspace workspaceOf<Syevd<T>> = Workspace::withLengths;
+template <class T>
+constexpr Workspace workspaceOf<Sygvd<T>> = Workspace::withLengths;
 
 // Calls a Fortran routine: its arguments, then the lengths of the strings.
 template <class... P>
@@ -100,7 +104,7 @@ class DescribedProblem : public Problem {
             [&](const auto&... a) { return run(routine, cpu::reference(a)...); });
     }
 
-  protected:
+  private:
     // As xGESVD takes it, with work and lwork before what else it has before info.
     template <class Call>
     int withWorkspace(Call call) {
@@ -117,10 +121,6 @@ class DescribedProblem : public Problem {
         return info;
     }
 
-    Routine routine_;
-    std::vector<RealOf<T>> real_;
-
-  private:
     template <class P>
     void provide(const MatrixOperand<P>& o) {
         if (o.ld) *o.ld = std::max(1, o.rows);
@@ -186,26 +186,31 @@ class DescribedProblem : public Problem {
             });
         return info;
     }
-    // What xSYEVD and xHEEVD take beside work, with the sizes.
     template <class Call>
     void withIntegers(Call call) {
-        integers_.resize(3 + 5 * std::size_t(longest_));
+        integers_.resize(8 * std::size_t(longest_));
         const int integers = int(integers_.size()), reals = int(real_.size());
-        if constexpr (isComplex<T>)
+        if constexpr (workspaceOf<Routine> == Workspace::withIntegers && isComplex<T>)
+            call(real_.data(), integers_.data());
+        else if constexpr (workspaceOf<Routine> == Workspace::withIntegers)
+            call(integers_.data());
+        else if constexpr (isComplex<T>)
             call(real_.data(), &reals, integers_.data(), &integers);
         else
             call(integers_.data(), &integers);
     }
-    // What xGESDD takes, which takes most.
+    // As the integers, what xGESDD takes, which takes most.
     std::size_t realSize() const {
         const std::size_t n = std::size_t(longest_);
         return isComplex<T> ? 7 * n * n + 7 * n : 0;
     }
 
+    Routine routine_;
     const Function lumo_;
     std::vector<std::shared_ptr<void>> owners_;
     std::vector<std::function<void()>> restore_;
     std::vector<T> work_;
+    std::vector<RealOf<T>> real_;
     std::vector<int> integers_;
     int longest_ = 1;
 };

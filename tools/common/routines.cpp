@@ -123,6 +123,10 @@ Gesvd<T> gesvd(Shape s) {
     const char job = s.k > 0 ? 'S' : 'N';
     return {job, job, s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
 }
+template <class T>
+Gesdd<T> gesdd(Shape s) {
+    return {s.k > 0 ? 'S' : 'N', s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
+}
 
 template <class T>
 Syevd<T> syevd(Shape s) {
@@ -182,7 +186,7 @@ MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Sha
 const std::vector<MeasuredRoutine>& measuredRoutines() {
     // gesvd with both sets of vectors: Golub and Van Loan's 4 m^2 n + 8 m n^2 + 9 n^3.
     // Eigenvectors: 4/3 n^3 for the reduction, as much for the merges if nothing is deflated, 2 n^3
-    // to go back.
+    // to go back. gesdd: all of that twice, there being two sides.
     static const std::vector<MeasuredRoutine> all{
         LUMO_MEASURED_S_D_C_Z(gemm, 2, square),
         LUMO_MEASURED_S_D_C_Z(syrk, 1, square),
@@ -197,6 +201,7 @@ const std::vector<MeasuredRoutine>& measuredRoutines() {
         LUMO_MEASURED_C_Z(unmqr, 2, square),
         LUMO_MEASURED_S_D_C_Z(gels, 4. / 3, oneRightHandSide),
         LUMO_MEASURED_S_D_C_Z(gesvd, 21, square),
+        LUMO_MEASURED_S_D_C_Z(gesdd, 28. / 3, square),
         LUMO_MEASURED_S_D(syevd, 14. / 3, square),
         LUMO_MEASURED_C_Z(heevd, 14. / 3, square),
         LUMO_MEASURED_S_D_C_Z(gglse, 0, quarterConstrained),

@@ -16,7 +16,8 @@ namespace {
 // LAPACK's counts for values alone; 0 for routines that have none.
 double valuesFlops(const MeasuredRoutine& routine) {
     const std::string name = routine.name.substr(1);
-    return name == "gesvd" ? 8. / 3 : name == "syevd" || name == "heevd" ? 4. / 3 : 0;
+    if (name == "gesvd" || name == "gesdd") return 8. / 3;
+    return name == "syevd" || name == "heevd" ? 4. / 3 : 0;
 }
 
 PredictedRoutine predictRoutine(const PlannedMachine& machine, const MeasuredRoutine& routine,
@@ -49,7 +50,7 @@ void predict(const PredictOptions& asked) {
                         options.sizes.end());
     const auto routines = choose(allRoutines(), options.routines);
     if (options.values && !std::all_of(routines.begin(), routines.end(), valuesFlops))
-        throw std::runtime_error("--values is for gesvd, syevd and heevd alone");
+        throw std::runtime_error("--values is for gesvd, gesdd, syevd and heevd alone");
     if (!options.against.empty())
         for (const MeasuredRoutine& routine : routines) measuredRoutine(routine.name);
     const timeline::Machine machine = timeline::machineOf(options.machine);
