@@ -26,14 +26,15 @@ from ._cholesky import cho_factor, cho_solve, cholesky
 from ._core import __version__
 from ._eigen import EighResult, eigh, eigvalsh
 from ._least_squares import LseResult, LstsqResult, lse, lstsq
-from ._orthogonal import QRResult, RawQRResult, SVDResult, qr, svd
+from ._orthogonal import QRResult, RawQRResult, qr
+from ._singular import SVDResult, matrix_rank, pinv, svd
 from ._systems import SlogdetResult, det, inv, lu_factor, lu_solve, slogdet, solve
 
 __all__ = [
     "EighResult", "LinAlgError", "LinAlgWarning", "LseResult", "LstsqResult", "QRResult", "RawQRResult",
     "SVDResult", "SlogdetResult", "cho_factor", "cho_solve", "cholesky", "det", "devices", "eigh", "eigvalsh", "gemm",
-    "gemv", "hemm", "her2k", "herk", "info", "inv", "lse", "lstsq", "lu_factor", "lu_solve", "qr",
-    "select_device", "slogdet", "solve", "svd", "symm", "syr2k", "syrk", "trmm", "trsm",
+    "gemv", "hemm", "her2k", "herk", "info", "inv", "lse", "lstsq", "lu_factor", "lu_solve", "matrix_rank", "pinv",
+    "qr", "select_device", "slogdet", "solve", "svd", "symm", "syr2k", "syrk", "trmm", "trsm",
 ]  # fmt: skip
 
 

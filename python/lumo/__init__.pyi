@@ -125,23 +125,33 @@ def lse(
 @overload
 def svd(
     a: ArrayLike, full_matrices: bool = ..., compute_uv: Literal[True] = ...,
-    overwrite_a: bool = ..., check_finite: bool = ..., *, dtype: DTypeLike | None = ...,
+    overwrite_a: bool = ..., check_finite: bool = ..., lapack_driver: str = ..., *,
+    dtype: DTypeLike | None = ...,
 ) -> SVDResult: ...
 @overload
 def svd(
     a: ArrayLike, full_matrices: bool = ..., *, compute_uv: Literal[False],
-    overwrite_a: bool = ..., check_finite: bool = ..., dtype: DTypeLike | None = ...,
+    overwrite_a: bool = ..., check_finite: bool = ..., lapack_driver: str = ...,
+    dtype: DTypeLike | None = ...,
 ) -> _Reals: ...
 @overload
 def svd(
     a: ArrayLike, full_matrices: bool, compute_uv: Literal[False], overwrite_a: bool = ...,
-    check_finite: bool = ..., *, dtype: DTypeLike | None = ...,
+    check_finite: bool = ..., lapack_driver: str = ..., *, dtype: DTypeLike | None = ...,
 ) -> _Reals: ...
 @overload
 def svd(
     a: ArrayLike, full_matrices: bool = ..., compute_uv: bool = ..., overwrite_a: bool = ...,
-    check_finite: bool = ..., *, dtype: DTypeLike | None = ...,
+    check_finite: bool = ..., lapack_driver: str = ..., *, dtype: DTypeLike | None = ...,
 ) -> SVDResult | _Reals: ...
+def matrix_rank(
+    A: ArrayLike, tol: ArrayLike | None = ..., hermitian: bool = ..., *,
+    rtol: ArrayLike | None = ..., check_finite: bool = ..., dtype: DTypeLike | None = ...,
+) -> Any: ...  # a number, of a stack an array
+def pinv(
+    a: ArrayLike, rcond: ArrayLike | None = ..., hermitian: bool = ..., *,
+    rtol: ArrayLike | None = ..., check_finite: bool = ..., dtype: DTypeLike | None = ...,
+) -> _Array: ...
 @overload
 def eigh(
     a: ArrayLike, b: ArrayLike | None = ..., *, lower: bool = ...,

@@ -126,6 +126,12 @@ int gesvd(char job, Matrix<T> a, Vector<RealOf<T>> s, Matrix<T> u, Matrix<T> vt)
 }
 
 template <class T>
+int gesdd(char job, Matrix<T> a, Vector<RealOf<T>> s, Matrix<T> u, Matrix<T> vt) {
+    return call(ofType<T>(lumoSgesdd, lumoDgesdd, lumoCgesdd, lumoZgesdd), job, a.rows, a.columns,
+                raw(a.data), a.ld, s.data, raw(u.data), u.ld, raw(vt.data), vt.ld);
+}
+
+template <class T>
 int syevd(char job, char uplo, Matrix<T> a, Vector<RealOf<T>> w) {
     return call(ofType<T>(lumoSsyevd, lumoDsyevd, lumoCheevd, lumoZheevd), job, uplo, a.rows,
                 raw(a.data), a.ld, w.data);
@@ -150,6 +156,7 @@ void bindLapackOf(py::module_& m) {
     m.def("gels", &gels<T>, Unlocked());
     m.def("gglse", &gglse<T>, Unlocked());
     m.def("gesvd", &gesvd<T>, Unlocked());
+    m.def("gesdd", &gesdd<T>, Unlocked());
     m.def("syevd", &syevd<T>, Unlocked());
     m.def("sygvd", &sygvd<T>, Unlocked());
     if constexpr (platform::isDouble<T>) m.def("dsgesv", &dsgesv<T>, Unlocked());

@@ -126,18 +126,41 @@ def test_qr(dtype, stored, shape):
 
 
 @pytest.mark.parametrize("shape", SHAPES)
-@pytest.mark.parametrize("power", [0, -0.8, 0.8])
-def test_svd(dtype, shape, power):
+@pytest.mark.parametrize("power, driver", [(0, "gesdd"), (-0.8, "gesdd"), (0.8, "gesdd"), (0.8, "gesvd")])
+def test_svd(dtype, shape, power, driver):
     scale = np.float64(np.finfo(dtype).max) ** power
     a = (random(shape, dtype) * scale).astype(dtype)
     for full in True, False:
-        u, s, vh = lumo.svd(a, full)
+        u, s, vh = lumo.svd(a, full, lapack_driver=driver)
         expected = np.linalg.svd(wide(a) / scale, full)
         assert [x.shape for x in (u, s, vh)] == [x.shape for x in expected]
         s, k = (s / scale).astype(s.dtype), s.shape[-1]
         assert orthonormal(u) and orthonormal(adjoint(vh)) and close(s, expected[1])
         assert close(u[..., :k] * s[..., None, :] @ vh[..., :k, :], wide(a) / scale)
-    assert close((lumo.svd(a, compute_uv=False) / scale).astype(s.dtype), expected[1])
+    values = lumo.svd(a, compute_uv=False, lapack_driver=driver)
+    assert close((values / scale).astype(s.dtype), expected[1])
+
+
+@pytest.mark.parametrize("shape", SHAPES)
+def test_rank_and_inverse_of_deficient_matrices(dtype, shape):
+    """Of half the rank that the shape allows, and to a tolerance of each matrix's own."""
+    *stack, m, n = shape
+    rank = (min(m, n) + 1) // 2
+    a = random((*stack, m, rank), dtype) @ random((*stack, rank, n), dtype, 2)
+    ranks = np.full(stack, rank if a.size else 0)
+    assert np.array_equal(lumo.matrix_rank(a), ranks) and lumo.matrix_rank(a).shape == ranks.shape
+    x = lumo.pinv(a)
+    assert x.dtype == dtype and close(x, np.linalg.pinv(wide(a), 1e-6), 1e4)
+    if a.size:
+        first = np.linalg.svd(wide(a), compute_uv=False)[..., 0]
+        for rtol in 0.5, np.linspace(1e-4, 0.7, first.size).reshape(first.shape):
+            expected = np.linalg.matrix_rank(wide(a), rtol * first)
+            assert np.array_equal(lumo.matrix_rank(a, rtol * first), expected)
+            assert np.array_equal(lumo.matrix_rank(a, rtol=rtol), expected)
+            assert close(lumo.pinv(a, rtol), np.linalg.pinv(wide(a), rtol), 1e4)
+    h = a @ adjoint(a)
+    assert np.array_equal(lumo.matrix_rank(h - 3 * h, hermitian=True, rtol=1e-4), ranks)
+    assert close(lumo.pinv(-h, 1e-4, hermitian=True), np.linalg.pinv(-wide(h), 1e-4, True), 1e5)
 
 
 @storages
@@ -265,6 +288,10 @@ ONES, LAST = np.ones(4), np.eye(1, 4, 3)
     (lambda: lumo.lse(singular(4, 2), LAST, ONES, ONES[:1]), LinAlgError,
      r"\(a; b\) has not full rank"),
     (lambda: lumo.qr(np.eye(4), "upper"), ValueError, "mode must be"),
+    (lambda: lumo.svd(np.eye(4), lapack_driver="gesvx"), ValueError, "must be gesdd or gesvd"),
+    (lambda: lumo.svd(np.eye(4) * np.nan, check_finite=False), LinAlgError, "did not converge"),
+    (lambda: lumo.pinv(np.eye(4), 0.1, rtol=0.1), ValueError, "can't both be given"),
+    (lambda: lumo.matrix_rank(np.eye(4), 1j), TypeError, "a tolerance must be real"),
     (lambda: lumo.eigh(np.eye(4), [np.eye(4), -np.eye(4)]), LinAlgError,
      r"^matrix b \[1\] of the stack is not positive definite: .* order 1 is"),
     (lambda: lumo.eigh(np.eye(4) * np.nan, check_finite=False), LinAlgError, "did not converge"),
