@@ -67,6 +67,12 @@ CPU_ROUTINE(gesvd, sgesvd, dgesvd, cgesvd, zgesvd,
                               int(char jobu, char jobvt, int m, int n, T* a, int lda, R* s, T* u,
                                   int ldu, T* vt, int ldvt, T* work, int lwork),
                               R>::Behind)
+CPU_ROUTINE(gesdd, sgesdd, dgesdd, cgesdd, zgesdd,
+            std::conditional_t<platform::isComplex<T>,
+                               int(char jobz, int m, int n, T* a, int lda, R* s, T* u, int ldu,
+                                   T* vt, int ldvt, T* work, int lwork, R* rwork, int* iwork),
+                               int(char jobz, int m, int n, T* a, int lda, R* s, T* u, int ldu,
+                                   T* vt, int ldvt, T* work, int lwork, int* iwork)>)
 
 // Reflectors and rotations.
 CPU_ROUTINE(larfg, slarfg, dlarfg, clarfg, zlarfg, void(int n, T* alpha, T* x, int incx, T* tau))

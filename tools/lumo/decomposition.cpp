@@ -7,6 +7,15 @@
 #include "platform/cpu/lapack.h"
 
 namespace lumo {
+namespace {
+
+template <class T>
+char job(const Decomposition<T>& d) {
+    return d.u.empty() ? 'N' : 'S';
+}
+
+}  // namespace
+
 template <class T>
 Decomposition<T>::Decomposition(int m, int n, bool vectors)
     : m(m), n(n), s(std::size_t(std::min(m, n))) {
@@ -16,20 +25,22 @@ Decomposition<T>::Decomposition(int m, int n, bool vectors)
 
 template <class T>
 lumoStatus decompose(std::vector<T>& a, Decomposition<T>& d) {
-    constexpr auto gesvd = platform::ofType<T>(lumoSgesvd, lumoDgesvd, lumoCgesvd, lumoZgesvd);
-    const char job = d.u.empty() ? 'N' : 'S';
-    return gesvd(job, job, d.m, d.n, exported(a.data()), d.m, d.s.data(), exported(d.u.data()), d.m,
+    constexpr auto gesdd = platform::ofType<T>(lumoSgesdd, lumoDgesdd, lumoCgesdd, lumoZgesdd);
+    return gesdd(job(d), d.m, d.n, exported(a.data()), d.m, d.s.data(), exported(d.u.data()), d.m,
                  exported(d.vt.data()), int(d.s.size()));
 }
 
 template <class T>
 int decomposeByCpu(std::vector<T>& a, Decomposition<T>& d) {
-    std::vector<platform::RealOf<T>> realWork(platform::isComplex<T> ? 5 * d.s.size() : 0);
+    // As LAPACK says, for vectors, which take more.
+    const std::size_t k = d.s.size(), most = std::size_t(std::max(d.m, d.n));
+    const std::size_t reals = k * std::max(5 * k + 7, 2 * most + 2 * k + 1);
+    std::vector<platform::RealOf<T>> realWork(platform::isComplex<T> ? reals : 0);
+    std::vector<int> integerWork(8 * k);
     return cpu::withWorkspace<T>(1, [&](T* work, int size) {
-        const char job = d.u.empty() ? 'N' : 'S';
         const auto call = [&](auto... others) {
-            return cpu::gesvd<T>(job, job, d.m, d.n, a.data(), d.m, d.s.data(), d.u.data(), d.m,
-                                 d.vt.data(), int(d.s.size()), work, size, others...);
+            return cpu::gesdd<T>(job(d), d.m, d.n, a.data(), d.m, d.s.data(), d.u.data(), d.m,
+                                 d.vt.data(), int(k), work, size, others..., integerWork.data());
         };
         if constexpr (platform::isComplex<T>)
             return call(realWork.data());

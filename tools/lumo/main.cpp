@@ -154,9 +154,7 @@ void addSvd(CLI::App& app, lumo::SvdTask& task) {
         "  PREFIX.u.mtx, PREFIX.vt.mtx      U and V^H, of a matrix without -k\n"
         "  PREFIX.k20.mtx, PREFIX.k20.png   with -k 20 the approximation, of an image in its "
         "format\n"
-        "  PREFIX.spectrum.png              a plot of the singular values, if gnuplot is there\n"
-        "The data are not scaled: keep the largest element between 1e-12 and 1e12, in double\n"
-        "precision between 1e-138 and 1e138.");
+        "  PREFIX.spectrum.png              a plot of the singular values, if gnuplot is there");
 }
 
 void addEigh(CLI::App& app, lumo::EighTask& task) {

@@ -20,10 +20,6 @@ namespace {
 template <class T>
 using LimitsOf = std::numeric_limits<platform::RealOf<T>>;
 
-// LAPACK's xGESVD scales a matrix whose largest element is smaller, or larger than 1 / this.
-template <class T>
-const double leastUnscaled = std::sqrt(double(LimitsOf<T>::min())) / LimitsOf<T>::epsilon();
-
 template <class T>
 double tolerance(const Whole<T>& whole) {
     return toleranceFor<T>(whole.count());
@@ -56,9 +52,7 @@ double decomposeAll(Whole<T>& whole, const SvdTask& task) {
         std::vector<T> a = part.a;
         const Outcome outcome = timed([&] { return decompose(a, part.d); }, "decomposing");
         if (outcome.status == lumoDataError)
-            throw std::runtime_error(task.a +
-                                     ": the singular values did not converge; do the data "
-                                     "need scaling?");
+            throw std::runtime_error(task.a + ": the singular values did not converge");
         if (outcome.status != lumoNoError)
             throw std::runtime_error(describe(outcome.status, outcome.info));
         seconds += outcome.seconds;
@@ -229,16 +223,13 @@ template <class T>
 void svdOf(Whole<T> whole, const SvdTask& task, const Image* image) {
     checkRanks(task, whole.m, whole.n);
     SvdFiles files(task, image);
-    const std::string routine = routineName<T>("gesvd");
-    for (const Part<T>& part : whole.parts)
-        warnOfExtremes(part.a, task.a, routine, leastUnscaled<T>);
 
     const Session session;
     printPlatform(session);
     std::printf("A:          %d x %d%s\n", whole.m, whole.n,
                 whole.parts.size() > 1 ? ", red, green and blue" : "");
     const double seconds = decomposeAll(whole, task);
-    std::printf("routine:    %s, %s\nseconds:    %.3g\n", routine.c_str(),
+    std::printf("routine:    %s, %s\nseconds:    %.3g\n", routineName<T>("gesdd").c_str(),
                 whole.vectors ? "with vectors" : "values only", seconds);
     reportValues(whole);
     checkDecomposition(whole, task);
