@@ -15,6 +15,7 @@ set(LUMO_KERNEL_UNITS
     src/basic/PermuteRows/PermuteRows
     src/basic/Precision/Precision
     src/basic/Scale/Scale
+    src/basic/ScaleRows/ScaleRows
     src/basic/Set/Set
     src/basic/Subtract/Subtract
     src/basic/Transpose/Transpose
@@ -85,6 +86,7 @@ add_library(lumo_objects OBJECT
     src/lapack/gebrd.cpp
     src/lapack/gecon.cpp
     src/lapack/gels.cpp
+    src/lapack/gelsd.cpp
     src/lapack/generate_q.cpp
     src/lapack/geqrf.cpp
     src/lapack/gesdd.cpp

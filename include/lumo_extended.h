@@ -352,6 +352,40 @@ LUMO_API lumoStatus lumoDeviceZgesdd(char jobz, int m, int n, lumoDoubleComplex*
                                      double* s, lumoDoubleComplex* u, int ldu,
                                      lumoDoubleComplex* vt, int ldvt);
 
+/* ---- Least squares for matrices of any rank (LAPACK xGELSD) ---------------------------------- */
+
+/* The solution of least norm of min || b - A x || for each of nrhs right-hand sides, A m x n of any
+ * rank. b: max(m, n) x nrhs, of which the first m rows are the right-hand sides, becomes in its
+ * first n rows the solutions; for m > n and *rank = n the rest of a column holds as long a vector
+ * as the residual. s: min(m, n) elements, becomes A's singular values, descending. Those up to
+ * rcond times the largest count as zero, for a negative rcond those up to the rounding unit times
+ * it; *rank, in host memory, becomes the number of the others. a is destroyed. Matrices whose
+ * largest elements are so small or so large that squares would leave the range are scaled.
+ *
+ * Status 7, info -1: m < 0; -2: n < 0; -3: nrhs < 0; -5: lda < max(1, m); -7: ldb < max(1, m, n);
+ * -10: null rank; and while there is such an operand -4, -6, -8: null a, b, s.
+ * Status 8: A holds a NaN or an infinity, s is NaN then, *rank 0 and info min(m, n); or values did
+ * not converge, as in gesdd. b is undefined then.
+ * Device memory beside the operands: as gesdd, without vectors of A. */
+LUMO_API lumoStatus lumoSgelsd(int m, int n, int nrhs, float* a, int lda, float* b, int ldb,
+                               float* s, float rcond, int* rank);
+LUMO_API lumoStatus lumoDgelsd(int m, int n, int nrhs, double* a, int lda, double* b, int ldb,
+                               double* s, double rcond, int* rank);
+LUMO_API lumoStatus lumoCgelsd(int m, int n, int nrhs, lumoFloatComplex* a, int lda,
+                               lumoFloatComplex* b, int ldb, float* s, float rcond, int* rank);
+LUMO_API lumoStatus lumoZgelsd(int m, int n, int nrhs, lumoDoubleComplex* a, int lda,
+                               lumoDoubleComplex* b, int ldb, double* s, double rcond, int* rank);
+LUMO_API lumoStatus lumoDeviceSgelsd(int m, int n, int nrhs, float* a, int lda, float* b, int ldb,
+                                     float* s, float rcond, int* rank);
+LUMO_API lumoStatus lumoDeviceDgelsd(int m, int n, int nrhs, double* a, int lda, double* b, int ldb,
+                                     double* s, double rcond, int* rank);
+LUMO_API lumoStatus lumoDeviceCgelsd(int m, int n, int nrhs, lumoFloatComplex* a, int lda,
+                                     lumoFloatComplex* b, int ldb, float* s, float rcond,
+                                     int* rank);
+LUMO_API lumoStatus lumoDeviceZgelsd(int m, int n, int nrhs, lumoDoubleComplex* a, int lda,
+                                     lumoDoubleComplex* b, int ldb, double* s, double rcond,
+                                     int* rank);
+
 /* ---- Condition from LU factors (LAPACK xGECON) ---------------------------------------------- */
 
 /* *rcond becomes an estimate of 1 / (|| A || || A^-1 ||) in the 1-norm (norm "1" or "O") or the

@@ -46,6 +46,7 @@ inline const char* nameOf(Interface where) {
     LUMO_EXPORT(type, getrf);             \
     LUMO_EXPORT(type, gesv);              \
     LUMO_EXPORT(type, geqrf);             \
+    LUMO_EXPORT(type, gelsd);             \
     LUMO_EXPORT(type, gels);              \
     LUMO_EXPORT(type, gglse);             \
     LUMO_EXPORT(type, gesdd);             \

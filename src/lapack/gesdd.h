@@ -32,7 +32,7 @@ struct Gesdd {
         if (m < 0) return 2;
         if (n < 0) return 3;
         if (lda < std::max(1, m)) return 5;
-        if (ldu < std::max(1, columnsOfU() > 0 ? m : 1)) return 8;
+        if (ldu < std::max(1, hasU() ? m : 1)) return 8;
         if (ldvt < std::max(1, rowsOfVt())) return 10;
         if (empty()) return 0;
         if (!a) return 4;
@@ -42,9 +42,7 @@ struct Gesdd {
     }
     bool empty() const { return m == 0 || n == 0; }
     // Of each matrix of vectors, how many u and vt take: for "O" the longer ones go to a.
-    int columnsOfU() const {
-        return jobz == 'A' || (jobz == 'O' && m < n) ? m : jobz == 'S' ? std::min(m, n) : 0;
-    }
+    int columnsOfU() const { return !hasU() ? 0 : jobz == 'S' ? std::min(m, n) : m; }
     int rowsOfVt() const {
         return jobz == 'A' || (jobz == 'O' && m >= n) ? n : jobz == 'S' ? std::min(m, n) : 0;
     }
@@ -57,6 +55,9 @@ struct Gesdd {
                  matrix(vt, ldvt, rowsOfVt(), n, access(rowsOfVt())));
     }
     void run() const;
+
+  private:
+    bool hasU() const { return isOneOf(jobz, "AS") || (jobz == 'O' && m < n); }
 };
 
 }  // namespace lumo

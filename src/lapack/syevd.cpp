@@ -7,7 +7,6 @@
 
 #include "basic/Copy/Copy.h"
 #include "basic/LACPY/LACPY.h"
-#include "basic/Norms/Norms.h"
 #include "basic/Transpose/Transpose.h"
 #include "basic/magnitude.h"
 #include "blas/cublas.h"
@@ -18,6 +17,7 @@
 #include "lapack/apply_q.h"
 #include "lapack/bdsqr_scalars.h"
 #include "lapack/host_lapack.h"
+#include "lapack/norm_scaling.h"
 #include "lapack/stedc.h"
 #include "lapack/sytrd.h"
 #include "lapack/tuning.h"
@@ -38,7 +38,7 @@ class SymmetricEigenproblem {
         // All works on the lower triangle.
         if (upper_) transposeInplace(a_.data, std::size_t(a_.ld), std::size_t(n_), isComplex<T>);
         const R norm = largest();
-        const R scale = std::isfinite(norm) ? scaleFor(norm) : R(1);
+        const R scale = scaleFor(norm, std::sqrt(safeMinimum<R> / (2 * roundingUnit<R>)));
         if (scale != 1) multiplyTriangle(scale);
         try {
             if (!std::isfinite(norm)) refuse();
@@ -72,16 +72,7 @@ class SymmetricEigenproblem {
     // The largest element, or what is no number.
     R largest() {
         hermitianMaxima(n_, a_.data, a_.ld, w_);
-        copy(values_.data(), w_, n_, cudaMemcpyDeviceToHost);
-        R most = 0;
-        for (R x : values_) most = x > most || std::isnan(x) ? x : most;
-        return most;
-    }
-    // As in LAPACK: squares of what it leaves alone neither overflow nor underflow.
-    static R scaleFor(R norm) {
-        const R least = std::sqrt(safeMinimum<R> / (2 * roundingUnit<R>)), most = 1 / least;
-        if (norm > 0 && norm < least) return least / norm;
-        return norm > most ? most / norm : R(1);
+        return largestOf(n_, w_);
     }
     void multiplyTriangle(R factor) const {
         for (int j = 0; j < n_; ++j) cublas::scal(n_ - j, T(factor), a_.at(j, j), 1);

@@ -1,4 +1,4 @@
-// gels and gglse through the harness.
+// gels, gelsd and gglse through the harness.
 #include "lapack/gels.h"
 #include "lapack/gglse.h"
 #include "lapack/operands_call.h"
@@ -86,6 +86,73 @@ void gelsFailing() {
     EXPECT_TRUE(std::isnan(norm1(WideMatrix(call->template result<5>()))));
 }
 
+// --- gelsd ------------------------------------------------------------------------------------
+
+// A = L R of this rank; 0 for all.
+template <class T>
+auto gelsdCall(int m, int n, int rank, int nrhs, Interface where) {
+    const int k = std::min(m, n), r = rank > 0 ? std::min(rank, k) : k;
+    const Matrix<T> left = Matrix<T>::random(m, r), right = Matrix<T>::random(r, n, 0, 7);
+    const WideMatrix rows(right);
+    auto check = [=](auto, auto, auto, const Operand<T>& a, const Operand<T>& b,
+                     const Operand<RealOf<T>>& s, auto, const Operand<int>& found) {
+        EXPECT_EQ(r, found.now()(0, 0));
+        const WideMatrix whole(a.before), x = leading(b.now(), n, nrhs),
+                                          residual = leading(b.before, m, nrhs) - whole * x;
+        const double size = std::max({m, n, nrhs}) * epsilon<T>;
+        double squares = 0, largest = 0;
+        for (RealOf<T> value : s.now().data) {
+            squares += double(value) * value;
+            largest = std::max(largest, double(value));
+        }
+        double expected = 0;
+        for (const Wide& z : whole.data) expected += std::norm(z);
+        EXPECT_NEAR(std::sqrt(expected), std::sqrt(squares), leastSquaresBound * size * largest);
+        const double scale = norm1(whole) * (norm1(whole) * norm1(x) + norm1(residual));
+        EXPECT_LE(norm1(op('C', whole) * residual), leastSquaresBound * size * scale);
+        EXPECT_LE(distanceFromRange(op('C', rows), x), leastSquaresBound * size * norm1(x));
+        for (int j = 0; j < nrhs && m > n && r == n; ++j)
+            EXPECT_NEAR(length(b.now(), j, n, m), length(residual, j, 0, m),
+                        1e-4 * norm1(residual));
+    };
+    return routineCall<T>(
+        where, [](auto e) { return e.gelsd; }, check, m, n, nrhs,
+        narrowed<T>(WideMatrix(left) * rows), Matrix<T>::random(std::max(m, n), nrhs, 0, 3),
+        Adjacent<RealOf<T>>{blank<RealOf<T>>(k)}, RealOf<T>(500 * epsilon<T>),
+        Adjacent<int>{blank<int>(1), true});
+}
+
+template <class T>
+std::vector<GoodCase> gelsdCases(const Shapes& shapes, std::initializer_list<int> ranks,
+                                 Shrink blocks = nullptr) {
+    std::vector<GoodCase> cases;
+    for (int rank : ranks)
+        cases = cases + casesOf(
+                            "rank " + std::to_string(rank), shapes,
+                            [=](int m, int n, Interface where) {
+                                return gelsdCall<T>(m, n, rank, 1 + m % 3, where);
+                            },
+                            blocks);
+    return cases;
+}
+
+template <class T>
+void gelsdFailing() {
+    for (auto [m, n] : {std::pair{9, 6}, {6, 9}}) {
+        auto a = Matrix<T>::random(m, n);
+        a(4, 3) = scalar<T>(std::nan(""));
+        std::vector<RealOf<T>> s(6);
+        Matrix<T> b = Matrix<T>::random(9, 1);
+        int rank = -1;
+        const auto gelsd = Exports<T>::gelsd[inHost];
+        EXPECT_EQ(lumoDataError, callExport(gelsd, m, n, 1, a.data.data(), m, b.data.data(), 9,
+                                            s.data(), RealOf<T>(-1), &rank));
+        EXPECT_EQ(6, lumoGetErrorInfo());
+        EXPECT_EQ(0, rank);
+        for (RealOf<T> x : s) EXPECT_TRUE(std::isnan(x));
+    }
+}
+
 // --- gglse ------------------------------------------------------------------------------------
 
 struct Constrained {
@@ -156,6 +223,13 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
         {letter + "gels",
          gelsCases<T>(small, {1, 3}, shrinkPanels<T>) + gelsCases<T>({{220, 110}, {110, 220}}, {2}),
          gelsFailing<T>, gelsCases<T>({{9, 6}, {6, 9}}, {2}), isDouble<T>, shrinkPanels<T>});
+
+    const Shapes some{{1, 1}, {6, 1}, {1, 6}, {9, 9}, {30, 5}, {5, 30}, {17, 13}, {13, 17}};
+    registerRoutine(
+        {letter + "gelsd",
+         gelsdCases<T>(some, {0, 3}, shrinkDivision<T>) + gelsdCases<T>({{90, 80}}, {50}),
+         gelsdFailing<T>, gelsdCases<T>({{6, 3}, {3, 5}}, {2}), isDouble<T>, shrinkDivision<T>,
+         true});
 
     // No constraints, nothing but constraints, both, fewer equations than unknowns, the fewest
     // that there may be.

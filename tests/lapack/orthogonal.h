@@ -16,6 +16,15 @@ std::shared_ptr<void> shrinkPanels() {
     return temporarily(lumo::geqrfTuning<T>, {4, 4});
 }
 
+// The same, in the reduction to bidiagonal form too, and blocks of 3 rows in divide and conquer.
+template <class T>
+std::shared_ptr<void> shrinkDivision() {
+    using Restored = std::shared_ptr<void>;
+    return std::make_shared<std::array<Restored, 3>>(
+        std::array<Restored, 3>{temporarily(lumo::gebrdTuning<T>, {4, 4}), shrinkPanels<T>(),
+                                temporarily(lumo::stedcLeaf, 3)});
+}
+
 constexpr double qrBound = 30;            // LAPACK xQRT01 with lin_s.in
 constexpr double leastSquaresBound = 30;  // LAPACK xDRVLS
 constexpr double lseBound = 20;           // LAPACK xCKLSE with lse.in

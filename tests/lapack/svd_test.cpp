@@ -185,14 +185,10 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
                          svdCases<T>({{'S', 'S'}}, large),
                      failing<T>, svdCases<T>({{'S', 'O'}, {'N', 'A'}}, {{3, 3}, {6, 3}, {3, 6}}),
                      isDouble<T>, [] { return shrinkSvd<T>(2); }, true});
-    const auto smallBlocks = []() -> std::shared_ptr<void> {
-        return std::make_shared<std::pair<std::shared_ptr<void>, std::shared_ptr<void>>>(
-            shrinkSvd<T>(), temporarily(lumo::stedcLeaf, 3));
-    };
     registerRoutine({letter + "gesdd",
-                     gesddCases<T>("aSoN", small, smallBlocks) + gesddCases<T>("S", large),
+                     gesddCases<T>("aSoN", small, shrinkDivision<T>) + gesddCases<T>("S", large),
                      failingGesdd<T>, gesddCases<T>("SO", {{3, 3}, {6, 3}, {3, 6}}), isDouble<T>,
-                     smallBlocks, true});
+                     shrinkDivision<T>, true});
 });
 
 class SvdPaths : public OnSoftwareDevice {};
