@@ -9,6 +9,7 @@ set(LUMO_KERNEL_UNITS
     src/basic/LACPY/LACPY
     src/basic/LASET/LASET
     src/basic/LASWP/LASWP
+    src/basic/LuPanel/LuPanel
     src/basic/MADD/MADD
     src/basic/MakeReal/MakeReal
     src/basic/Norms/Norms

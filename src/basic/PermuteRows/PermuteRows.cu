@@ -10,7 +10,7 @@ using Movers = cudalib::Team<lumo::movedAtOnce, 1>;
 
 // A lane moves one row's elements. All are read before the first is written.
 template <class T>
-LUMO_KERNEL void PermuteRows_k(int n, T* a, int lda, LUMO_GRID_CONSTANT RowMoves moves) {
+LUMO_DEVICE void move(int n, T* a, int lda, const RowMoves& moves) {
     cudalib::kernel<lumo::movedAtOnce>([&](Movers team) LUMO_INLINED {
         const int first = int(team.x()) * columnsOfBlock;
         cudalib::LaneValues<Movers, T> kept[columnsOfBlock];
@@ -23,9 +23,21 @@ LUMO_KERNEL void PermuteRows_k(int n, T* a, int lda, LUMO_GRID_CONSTANT RowMoves
         for (int c = 0; c < columnsOfBlock; ++c)
             if (first + c < n)
                 team.lanes(moves.count, [&](int x) {
-                    cudalib::at(a, lda, int(moves.to[x]), first + c) = kept[c].at(0, x);
+                    if (moves.to[x] != moves.from[x])
+                        cudalib::at(a, lda, int(moves.to[x]), first + c) = kept[c].at(0, x);
                 });
     });
+}
+
+template <class T>
+LUMO_KERNEL void PermuteRows_k(int n, T* a, int lda, LUMO_GRID_CONSTANT RowMoves moves) {
+    move(n, a, lda, moves);
+}
+
+// The same by a table that the device has made.
+template <class T>
+LUMO_KERNEL void PermuteRowsThere_k(int n, T* a, int lda, const RowMoves* moves) {
+    move(n, a, lda, *moves);
 }
 
 // Row i of dst := row rows[i] of src.
@@ -41,4 +53,5 @@ LUMO_KERNEL void GatherRows_k(int m, int n, const T* src, int ldsrc, const int* 
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &PermuteRows_k<T>, &GatherRows_k<Map2D, T>)
+LUMO_REGISTER(lumo::ElementTypes, &PermuteRows_k<T>, &PermuteRowsThere_k<T>,
+              &GatherRows_k<Map2D, T>)
