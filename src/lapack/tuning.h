@@ -2,8 +2,10 @@
 // reach blocked paths with small matrices.
 #pragma once
 
+#include <climits>
 #include <cstddef>
 
+#include "basic/LuPanel/shape.h"
 #include "common/complex.h"
 #include "common/state.h"
 #include "platform/cuda3.h"
@@ -26,6 +28,10 @@ struct BlockSize {
 struct GetrfTuning {
     BlockSize base;   // a panel has twice as many columns
     int squareOrder;  // square matrices from this order on are factorised transposed
+    // The capability from which on the device factorises its panels, by strips of so many columns:
+    // none, until it has been measured where that is faster than the CPU.
+    int devicePanelsFrom = INT_MAX;
+    int stripColumns = luPanelColumns;
 };
 
 template <class T>

@@ -14,6 +14,12 @@ std::shared_ptr<void> shrinkLu() {
     return temporarily(lumo::getrfTuning<T>, {{4, 4}, 20});
 }
 
+// The same with the device's own panels where it can, by strips of 4 columns.
+template <class T>
+std::shared_ptr<void> shrinkLuThere() {
+    return temporarily(lumo::getrfTuning<T>, {{4, 4}, 20, 70, 4});
+}
+
 template <class T>
 void checkFactors(const Operand<T>& a, const Operand<int>& ipiv) {
     const std::vector<int> pivots = ipiv.now().data;

@@ -30,6 +30,8 @@ class LuPaths : public OnSoftwareDevice {
                                         {"KernelLASWP<", 'i'},
                                         {"KernelLASWPCOL<", 'i'},
                                         {"PermuteRows_k<", 'i'},
+                                        {"PermuteRowsThere_k<", 'i'},
+                                        {"LuPanel_k<", 'f'},
                                         {"GatherRows_k<", 'p'},
                                         {"cublasStrsm", 's'},
                                         {"cublasSgemm", 'g'},
@@ -68,6 +70,16 @@ TEST_F(LuPaths, ModernDevicesHaveFewLaunches) {
     // The panels' stream waits for the device's and the device's for it, never the host's.
     EXPECT_EQ(7, count(trace, "cudaStreamWaitEvent"));
     EXPECT_EQ(count(trace, "cudaEventRecord"), count(trace, "cudaStreamWaitEvent"));
+}
+
+// 20 x 20, the same panels by the device, in strips of 4: f(actorise), then i(nterchange) and s g
+// within the panel, in three launches a strip. Nothing is copied or waited for before the end.
+TEST_F(LuPaths, DevicesMayFactoriseTheirPanels) {
+    start(machine(90));
+    const auto shrunk = shrinkLuThere<float>();
+    const auto trace = traceOf(*getrfCall(Matrix<float>::random(20, 20), inDevice));
+    EXPECT_EQ(steps("fisgfi iisg fisgfi sg iisg f ii i ww"), order(trace));
+    EXPECT_EQ(2, count(trace, "cudaMemcpy"));  // the pivots: to the host, and to the caller
 }
 
 TEST_F(LuPaths, SmallMatricesAreTheCpus) {

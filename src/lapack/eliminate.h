@@ -1,0 +1,23 @@
+// What a factorised panel of LU does to columns beside it.
+#pragma once
+
+#include "blas/cublas.h"
+#include "blas/gemm.h"
+#include "common/matrix.h"
+
+namespace lumo {
+
+// U12 := L11^-1 A12 and A22 := A22 - L21 U12 of a matrix of m rows, for `columns` columns from
+// `first` on, by the panel of jb columns whose first element is (j, j), counted from 0. The rows
+// have been exchanged.
+template <class T>
+void eliminate(MatrixView<T> a, int m, int j, int jb, int first, int columns) {
+    if (columns <= 0) return;
+    const int below = m - j - jb;
+    cublas::trsm('L', 'L', 'N', 'U', jb, columns, T(1), a.at(j, j), a.ld, a.at(j, first), a.ld);
+    if (below > 0)
+        gemm('N', 'N', below, columns, jb, T(-1), a.at(j + jb, j), a.ld, a.at(j, first), a.ld, T(1),
+             a.at(j + jb, first), a.ld);
+}
+
+}  // namespace lumo
