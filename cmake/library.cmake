@@ -15,6 +15,7 @@ set(LUMO_KERNEL_UNITS
     src/basic/Norms/Norms
     src/basic/PermuteRows/PermuteRows
     src/basic/Precision/Precision
+    src/basic/QrPanel/QrPanel
     src/basic/Scale/Scale
     src/basic/Set/Set
     src/basic/Subtract/Subtract

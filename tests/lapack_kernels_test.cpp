@@ -6,6 +6,7 @@
 #include "basic/LASWP/LASWP.h"
 #include "basic/LuPanel/LuPanel.h"
 #include "basic/PermuteRows/PermuteRows.h"
+#include "basic/QrPanel/QrPanel.h"
 #include "basic/lar2v/lar2v.h"
 #include "basic/larfg/larfg.h"
 #include "basic/largv/largv.h"
@@ -458,6 +459,53 @@ TYPED_TEST(LuPanels, ChooseAsLapackDoes) {
                 EXPECT_FALSE(std::isfinite(std::abs(is))) << k;
         }
     }
+}
+
+// --- Panels of QR --------------------------------------------------------------------------------
+
+template <class T>
+class QrPanels : public LapackKernels<T> {
+  protected:
+    void SetUp() override { this->start(machine(70)); }
+
+    // Of random elements, each times `scale`, a column of them zero below the diagonal.
+    static void expectFactors(int m, int n, double scale, int zeroColumn) {
+        SCOPED_TRACE(testing::Message() << m << " x " << n << ", times " << scale);
+        auto panel = Matrix<T>::random(m, n, m + 3, m);
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i)
+                panel(i, j) = j == zeroColumn && i > 0 ? T(0) : RealOf<T>(scale) * panel(i, j);
+        Twins<T> a(panel), t(poisoned<T>(n, n, n + 1)), tau(poisoned<T>(n, 1));
+        lumo::QrPanel<T>(m).factorize(m, n, a.gpu(), a.host.ld, tau.gpu(), t.gpu(), t.host.ld);
+        for (int c = 0; c < n; ++c)  // the CPU leaves the lower triangle as it is
+            for (int r = 0; r < n; ++r) t.host(r, c) = T(0);
+        cpu::geqrt3<Plain<T>>(m, n, a.cpu(), a.host.ld, t.cpu(), t.host.ld);
+        for (int j = 0; j < n; ++j) tau.host(j, 0) = t.host(j, j);
+        const double ulps = 40 + 8 * std::sqrt(m);
+        const Matrix<T> result = a.device.download();
+        EXPECT_TRUE(result.paddingUntouched());
+        for (int j = 0; j < n; ++j)
+            for (int i = 0; i < m; ++i) {
+                const double error = std::abs(wide(result(i, j)) - wide(a.host(i, j)));
+                ASSERT_LE(error, ulps * epsilon<T> * (i > j ? 1 : scale * std::sqrt(m)))
+                    << "element " << i << ", " << j;
+            }
+        t.expectSame(ulps);
+        tau.expectSame(ulps);
+    }
+};
+TYPED_TEST_SUITE(QrPanels, ElementTypes);
+
+// Around a block's rows, with one block and several, numbers whose squares overflow or vanish.
+TYPED_TEST(QrPanels, AreTheCpus) {
+    using T = TypeParam;
+    ASSERT_GE(lumo::QrPanel<T>::mostRows(), 2000);
+    constexpr int most = lumo::qrPanelColumns<T>;
+    const double small = 1e3 * std::numeric_limits<RealOf<T>>::min(),
+                 large = std::numeric_limits<RealOf<T>>::max() / 1e5;
+    for (auto [m, n] : {std::pair{1, 1}, {9, 9}, {256, most - 1}, {257, most}, {2000, most}})
+        for (double scale : {1.0, small, large}) this->expectFactors(m, n, scale, -1);
+    this->expectFactors(300, 5, 1, 0);
 }
 
 }  // namespace

@@ -32,6 +32,11 @@ class Grid {
     template <class V, class F, class Better>
     LUMO_DEVICE static V bestOfAll(int n, V none, F f, Better better);
 
+    // For each k below N, the sum of f(i, k) over this block's i below n, in the block's shared
+    // memory and for all of its lanes.
+    template <int N, class T, class F>
+    LUMO_DEVICE static void sumsOfEach(int n, F f, T (&sums)[N]);
+
     // For the lanes of a block, as a team's, and for those of all blocks, which meet at a number in
     // device memory. It is zero before the first launch, and as good as zero after every other.
     LUMO_DEVICE static void barrier();
@@ -127,6 +132,53 @@ LUMO_DEVICE V Grid<X_>::bestOfAll(int n, V none, F f, Better better) {
     return bestOfWarp(none, better);
 }
 
+// Of two partners, one has the sum of both's `low` and the other one that of both's `high`.
+template <class T>
+LUMO_DEVICE T sumWithPartner(T low, T high, int bit) {
+    const bool upper = (threadIdx.x & unsigned(bit)) != 0;
+    return (upper ? high : low) + ofPartner(upper ? low : high, bit);
+}
+
+// Of 2 bits lanes, whose numbers differ below that and that have so many values each: a lane has
+// the sum of all lanes' value of its number.
+template <int bits, class T>
+LUMO_DEVICE T sumOfLanes(T* values) {
+    if constexpr (bits == 0) {
+        return values[0];
+    } else {
+        LUMO_UNROLLED for (int k = 0; k < bits; ++k) {
+            values[k] = sumWithPartner(values[k], values[k + bits], bits);
+        }
+        return sumOfLanes<bits / 2>(values);
+    }
+}
+
+// By groups of half a warp's number, so that few sums are under way at a time.
+template <int X_>
+template <int N, class T, class F>
+LUMO_DEVICE void Grid<X_>::sumsOfEach(int n, F f, T (&sums)[N]) {
+    constexpr int warps = X / warpLanes, group = warpLanes / 2, half = group / 2;
+    static_assert(N % group == 0 && X % warpLanes == 0);
+    LUMO_SHARED T ofWarps[warps][N];
+    const int i = block() * X + int(threadIdx.x), lane = int(threadIdx.x) % warpLanes;
+    LUMO_UNROLLED for (int first = 0; first < N; first += group) {
+        T values[half];
+        LUMO_UNROLLED for (int k = first; k < first + half; ++k) {
+            const T low = i < n ? f(i, k) : T(0), high = i < n ? f(i, k + half) : T(0);
+            values[k - first] = sumWithPartner(low, high, half);
+        }
+        const T sum = sumOfLanes<half / 2>(values), all = sum + ofPartner(sum, group);
+        if (lane < group) ofWarps[int(threadIdx.x) / warpLanes][first + lane] = all;
+    }
+    barrier();
+    lanes(N, [&](int k) {
+        T sum = ofWarps[0][k];
+        for (int w = 1; w < warps; ++w) sum = sum + ofWarps[w][k];
+        sums[k] = sum;
+    });
+    barrier();
+}
+
 template <int X_>
 LUMO_DEVICE void Grid<X_>::barrier() {
     __syncthreads();
@@ -185,6 +237,14 @@ template <int X_>
 template <class V, class F, class Better>
 LUMO_DEVICE V Grid<X_>::bestOfAll(int n, V none, F f, Better better) {
     return bestOfEach(n, none, f, better);
+}
+
+template <int X_>
+template <int N, class T, class F>
+LUMO_DEVICE void Grid<X_>::sumsOfEach(int n, F f, T (&sums)[N]) {
+    for (int k = 0; k < N; ++k) sums[k] = T(0);
+    for (int i = 0; i < n; ++i)
+        for (int k = 0; k < N; ++k) sums[k] = sums[k] + f(i, k);
 }
 
 template <int X_>
