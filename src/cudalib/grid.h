@@ -139,21 +139,22 @@ LUMO_DEVICE T sumWithPartner(T low, T high, int bit) {
     return (upper ? high : low) + ofPartner(upper ? low : high, bit);
 }
 
-// Of 2 bits lanes, whose numbers differ below that and that have so many values each: a lane has
-// the sum of all lanes' value of its number.
+// Of so many neighbouring lanes as each has values, 2 bits: a lane gets the sum of all lanes' value
+// that has its number among them. Half of the values go to the partner, then half of what is left.
 template <int bits, class T>
-LUMO_DEVICE T sumOfLanes(T* values) {
+LUMO_DEVICE T foldedSum(T* values) {
     if constexpr (bits == 0) {
         return values[0];
     } else {
         LUMO_UNROLLED for (int k = 0; k < bits; ++k) {
             values[k] = sumWithPartner(values[k], values[k + bits], bits);
         }
-        return sumOfLanes<bits / 2>(values);
+        return foldedSum<bits / 2>(values);
     }
 }
 
-// By groups of half a warp's number, so that few sums are under way at a time.
+// By groups of half as many values as a warp has lanes, of whose sums each half of the warp makes
+// its own: few are under way at a time.
 template <int X_>
 template <int N, class T, class F>
 LUMO_DEVICE void Grid<X_>::sumsOfEach(int n, F f, T (&sums)[N]) {
@@ -167,7 +168,7 @@ LUMO_DEVICE void Grid<X_>::sumsOfEach(int n, F f, T (&sums)[N]) {
             const T low = i < n ? f(i, k) : T(0), high = i < n ? f(i, k + half) : T(0);
             values[k - first] = sumWithPartner(low, high, half);
         }
-        const T sum = sumOfLanes<half / 2>(values), all = sum + ofPartner(sum, group);
+        const T sum = foldedSum<half / 2>(values), all = sum + ofPartner(sum, group);
         if (lane < group) ofWarps[int(threadIdx.x) / warpLanes][first + lane] = all;
     }
     barrier();
