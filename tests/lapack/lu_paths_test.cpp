@@ -80,6 +80,14 @@ TEST_F(LuPaths, DevicesMayFactoriseTheirPanels) {
     const auto trace = traceOf(*getrfCall(Matrix<float>::random(20, 20), inDevice));
     EXPECT_EQ(steps("fisgfi iisg fisgfi sg iisg f ii i ww"), order(trace));
     EXPECT_EQ(2, count(trace, "cudaMemcpy"));  // the pivots: to the host, and to the caller
+    std::vector<int> pivots[2];
+    for (int there : {0, 1}) {
+        const auto tuned = there ? shrinkLuThere<float>() : shrinkLu<float>();
+        auto call = getrfCall(Matrix<float>::random(290, 277), inDevice);
+        EXPECT_EQ(lumoNoError, call->run());
+        pivots[there] = call->result<3>().data;
+    }
+    EXPECT_EQ(pivots[0], pivots[1]);
 }
 
 TEST_F(LuPaths, SmallMatricesAreTheCpus) {
