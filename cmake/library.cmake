@@ -76,6 +76,7 @@ add_library(lumo_objects OBJECT
     src/lapack/bdsqr.cpp
     src/lapack/bidiagonal_panel.cpp
     src/lapack/block_reflector.cpp
+    src/lapack/device_qr.cpp
     src/lapack/dqds.cpp
     src/lapack/dsgesv.cpp
     src/lapack/gebrd.cpp
@@ -136,3 +137,31 @@ target_include_directories(lumo INTERFACE
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 add_library(Lumo::lumo ALIAS lumo)
+
+# What keeps time instead of computing, for `lumo predict` and tests alone.
+add_library(lumo_timeline STATIC EXCLUDE_FROM_ALL
+    platform/timeline/clock.cpp
+    platform/timeline/copies.cpp
+    platform/timeline/costs.cpp
+    platform/timeline/launches.cpp
+    platform/timeline/machine_file.cpp
+    platform/timeline/memory.cpp
+    platform/timeline/panels.cpp
+    platform/timeline/processors.cpp
+    platform/timeline/state.cpp
+    platform/timeline/streams.cpp
+    platform/timeline/table.cpp
+    platform/error_texts.cpp)
+target_include_directories(lumo_timeline PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src)
+# The machine files, as they are found by name.
+set(LUMO_MACHINES h100 h200 a100 laptop)
+set(LUMO_MACHINE_TEXTS)
+foreach(machine IN LISTS LUMO_MACHINES)
+    set(file ${PROJECT_SOURCE_DIR}/platform/timeline/machines/${machine}.ini)
+    file(READ ${file} text)
+    string(APPEND LUMO_MACHINE_TEXTS "    {\"${machine}\", R\"ini(${text})ini\"},\n")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+endforeach()
+file(CONFIGURE OUTPUT machines/machine_texts.inc CONTENT "@LUMO_MACHINE_TEXTS@" @ONLY)
+target_sources(lumo_timeline PRIVATE platform/timeline/machines.cpp)
+target_include_directories(lumo_timeline PRIVATE ${PROJECT_BINARY_DIR}/machines)

@@ -2,6 +2,7 @@
 //
 //   LUMO_PLATFORM=software|cuda  forces one;
 //   LUMO_CUDA_PLUGIN=FILE        is loaded in place of liblumo-cuda.so beside this library;
+//   LUMO_PANELS=cpu|device       factorises panels there, not where tuning has them;
 //   LUMO_PROFILE=1               reports at exit where the time went.
 //
 // A machine without a driver, a device or the plugin runs on the software device. A driver that
@@ -9,13 +10,16 @@
 // report it and never hidden behind the CPU.
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
 #include "platform/cuda3.h"
 #include "platform/host_lapack.h"
 #include "platform/profile.h"
+#include "platform/registry.h"
 #include "platform/software/table.h"
 #include "platform/unavailable.h"
 
@@ -26,6 +30,7 @@ struct Decision {
     const Table* table;
     std::string reason;
     bool available = true;
+    Panels panels = Panels::asTuned;
 };
 
 Decision unavailable(std::string reason) {
@@ -69,7 +74,11 @@ const Table* loadPlugin(const std::filesystem::path& path, std::string& error) {
     return table;
 }
 
+// Of the lumo command (lumo_private_platform).
+std::atomic<const Table*> given{nullptr};
+
 Decision decide() {
+    if (const Table* own = given) return {own, "the program's own"};
     const char* word = std::getenv("LUMO_PLATFORM");
     const std::string wish = word ? word : "";
     if (wish == "software") return {&software::table(), "LUMO_PLATFORM=software"};
@@ -103,11 +112,29 @@ Decision decide() {
     return {cuda, "an NVIDIA driver and a device"};
 }
 
+void decidePanels(Decision& decision) {
+    const char* word = std::getenv("LUMO_PANELS");
+    const std::string wish = word ? word : "";
+    if (wish == "cpu")
+        decision.panels = Panels::ofCpu;
+    else if (wish == "device")
+        decision.panels = Panels::ofDevice;
+    else if (!wish.empty())
+        decision = unavailable("LUMO_PANELS=" + wish + " names no panels (cpu, device)");
+}
+
+const Kernel* kernelWith(const char* partOfName) {
+    for (const Kernel* kernel : registeredKernels())
+        if (std::strstr(kernel->name, partOfName)) return kernel;
+    return nullptr;
+}
+
 }  // namespace
 
 const Choice& choice() {
     static const auto* decision = [] {
         auto* made = new Decision(decide());
+        decidePanels(*made);
         auto* complete = new Table(*made->table);
         fillOptional(*complete, PanelThreads::ofLibrary);
         made->table = complete;
@@ -115,11 +142,13 @@ const Choice& choice() {
         if (profile && *profile && *profile != '0') made->table = &profiled(*made->table);
         return made;
     }();
-    static const Choice chosen{decision->table, decision->reason.c_str(), decision->available};
+    static const Choice chosen{decision->table, decision->reason.c_str(), decision->available,
+                               kernelWith, decision->panels};
     return chosen;
 }
 
-const Choice* lumo_private_platform() {
+const Choice* lumo_private_platform(const Table* own) {
+    if (own) given = own;
     return &choice();
 }
 

@@ -39,16 +39,23 @@ cudaError_t cudaLaunch(const char* stub);
 namespace platform {
 
 // Which platform runs and why it was chosen; chooses it if no call has yet.
+// Who is to factorise panels, where either can.
+enum class Panels { asTuned, ofCpu, ofDevice };
+
 struct Choice {
     const Table* table;
     const char* reason;
     bool available;  // or the reason is why nothing can run
+    // A kernel of the library whose mangled name has this in it; null if there is none.
+    const Kernel* (*kernel)(const char* partOfName);
+    Panels panels;
 };
 const Choice& choice();
 
 // The same for the lumo command, which uses the shared library of its own version: exported, but
-// no part of the interface.
-extern "C" __attribute__((visibility("default"))) const Choice* lumo_private_platform();
+// no part of the interface. A platform of the command's own runs if nothing has been chosen yet.
+extern "C" __attribute__((visibility("default"))) const Choice* lumo_private_platform(
+    const Table* own);
 
 // Calls an entry of the chosen platform's table.
 template <auto entry, class = decltype(entry)>

@@ -62,7 +62,7 @@ TEST_F(CudaPlugin, SpeaksCuda3Errors) {
     EXPECT_STREQ("no CUDA-capable device is detected", table_->getErrorString(38));
     EXPECT_NE(std::string(table_->getErrorString(32)).find("too large"), std::string::npos);
     // A launch that was not configured, of a kernel that does not exist.
-    const platform::Kernel unknown{"no such kernel", nullptr};
+    const platform::Kernel unknown{"no such kernel", nullptr, nullptr};
     EXPECT_EQ(1, table_->launch(&unknown, 0));
     EXPECT_EQ(1, table_->getLastError());
     EXPECT_EQ(0, table_->getLastError());

@@ -24,7 +24,8 @@ LUMO_KERNEL void CountKernel2D(int* counts, int ld, int m, int n) {
 
 using namespace cudalib;
 
-LUMO_REGISTER(lumo::Types<int>, &CountKernel1D<Map1D>, &CountKernel2D<Map2D>)
+LUMO_REGISTER(lumo::Types<int>, cudalib::Kernel<&CountKernel1D<Map1D>, cudalib::OnElement>,
+              cudalib::Kernel<&CountKernel2D<Map2D>, cudalib::OnElement>)
 
 namespace {
 

@@ -7,7 +7,7 @@
 //         });
 //     }
 //
-//     LUMO_REGISTER(lumo::ElementTypes, &Fill_k<T>)
+//     LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&Fill_k<T>, cudalib::OnVector<T, 1>>)
 //
 // A kernel is a function template marked LUMO_KERNEL whose only statement is cudalib::kernel(f) or
 // the call of a LUMO_DEVICE function that ends there; f is the kernel's text for one block
@@ -18,7 +18,8 @@
 //
 // The function runs one block on both devices, on a GPU the thread's part of it. Its address is the
 // handle that it is launched by; its mangled name, equal under both compilers, is the kernel's
-// name. LUMO_REGISTER registers kernels for each type T of a list, at the end of a unit.
+// name. LUMO_REGISTER registers kernels for each type T of a list, at the end of a unit, each with
+// the description of what it costs (work.h).
 #pragma once
 
 #include <cstddef>
@@ -30,6 +31,7 @@
 
 #include "common/element_types.h"
 #include "cudalib/block.h"
+#include "cudalib/work.h"
 
 #ifdef __CUDACC__
 #define LUMO_KERNEL __global__
@@ -83,7 +85,7 @@ struct Instance {
     const void* stub;
 };
 
-template <auto* function>
+template <auto* function, class Description>
 Instance instance() {
     return {mangledName<function>(), reinterpret_cast<const void*>(function)};
 }
@@ -219,15 +221,25 @@ struct Instance {
     const void* stub;
 };
 
-template <auto* function, class... Parameters>
+// What a launch costs that has these arguments, which are not looked behind.
+template <class Description, class... Parameters>
+Work workOf(const unsigned char* arguments) {
+    std::size_t offset = 0;
+    // Braces: the arguments are unpacked in order.
+    const std::tuple<Parameters...> all{unpack<Parameters>(arguments, offset)...};
+    return std::apply([](const auto&... each) { return Description::of(each...); }, all);
+}
+
+template <auto* function, class Description, class... Parameters>
 Instance instanceOf(void (*)(Parameters...)) {
-    return {{mangledName<function>(), &runOnCpu<function, Parameters...>},
+    return {{mangledName<function>(), &runOnCpu<function, Parameters...>,
+             &workOf<Description, Parameters...>},
             reinterpret_cast<const void*>(function)};
 }
 
-template <auto* function>
+template <auto* function, class Description>
 Instance instance() {
-    return instanceOf<function>(function);
+    return instanceOf<function, Description>(function);
 }
 
 class Registration {
@@ -256,10 +268,16 @@ class Registration {
 
 #endif
 
-template <auto*... functions>
+// A kernel and the description of its cost.
+template <auto* function, class Description>
+struct Kernel {
+    static Instance registered() { return instance<function, Description>(); }
+};
+
+template <class... Kernel>
 struct Kernels {
     static void appendTo(std::vector<Instance>& instances) {
-        (instances.push_back(instance<functions>()), ...);
+        (instances.push_back(Kernel::registered()), ...);
     }
 };
 

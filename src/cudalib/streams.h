@@ -32,7 +32,12 @@ class Event {
 // A stream that is waited for before it goes: what it has been given uses memory that may go next.
 class Stream {
   public:
-    Stream() { checkCudaError(cudaStreamCreate(&stream_)); }
+    enum Urgency { ordinary, urgent };  // whose kernels get free processors first
+
+    explicit Stream(Urgency urgency = ordinary) {
+        checkCudaError(urgency == urgent ? platform::urgentStreamCreate(&stream_)
+                                         : cudaStreamCreate(&stream_));
+    }
     ~Stream() {
         cudaStreamSynchronize(stream_);
         cudaStreamDestroy(stream_);

@@ -18,10 +18,10 @@ namespace lumo {
 template <class T>
 class DeviceLuPanels {
   public:
-    // Whether this device is to have panels of m rows.
-    static bool serve(int m) {
-        return computeCapability() >= getrfTuning<T>.devicePanelsFrom &&
-               m <= LuPanel<T>::mostRows();
+    // Of the device's panels in a factorisation of so many rows and steps; 0 if it is to have the
+    // CPU's.
+    static int width(int m, int steps) {
+        return m <= LuPanel<T>::mostRows() ? luPanels<T>.width(steps) : 0;
     }
 
     // Of a matrix of m rows and the first `steps` columns, in panels of up to nb columns. The
@@ -31,7 +31,7 @@ class DeviceLuPanels {
           m_(m),
           steps_(steps),
           nb_(nb),
-          strip_(std::min(nb, getrfTuning<T>.stripColumns)),
+          strip_(std::min(nb, luPanels<T>.strip)),
           ipiv_(ipiv),
           kernel_(m),
           pivots_(std::size_t(steps) + 1),
@@ -41,15 +41,21 @@ class DeviceLuPanels {
         device_.panelWaits();
         const cudalib::OnStream here(stream_);
         for (int i = j; i < j + jb; i += strip_) {
-            const int width = std::min(strip_, j + jb - i), right = i + width;
+            const int width = std::min(strip_, j + jb - i);
             kernel_.factorize(m_ - i, width, a_.at(i, i), a_.ld, i, pivots_.data() + i, moves(i),
                               pivots_.data() + steps_);
-            permuteRowsThere(i - j, a_.at(i, j), a_.ld, moves(i));
-            permuteRowsThere(j + jb - right, a_.at(i, right), a_.ld, moves(i));
-            eliminate(a_, m_, i, width, right, j + jb - right);
+            apply(i, width, i - j, i + width, j + jb - i - width);
         }
     }
     void finish(int, int) const { device_.waitForPanel(); }
+    void updateNext(int j, int jb, int next, int /*all*/) const {
+        for (int i = j; i < j + jb; i += strip_)
+            apply(i, std::min(strip_, j + jb - i), 0, j + jb, next);
+    }
+    void updateRest(int j, int jb, int first, int columns) const {
+        interchange(first, columns, j, jb);
+        eliminate(a_, m_, j, jb, first, columns);
+    }
     void interchange(int first, int columns, int j, int jb) const {
         for (int i = j; i < j + jb; i += strip_)
             permuteRowsThere(columns, a_.at(i, first), a_.ld, moves(i));
@@ -60,10 +66,15 @@ class DeviceLuPanels {
         cudalib::checkCudaError(cudaMemcpy(found.data(), pivots_.data(), found.size() * sizeof(int),
                                            cudaMemcpyDeviceToHost));
         std::copy_n(found.begin(), steps_, ipiv_);
-        return found.back();
+        return found.back() > steps_ ? 0 : found.back();
     }
 
   private:
+    // The strip from column i on: rows of the columns left of it, all of `columns` from `first` on.
+    void apply(int i, int width, int left, int first, int columns) const {
+        LuPanel<T>::applyTo(left, columns, a_.at(i, first), width, a_.at(i, i), a_.ld, moves(i));
+        subtractProduct(a_, m_, i, width, first, columns);
+    }
     int strips() const { return (nb_ - 1) / strip_ + 1; }
     // Of the strip from column i on. Each has a table of its own: the device's stream may still be
     // moving rows by one when the panels' stream is far ahead.
@@ -75,7 +86,7 @@ class DeviceLuPanels {
     const LuPanel<T> kernel_;
     const cudalib::Workspace<int> pivots_;  // and the first zero pivot
     const cudalib::Workspace<RowMoves> moves_;
-    const cudalib::Stream stream_;
+    const cudalib::Stream stream_{cudalib::Stream::urgent};
     const StreamBesidePanel device_{stream_};
 };
 

@@ -43,8 +43,8 @@ struct Dsgesv {
     template <class F>
     auto operands(F f) {
         return f(factorized(a, lda, n, n, Access::scratch), matrix(b, ldb, n, nrhs, Access::in),
-                 matrix(x, ldx, n, nrhs, Access::out), adjacent(ipiv, n, Access::out),
-                 adjacent(iter, 1, Access::out));
+                 matrix(x, ldx, n, nrhs, Access::out), staying(ipiv, n, Access::out),
+                 staying(iter, 1, Access::out));
     }
     void run() const;
 };

@@ -40,7 +40,7 @@ struct Getrs {
     template <class F>
     auto operands(F f) {
         return f(matrix(a, lda, n, n, Access::in), matrix(b, ldb, n, nrhs, Access::inOut),
-                 adjacent(ipiv, n, Access::in));
+                 staying(ipiv, n, Access::in));
     }
     void run() const;
 };

@@ -3,6 +3,7 @@
 
 #include "basic/PermuteRows/PermuteRows.h"
 #include "common/matrix.h"
+#include "lapack/eliminate.h"
 #include "lapack/host_lapack.h"
 #include "lapack/panel_transfer.h"
 
@@ -28,6 +29,15 @@ class HostLuPanels {
         for (int i = j; i < j + jb; ++i) ipiv_[i] += j;  // from the panel's own rows
         panel_.startUpload(a_.at(j, j), a_.ld, m_ - j, jb);
         device_.waitForPanel();
+    }
+    // The next columns of all that is right of the panel, which is exchanged in one launch; the
+    // rest.
+    void updateNext(int j, int jb, int next, int all) const {
+        interchange(j + jb, all, j, jb);
+        eliminate(a_, m_, j, jb, j + jb, next);
+    }
+    void updateRest(int j, int jb, int first, int columns) const {
+        eliminate(a_, m_, j, jb, first, columns);
     }
     void interchange(int first, int columns, int j, int jb) const {
         permuteRows(columns, a_.at(0, first), a_.ld, j + 1, j + jb, ipiv_);

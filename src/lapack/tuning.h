@@ -2,10 +2,12 @@
 // reach blocked paths with small matrices.
 #pragma once
 
-#include <climits>
+#include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "basic/LuPanel/shape.h"
+#include "basic/QrPanel/shape.h"
 #include "common/complex.h"
 #include "common/state.h"
 #include "platform/cuda3.h"
@@ -28,14 +30,36 @@ struct BlockSize {
 struct GetrfTuning {
     BlockSize base;   // a panel has twice as many columns
     int squareOrder;  // square matrices from this order on are factorised transposed
-    // The capability from which on the device factorises its panels, by strips of so many columns:
-    // none, until it has been measured where that is faster than the CPU.
-    int devicePanelsFrom = INT_MAX;
-    int stripColumns = luPanelColumns;
 };
 
 template <class T>
 inline GetrfTuning getrfTuning{{32, 96, 32}, 513};
+
+// Panels that the device itself factorises, where they lie (LuPanel, QrPanel), if it can.
+struct DevicePanels {
+    struct Width {
+        int from, columns;  // of a panel, if there are so many columns to be factorised or more
+    };
+    int capability;  // the device's, from which on
+    int strip;       // columns that one launch factorises
+    std::array<Width, 3> widths;
+
+    // 0 where panels are the CPU's. LUMO_PANELS overrides what is tuned, not what is possible.
+    int width(int steps) const {
+        using platform::Panels;
+        const Panels wish = platform::choice().panels;
+        if (wish == Panels::ofCpu || computeCapability() < capability) return 0;
+        int columns = wish == Panels::ofDevice ? widths.front().columns : 0;
+        for (const Width& w : widths)
+            if (steps >= w.from) columns = w.columns;
+        return std::min(columns, steps);
+    }
+};
+
+template <class T>
+inline DevicePanels luPanels{70, luPanelColumns, {{{300, 32}, {3000, 64}, {12000, 128}}}};
+template <class T>
+inline DevicePanels qrPanels{70, qrPanelColumns<T>, {{{100, 64}, {3000, 64}, {12000, 128}}}};
 
 // The order of the CPU's blocks of the diagonal.
 template <class T>

@@ -40,8 +40,9 @@ struct MatrixOperand {
     int* ld;
     int rows, columns;
     Access access;
-    bool factorized;  // gone through many times: its columns had better not lie badly
-    bool triangle;    // of which the call knows one triangle only
+    bool factorized;           // gone through many times: its columns had better not lie badly
+    bool triangle;             // of which the call knows one triangle only
+    bool staysOnHost = false;  // where a host caller has it: the work takes it from there
 };
 
 // A vector with an increment, which may be negative.
@@ -53,6 +54,11 @@ struct VectorOperand {
     int length;
     Access access;
 };
+
+template <class Operand>
+constexpr bool isVector = false;
+template <class P>
+constexpr bool isVector<VectorOperand<P>> = true;
 
 template <class P>
 MatrixOperand<P> matrix(P& a, int& lda, int rows, int columns, Access access) {
@@ -74,6 +80,10 @@ MatrixOperand<P> triangle(P& a, int& lda, int order, Access access) {
 template <class P>
 MatrixOperand<P> adjacent(P& x, int length, Access access) {
     return {x, nullptr, length, 1, access, false, false};
+}
+template <class P>
+MatrixOperand<P> staying(P& x, int length, Access access) {
+    return {x, nullptr, length, 1, access, false, false, true};
 }
 template <class P>
 VectorOperand<P> vector(P& x, int& incx, int length, Access access) {

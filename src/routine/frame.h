@@ -67,7 +67,9 @@ HostBoundMatrix<T> copyOf(const MatrixOperand<P>& o) {
     return {{unsigned(o.rows), unsigned(o.columns)},
             const_cast<T*>(o.pointer),
             o.ld ? *o.ld : o.rows,
-            o.triangle ? transferOfPart(o.access) : transferOf(o.access),
+            o.staysOnHost ? noTransfer
+            : o.triangle  ? transferOfPart(o.access)
+                          : transferOf(o.access),
             1,
             o.factorized ? pitched : anywhere};
 }
@@ -82,7 +84,7 @@ HostBoundMatrix<T, cudalib::CudaAllocator> copyOf(const VectorOperand<P>& o) {
 
 template <class P, class Copy>
 void useCopy(const MatrixOperand<P>& o, const Copy& copy) {
-    if (o.access == Access::none) return;
+    if (o.access == Access::none || o.staysOnHost) return;
     o.pointer = copy.data();
     if (o.ld) *o.ld = copy.leadingDimension();
 }
@@ -138,8 +140,9 @@ lumoStatus onHost(Routine routine) {
         checkArguments(routine);
         if (routine.empty()) return runOnCopies(routine);
         if constexpr (mayBeSmall<Routine>)
-            if (platform::sharesMemory() && !hooksAreSet() && routine.isSmall() &&
-                routine.operands([](auto... o) { return (isAligned(o.pointer) && ...); }))
+            if (platform::sharesMemory() && !hooksAreSet() &&
+                routine.operands([](auto... o) { return (isAligned(o.pointer) && ...); }) &&
+                routine.isSmall())
                 return routine.runOnCpu();
         return routine.operands([&](auto... operands) {
             return onCopies(

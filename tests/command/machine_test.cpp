@@ -1,4 +1,4 @@
-// What the command tells of the machine: lumo info, bench and tune.
+// What the command tells of the machine, and of others: lumo info, bench, tune, predict, calibrate.
 #include <cmath>
 #include <csignal>
 #include <regex>
@@ -14,9 +14,11 @@ TEST_F(Command, TellsWhatItRunsOn) {
     EXPECT_EQ(0, outcome.code);
     expectWords(outcome.out, {"software (LUMO_PLATFORM=software)", "device 0", "capability", "MiB",
                               "MHz", "CPU LAPACK:", "CUDA runtime:", "CUDA driver:"});
-    const Outcome refused = shell("LUMO_PLATFORM=abacus '" LUMO_COMMAND "' info");
-    EXPECT_EQ(1, refused.code);
-    expectWords(refused.out, {"LUMO_PLATFORM=abacus names no platform"});
+    for (const std::string platform : {"abacus", "timeline"}) {
+        const Outcome refused = shell("LUMO_PLATFORM=" + platform + " '" LUMO_COMMAND "' info");
+        EXPECT_EQ(1, refused.code);
+        expectWords(refused.out, {"LUMO_PLATFORM=" + platform + " names no platform"});
+    }
 }
 
 TEST_F(Command, SaysWhatIsWrongWithItsArguments) {
@@ -26,7 +28,10 @@ TEST_F(Command, SaysWhatIsWrongWithItsArguments) {
                                               {"lstsq A B --precision mixed", "not in {s,d}"},
                                               {"svd A --precision mixed", "not in {s,d}"},
                                               {"svd A -k 0", "0 not in range 1 to 2147483647"},
-                                              {"tune -n 0", "0 not in range 64 to 32768"}};
+                                              {"tune -n 0", "0 not in range 64 to 32768"},
+                                              {"predict sgetrf", "--size is required"},
+                                              {"predict sgetrf -n 5,0", "0 not in range 1 to"},
+                                              {"predict sgetrf -n 4k", "4k"}};
     for (const auto& c : cases) {
         const Outcome outcome = run(c[0]);
         EXPECT_LT(100, outcome.code);
@@ -59,6 +64,48 @@ TEST_F(Command, DrawsItsSpeed) {
     const auto without = shell("PATH=/absent '" LUMO_COMMAND "' bench sgemm -n 16 --plot y.svg");
     EXPECT_EQ("", without.out);
     expectWords(without.err, {"lumo: y.svg: ", "gnuplot-nox"});
+}
+
+TEST_F(Command, PredictsAndSaysThatItDoes) {
+    const Outcome outcome = run("predict sgetrf cgesv -n 100000,500,200000 --json p.json");
+    EXPECT_EQ(0, outcome.code) << outcome.err;
+    expectWords(outcome.out,
+                {"PREDICTION, nothing was computed: NVIDIA H100", "host memory", "sgetrf       500",
+                 "the GPU waited for", "the critical path", "200000 fails: Insufficient memory"});
+    expectWords(read(folder / "p.json"),
+                {"\"kind\": \"prediction\", \"computed\": false", "\"predicted_seconds\": ",
+                 "\"failure\": \"Insufficient memory", "\"critical_path\": {\"kernels\": "});
+    expectRefusal("predict sgetrf -n 8 --machine abacus", {"abacus is neither", " h100 "});
+    expectRefusal("predict sgemn -n 8", {"sgemn", " sgemm "});
+    expectRefusal("predict sgetrf --values -n 8", {"--values is for gesvd alone"});
+    write("my.ini", "[device]\nname = mine\n");
+    expectRefusal("predict sgetrf -n 8 --machine my.ini", {"my.ini, line 2: name has no source"});
+}
+
+TEST_F(Command, PredictsEveryRoutine) {
+    const std::string refusal = shell("'" LUMO_COMMAND "' predict none -n 8 2>&1").out;
+    const std::string names = refusal.substr(refusal.find(": ", refusal.find("these are")) + 1);
+    expectWords(names, {" sgemm ", " zgemv ", " csymm ", " cgesvd ", " sgglse "});
+    for (const char* interface : {"", " --device"}) {
+        const Outcome outcome = shell("'" LUMO_COMMAND "' predict -n 90,700 --machine a100" +
+                                      std::string(interface) + " " + names);
+        EXPECT_EQ(0, outcome.code) << outcome.err;
+        EXPECT_EQ(outcome.out.npos, outcome.out.find("fails")) << outcome.out;
+        std::istringstream words(names);
+        for (std::string name; words >> name;) expectWords(outcome.out, {"\n" + name + " "});
+    }
+}
+
+// The clock's own machine, whose prediction of itself is beside what it measures.
+TEST_F(Command, CalibratesThisMachine) {
+    EXPECT_EQ(0, run("calibrate -o here.ini --name 'This one'").code) << read(folder / "err");
+    expectWords(read(folder / "here.ini"), {"name = This one  ; ", "; measured by lumo calibrate"});
+    const std::string picture = shell("command -v gnuplot").code ? "" : " --plot p.svg";
+    const Outcome outcome =
+        run("predict sgesvd --values -n 64,256 --machine here.ini --against cpu" + picture);
+    EXPECT_EQ(0, outcome.code) << outcome.err;
+    expectWords(outcome.out, {"PREDICTION, nothing was computed: This one (here.ini)", "CPU ms"});
+    if (!picture.empty()) expectWords(read(folder / "p.svg"), {"Prediction: This one"});
 }
 
 TEST(SpeedCurve, CrossesWhereLumoStaysFaster) {

@@ -36,9 +36,8 @@ auto dsgesvCall(const Matrix<T>& a, const Matrix<T>& b, int steps, Interface whe
         for (int pivot : ipiv.now().data) EXPECT_TRUE(pivot >= 1 && pivot <= a.n);
     };
     return routineCall<T>(
-        where, [](auto e) { return e.dsgesv; }, check, a.n, b.n, a,
-        Adjacent<int>{blank<int>(a.n)}, b, blank<T>(b.m, b.n, b.m + 1),
-        Adjacent<int>{blank<int>(1)});
+        where, [](auto e) { return e.dsgesv; }, check, a.n, b.n, a, Adjacent<int>{blank<int>(a.n)},
+        b, blank<T>(b.m, b.n, b.m + 1), Adjacent<int>{blank<int>(1)});
 }
 
 // A matrix that single precision cannot do: too large (-2), a column lost by underflow (-3), two

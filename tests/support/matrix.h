@@ -136,7 +136,8 @@ class Operand {
             there_ = std::make_unique<OnDevice<T>>(before);
         else
             here_.resize(start_ + before.data.size() * sizeof(T));
-        if (!here_.empty()) std::memcpy(here_.data() + start_, before.data.data(), size());
+        if (!there_ && !before.data.empty())
+            std::memcpy(here_.data() + start_, before.data.data(), size());
     }
     // Null for a matrix without columns.
     T* at() {

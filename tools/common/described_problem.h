@@ -5,17 +5,16 @@
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <numeric>
 #include <type_traits>
 #include <vector>
 
 #include "blas/cublas.h"
 #include "common/measure.h"
+#include "common/plain_pivots.h"
 #include "common/routines.h"
 #include "lapack/gels.h"
 #include "lapack/geqrf.h"
 #include "lapack/gesvd.h"
-#include "lapack/getrs.h"
 #include "lapack/gglse.h"
 #include "lapack/orgqr.h"
 #include "lapack/ormqr.h"
@@ -51,10 +50,8 @@ void call(void* routine, P... arguments) {
 
 // Makes random operands those of a call that makes sense: factors of something.
 template <class Routine>
-void makeSense(Routine&) {}
-template <class T>
-void makeSense(Getrs<T>& r) {
-    std::iota(const_cast<int*>(r.ipiv), const_cast<int*>(r.ipiv) + r.n, 1);
+void makeSense(Routine& routine) {
+    fillPivots(routine);
 }
 template <class T>
 void factorize(int m, int k, const T* a, int lda, const T* tau) {

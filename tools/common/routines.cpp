@@ -11,6 +11,7 @@
 #include "blas/syrk.h"
 #include "blas/triangular.h"
 #include "common/described_problem.h"
+#include "common/planned_call.h"
 #include "lapack/gesv.h"
 #include "lapack/getrf.h"
 #include "lapack/getrs.h"
@@ -117,7 +118,8 @@ Ormqr<T> unmqr(Shape s) {
 }
 template <class T>
 Gesvd<T> gesvd(Shape s) {
-    return {'S', 'S', s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
+    const char job = s.k > 0 ? 'S' : 'N';
+    return {job, job, s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
 }
 
 Shape square(int n) {
@@ -131,17 +133,23 @@ Shape quarterConstrained(int n) {
 }
 
 template <class Routine, class Function>
-MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Shape), Function lumo,
-                         Shape (*shapeOf)(int)) {
+MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Shape), Function host,
+                         Function device, Shape (*shapeOf)(int)) {
     const double perElement = isComplex<typename Routine::Element> ? 4 : 1;
     const auto make = [=](Shape s) -> std::unique_ptr<Problem> {
-        return std::make_unique<DescribedProblem<Routine, Function>>(describe(s), lumo);
+        return std::make_unique<DescribedProblem<Routine, Function>>(describe(s), host);
     };
-    return {name, perElement * flops, make, [=](int n) { return make(shapeOf(n)); }};
+    const auto plan = [=](Function function) {
+        return [=](Shape s, const Reserve& reserve) {
+            return plannedCall(describe(s), function, reserve);
+        };
+    };
+    return {name,    perElement * flops, make,        [=](int n) { return make(shapeOf(n)); },
+            shapeOf, plan(host),         plan(device)};
 }
 
 #define LUMO_MEASURED(letter, LETTER, T, name, flops, shape) \
-    measured(#letter #name, flops, &name<T>, &lumo##LETTER##name, shape)
+    measured(#letter #name, flops, &name<T>, &lumo##LETTER##name, &lumoDevice##LETTER##name, shape)
 #define LUMO_MEASURED_S_D(name, flops, shape) \
     LUMO_MEASURED(s, S, float, name, flops, shape), LUMO_MEASURED(d, D, double, name, flops, shape)
 #define LUMO_MEASURED_C_Z(name, flops, shape)                \
@@ -179,6 +187,15 @@ const std::vector<MeasuredRoutine>& measuredRoutines() {
         LUMO_MEASURED_C_Z(hemm, 0, square),
         LUMO_MEASURED_C_Z(herk, 0, square),
         LUMO_MEASURED_C_Z(her2k, 0, square)};
+    return all;
+}
+
+// Complex symm and syr2k compute the Hermitian products, under names that are others' in the BLAS.
+std::vector<MeasuredRoutine> allRoutines() {
+    std::vector<MeasuredRoutine> all = measuredRoutines();
+    for (MeasuredRoutine& routine : std::vector<MeasuredRoutine>{
+             LUMO_MEASURED_C_Z(symm, 0, square), LUMO_MEASURED_C_Z(syr2k, 0, square)})
+        all.push_back(std::move(routine));
     return all;
 }
 

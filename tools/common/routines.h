@@ -2,6 +2,7 @@
 // by a CPU library, on data of its own.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -9,10 +10,15 @@
 
 namespace lumo {
 
-// k: the inner extent of a product, right-hand sides, constraints.
+// k: the inner extent of a product, right-hand sides, constraints; 0 for singular values alone.
 struct Shape {
     int m, n, k;
 };
+
+// Memory of so many bytes for an operand; pivots want the host's, which can be read.
+using Reserve = std::function<void*(std::size_t bytes, bool pivots)>;
+// Calls a routine of Lumo's: the status.
+using PlannedCall = std::function<int()>;
 
 // Calls of one routine on operands that it may overwrite.
 class Problem {
@@ -35,9 +41,15 @@ struct MeasuredRoutine {
     std::function<std::unique_ptr<Problem>(Shape)> make;
     // One of order n, with one right-hand side; a quarter of the unknowns are constrained.
     std::function<std::unique_ptr<Problem>(int n)> makeSquare;
+    // Such a problem's shape, and its call on memory that need not be there, by the host or the
+    // device function.
+    Shape (*shapeOf)(int n);
+    std::function<PlannedCall(Shape, const Reserve&)> planHost, planDevice;
 };
 
 const std::vector<MeasuredRoutine>& measuredRoutines();
+// Those, and what the CPU library has nothing to compare with: all that there are.
+std::vector<MeasuredRoutine> allRoutines();
 const MeasuredRoutine& measuredRoutine(const std::string& name);
 
 // The routine of the CPU library that this program is linked to. Throws if it has none.

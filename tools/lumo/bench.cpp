@@ -11,6 +11,7 @@
 #include "common/progress.h"
 #include "common/routines.h"
 #include "gnuplot.h"
+#include "json.h"
 #include "output_file.h"
 #include "session.h"
 
@@ -19,11 +20,6 @@ namespace {
 
 // A ladder ends where a call takes longer.
 constexpr double longCall = 1;
-
-void deliver(OutputFile& file) {
-    file.commit();
-    std::printf("written: %s\n", file.name().c_str());
-}
 
 // Median seconds of a call of order n.
 std::pair<double, double> timesOf(const MeasuredRoutine& routine, int n) {
@@ -76,12 +72,6 @@ std::vector<MeasuredRoutine> routinesWithFlops() {
     for (const MeasuredRoutine& routine : measuredRoutines())
         if (routine.flops > 0) routines.push_back(routine);
     return routines;
-}
-
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text) result += (c == '"' || c == '\\' ? "\\" : "") + std::string(1, c);
-    return result + "\"";
 }
 
 std::string json(const std::string& device, const std::vector<SpeedCurve>& curves) {

@@ -1,4 +1,4 @@
-// A picture of what `lumo bench` measured.
+// A picture of what `lumo bench` measured, or `lumo predict` found.
 #pragma once
 
 #include <string>
@@ -9,7 +9,9 @@
 
 namespace lumo {
 
-// A panel for each routine, both axes logarithmic, the crossover marked.
-void plotSpeeds(OutputFile& file, const std::string& title, const std::vector<SpeedCurve>& curves);
+// A panel for each routine, both axes logarithmic, the crossover marked. `ours` is what Lumo's
+// curve is called.
+void plotSpeeds(OutputFile& file, const std::string& title, const std::vector<SpeedCurve>& curves,
+                const std::string& ours = "Lumo");
 
 }  // namespace lumo

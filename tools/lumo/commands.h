@@ -31,6 +31,23 @@ struct TuneOptions {
 };
 void tune(const TuneOptions& options);
 
+struct PredictOptions {
+    std::vector<std::string> routines;  // as "sgetrf"
+    std::vector<int> sizes;             // orders of the problems
+    std::string machine = "h100";       // a name, or a file
+    bool device = false;                // operands in device memory
+    bool values = false;                // singular values alone
+    std::string against;                // "cpu", or empty
+    std::string json, plot;             // files, if wanted
+};
+void predict(const PredictOptions& options);
+
+struct CalibrateOptions {
+    std::string file;  // the standard output if empty
+    std::string name;  // the device's own if empty
+};
+void calibrate(const CalibrateOptions& options);
+
 struct SvdTask {
     std::string a;           // a matrix or an image
     std::vector<int> ranks;  // of the approximations that are wanted

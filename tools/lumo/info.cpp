@@ -14,7 +14,7 @@ namespace {
 constexpr double mebibyte = 1 << 20;
 
 const platform::Table& table() {
-    return *platform::lumo_private_platform()->table;
+    return *platform::lumo_private_platform(nullptr)->table;
 }
 
 std::string versionText(int (*query)(int*)) {
@@ -69,7 +69,7 @@ void printCpuLapack() {
 }  // namespace
 
 void showInfo() {
-    const platform::Choice& choice = *platform::lumo_private_platform();
+    const platform::Choice& choice = *platform::lumo_private_platform(nullptr);
     std::printf("Lumo:           %s\n", LUMO_VERSION);
     std::printf("platform:       %s (%s)\n", choice.table->name, choice.reason);
     std::printf("CUDA runtime:   %s\n", versionText(table().runtimeGetVersion).c_str());

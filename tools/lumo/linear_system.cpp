@@ -95,7 +95,7 @@ void warnOfExtremes(const std::vector<T>& data, const std::string& file, const s
 }
 
 void printPlatform(const Session& session) {
-    std::printf("platform:   %s\n", platform::lumo_private_platform()->table->name);
+    std::printf("platform:   %s\n", platform::lumo_private_platform(nullptr)->table->name);
     std::printf("device:     %s\n", session.device().c_str());
 }
 

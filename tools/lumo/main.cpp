@@ -91,6 +91,42 @@ void addTune(CLI::App& app, lumo::TuneOptions& options) {
     command->callback([&options] { lumo::tune(options); });
 }
 
+void addPredict(CLI::App& app, lumo::PredictOptions& options) {
+    CLI::App* command = app.add_subcommand(
+        "predict",
+        "Predict what a routine takes on a machine that is described, and what it waits "
+        "for there");
+    command->add_option("ROUTINE", options.routines, "As sgetrf; several: sgetrf sgesv")
+        ->required();
+    command->add_option("-n,--size", options.sizes, "The order of the problem; several: N,N,N")
+        ->delimiter(',')
+        ->allow_extra_args(false)  // which would be routines
+        ->required()
+        ->check(CLI::Range(1, 1000000).description(""))
+        ->type_name("N");
+    command->add_option("--machine", options.machine, "h100, h200, a100, laptop, or a machine file")
+        ->capture_default_str();
+    command->add_flag("--device", options.device, "Matrices in device memory");
+    command->add_flag("--values", options.values, "Of gesvd: singular values without vectors");
+    command->add_option("--against", options.against, "cpu: beside this machine's CPU library")
+        ->check(CLI::IsMember({"cpu"}));
+    command->add_option("--json", options.json, "Write the prediction to this file");
+    command->add_option("--plot", options.plot, "Draw the speeds to this .svg, .png or .pdf file");
+    command->callback([&options] { lumo::predict(options); });
+    command->footer(
+        "Nothing is computed: the library runs on a platform that only keeps time, as the "
+        "machine's "
+        "file\nsays. lumo calibrate writes such a file.");
+}
+
+void addCalibrate(CLI::App& app, lumo::CalibrateOptions& options) {
+    CLI::App* command =
+        app.add_subcommand("calibrate", "Measure what this machine's parts take, for lumo predict");
+    command->add_option("-o,--output", options.file, "Write the machine file to this file");
+    command->add_option("--name", options.name, "The machine's name in it");
+    command->callback([&options] { lumo::calibrate(options); });
+}
+
 void addSvd(CLI::App& app, lumo::SvdTask& task) {
     CLI::App* command = app.add_subcommand(
         "svd", "Singular values of a matrix, and approximations of lower rank, also of images");
@@ -161,12 +197,16 @@ int main(int argc, char** argv) {
     lumo::BenchOptions benchOptions;
     lumo::SvdTask svdTask;
     lumo::TuneOptions tuneOptions;
+    lumo::PredictOptions predictOptions;
+    lumo::CalibrateOptions calibrateOptions;
     addInfo(app);
     addSolve(app, files);
     addLstsq(app, files);
     addBench(app, benchOptions);
     addSvd(app, svdTask);
     addTune(app, tuneOptions);
+    addPredict(app, predictOptions);
+    addCalibrate(app, calibrateOptions);
     try {
         int code = 0;
         try {

@@ -90,6 +90,11 @@ void OutputFile::commit() {
     temporary_->exists = false;
 }
 
+void deliver(OutputFile& file) {
+    file.commit();
+    std::printf("written: %s\n", file.name().c_str());
+}
+
 std::unique_ptr<OutputFile> openOutput(const std::string& file) {
     return file.empty() ? nullptr : std::make_unique<OutputFile>(file);
 }

@@ -49,6 +49,9 @@ class OutputFile {
     std::ostream out_;
 };
 
+// Commits a file, and says so.
+void deliver(OutputFile& file);
+
 // Null for an empty name.
 std::unique_ptr<OutputFile> openOutput(const std::string& file);
 

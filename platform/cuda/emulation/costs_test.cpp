@@ -4,7 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <iterator>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "lumo.h"
@@ -119,6 +124,44 @@ TEST_F(Costs, LargeCopiesPassThroughPageLockedMemory) {
             ASSERT_EQ(int(i) % ld < rows ? source[i] : 7, result[i]) << i;
     }
 }
+
+#ifdef LUMO_COMMAND
+// What `lumo predict` counts of a call is what the GPU is given.
+TEST_F(Costs, AreThoseOfThePrediction) {
+    const int n = 320;
+    auto a = random(n, n), b = random(n, 1);
+    std::vector<int> pivots(n);
+    const std::pair<const char*, std::function<lumoStatus()>> routines[] = {
+        {"sgetrf", [&] { return lumoSgetrf(n, n, a.data(), n, pivots.data()); }},
+        {"sgesv", [&] { return lumoSgesv(n, 1, a.data(), n, pivots.data(), b.data(), n); }},
+        {"sgeqrf", [&] { return lumoSgeqrf(n, n, a.data(), n, b.data()); }},
+        {"sgels", [&] { return lumoSgels('N', n, n, 1, a.data(), n, b.data(), n); }},
+        {"sgesvd --values", [&] {
+             return lumoSgesvd('N', 'N', n, n, a.data(), n, b.data(), nullptr, 1, nullptr, 1);
+         }}};
+    for (const auto& [routine, call] : routines) {
+        const std::string command = std::string("'" LUMO_COMMAND "' predict ") + routine +
+                                    " -n 320 --machine h100 --json prediction.json >/dev/null";
+        ASSERT_EQ(0, std::system(command.c_str()));
+        std::ifstream file("prediction.json");
+        const std::string text{std::istreambuf_iterator<char>(file), {}};
+        auto predicted = [&](const std::string& count) {
+            const std::size_t at = text.find("\"" + count + "\": ");
+            return at == text.npos ? -1 : std::atoll(text.c_str() + at + count.size() + 4);
+        };
+        a = random(n, n);
+        std::array<long long, 3> counts{};
+        counts[2] = of({"copy"}, [&, call = call] {
+            counts[1] = of({"cublas"}, [&] {
+                counts[0] = of({"launch"}, [&] { EXPECT_EQ(lumoNoError, call()); });
+            });
+        });
+        EXPECT_EQ(predicted("launches"), counts[0]) << routine;
+        EXPECT_EQ(predicted("cublas_calls"), counts[1]) << routine;
+        EXPECT_EQ(predicted("copies"), counts[2]) << routine;
+    }
+}
+#endif
 
 TEST_F(Costs, ASecondCallAllocatesNothing) {
     const int n = 300;

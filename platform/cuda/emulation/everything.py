@@ -42,7 +42,7 @@ class Run:
         return ", ".join(words) + (f"; {first.group(0)[:150]}" if first else "")
 
 
-def run(name: str, command: list[str], timeout: int = 900, **variables: str) -> Run:
+def run(name: str, command: list[str], timeout: int = 3600, **variables: str) -> Run:
     environment = dict(
         os.environ,
         LUMO_PLATFORM="cuda",

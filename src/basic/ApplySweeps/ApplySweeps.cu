@@ -153,4 +153,15 @@ LUMO_KERNEL void ApplySweeps_k(int m, int elements, int stages, int groups,
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &ApplySweeps_k<T>)
+// The matrix once there and back; a step of the cascade is a barrier.
+template <class T>
+struct ApplySweepsCost {
+    static cudalib::Work of(int m, int elements, int stages, int groups, const Rotation<RealOf<T>>*,
+                            int, T*, std::ptrdiff_t) {
+        const double sweeps = double(stages) * sweepsOfStage, size = double(m) * elements;
+        return {2 * size * sizeof(T) + sweeps * elements * sizeof(Rotation<RealOf<T>>),
+                size * sweeps * cudalib::flopsOfRotation<T>, double(groups + stages)};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&ApplySweeps_k<T>, ApplySweepsCost<T>>)

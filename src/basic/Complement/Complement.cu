@@ -13,4 +13,6 @@ LUMO_KERNEL void ComplementSingle_k(T* x, T* y) {
     cudalib::kernel([&](cudalib::Single single) { single.once([&] { *y = T(1) - *x; }); });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &ComplementVector_k<cudalib::Map1D, T>, &ComplementSingle_k<T>)
+LUMO_REGISTER(lumo::ElementTypes,
+              cudalib::Kernel<&ComplementVector_k<cudalib::Map1D, T>, cudalib::OnVector<T>>,
+              cudalib::Kernel<&ComplementSingle_k<T>, cudalib::OnElement>)

@@ -32,8 +32,10 @@ LUMO_KERNEL void ConjugateMatrixLower_k(int m, int n, T* a, int lda) {
     conjugatePart<Part::lower>(m, n, a, lda);
 }
 
-LUMO_REGISTER(ElementTypes, &ConjugateVector_k<cudalib::Map1D, T>)
-LUMO_REGISTER(ComplexTypes, &ConjugateMatrix_k<cudalib::Map2D, T>,
-              &ConjugateMatrixLower_k<cudalib::Map2D, T>)
+LUMO_REGISTER(ElementTypes,
+              cudalib::Kernel<&ConjugateVector_k<cudalib::Map1D, T>, cudalib::OnVector<T>>)
+LUMO_REGISTER(ComplexTypes,
+              cudalib::Kernel<&ConjugateMatrix_k<cudalib::Map2D, T>, cudalib::OnMatrix<T>>,
+              cudalib::Kernel<&ConjugateMatrixLower_k<cudalib::Map2D, T>, cudalib::OnTriangle<T>>)
 
 }  // namespace lumo

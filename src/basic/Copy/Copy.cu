@@ -1,6 +1,10 @@
 #include "basic/copy_part.h"
 
+using cudalib::Kernel;
 using cudalib::Map1D;
+using cudalib::OnElement;
+using cudalib::OnMatrix;
+using cudalib::OnVector;
 using lumo::converted;
 using lumo::RealOf;
 
@@ -49,7 +53,9 @@ LUMO_KERNEL void CopyComplexToReal_k(T* x, RealOf<T>* y) {
     copySingle(x, y);
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &CopyMatrix_k<T>, &CopyVector_k<Map1D, T>, &CopySingle_k<T>)
-LUMO_REGISTER(lumo::ComplexTypes, &CopyVectorRealToComplex_k<Map1D, T>,
-              &CopyVectorComplexToReal_k<Map1D, T>, &CopyRealToComplex_k<T>,
-              &CopyComplexToReal_k<T>)
+LUMO_REGISTER(lumo::ElementTypes, Kernel<&CopyMatrix_k<T>, OnMatrix<T>>,
+              Kernel<&CopyVector_k<Map1D, T>, OnVector<T>>, Kernel<&CopySingle_k<T>, OnElement>)
+LUMO_REGISTER(lumo::ComplexTypes, Kernel<&CopyVectorRealToComplex_k<Map1D, T>, OnVector<T>>,
+              Kernel<&CopyVectorComplexToReal_k<Map1D, T>, OnVector<T>>,
+              Kernel<&CopyRealToComplex_k<T>, OnElement>,
+              Kernel<&CopyComplexToReal_k<T>, OnElement>)

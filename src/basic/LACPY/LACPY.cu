@@ -16,4 +16,6 @@ LUMO_KERNEL void LACPY_L_Kernel(int m, int n, T* a, int lda, T* b, int ldb) {
     copyPart<Part::lower>(m, n, a, lda, b, ldb);
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &LACPY_G_Kernel<T>, &LACPY_U_Kernel<T>, &LACPY_L_Kernel<T>)
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&LACPY_G_Kernel<T>, cudalib::OnMatrix<T>>,
+              cudalib::Kernel<&LACPY_U_Kernel<T>, cudalib::OnTriangle<T>>,
+              cudalib::Kernel<&LACPY_L_Kernel<T>, cudalib::OnTriangle<T>>)

@@ -13,4 +13,11 @@ LUMO_KERNEL void LASET_k(char uplo, int m, int n, T alpha, T beta, T* a, int lda
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &LASET_k<T>)
+template <class T>
+struct LasetCost {
+    static cudalib::Work of(char uplo, int m, int n, T, T, T*, int) {
+        return {double(m) * n * sizeof(T) / (uplo == 'L' || uplo == 'U' ? 2 : 1)};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&LASET_k<T>, LasetCost<T>>)

@@ -66,5 +66,21 @@ LUMO_KERNEL void KernelLASWPCOLWide(int n, T* a, int lda, int start, int count,
     interchangeColumns(n, a, lda, start, count, piv);
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &KernelLASWP<Map1D, T>, &KernelLASWPWide<Map1D, T>,
-              &KernelLASWPCOL<Map1D, T>, &KernelLASWPCOLWide<Map1D, T>)
+// Two elements are read and written for each interchange and each column (or row). Those of a row
+// lie alone, but half of them beside those of the next interchange, which waits for this one.
+template <class T, bool alone>
+struct LaswpCost {
+    template <class Interchanges>
+    static cudalib::Work of(int n, T*, int lda, int, int count, const Interchanges&) {
+        constexpr double one = sizeof(T), other = alone ? cudalib::bytesOfLoneElement<T> : one;
+        cudalib::Work w{2. * n * count * (one + other)};
+        w.turns = count;
+        w.reach = double(n) * lda * sizeof(T);
+        return w;
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&KernelLASWP<Map1D, T>, LaswpCost<T, true>>,
+              cudalib::Kernel<&KernelLASWPWide<Map1D, T>, LaswpCost<T, true>>,
+              cudalib::Kernel<&KernelLASWPCOL<Map1D, T>, LaswpCost<T, false>>,
+              cudalib::Kernel<&KernelLASWPCOLWide<Map1D, T>, LaswpCost<T, false>>)

@@ -1,10 +1,12 @@
 #include <climits>
+#include <cmath>
 #include <limits>
 
 #include "basic/LuPanel/shape.h"
 #include "basic/magnitude.h"
 #include "cudalib/grid.h"
 #include "cudalib/kernel.h"
+#include "cudalib/lane_values.h"
 #include "platform/reciprocal.h"
 
 using lumo::luPanelColumns;
@@ -68,7 +70,7 @@ LUMO_KERNEL void LuPanel_k(int m, int n, T* a, int lda, int first, PivotOffer<T>
         LUMO_SHARED T pivotRow[columns];
         PanelGrid::Kept<T, columns> row(m);
         PanelGrid::Kept<int, 1> number(m);
-        int firstZero = 0;
+        int firstZero = INT_MAX;
 
         grid.each(m, [&](int i) {
             number(i, 0) = i;
@@ -99,7 +101,7 @@ LUMO_KERNEL void LuPanel_k(int m, int n, T* a, int lda, int first, PivotOffer<T>
             grid.barrier();
             const T diagonal = pivotRow[0];
             const lumo::Divisor<T> divided(diagonal);
-            if (diagonal == T(0) && firstZero == 0) firstZero = first + j + 1;
+            if (diagonal == T(0) && firstZero == INT_MAX) firstZero = first + j + 1;
             if (grid.block() == 0) grid.lanes(1, [&](int) { ipiv[j] = first + pivot.row + 1; });
             grid.each(m, [&](int i) {
                 int& its = number(i, 0);
@@ -133,9 +135,90 @@ LUMO_KERNEL void LuPanel_k(int m, int n, T* a, int lda, int first, PivotOffer<T>
         if (grid.block() == 0)
             grid.lanes(1, [&](int) {
                 moves->count = 2 * n;
-                if (first == 0 || *info == 0) *info = firstZero;
+                if (first == 0 || *info == INT_MAX) *info = firstZero;
             });
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &LuPanel_k<T>)
+// A block takes a few columns: its lanes move their rows, then solve for the first n of them, which
+// are not written before.
+template <class T>
+LUMO_KERNEL void LuBeside_k(int left, int right, T* b, int n, T* a, int lda,
+                            const lumo::RowMoves* moves) {
+    using Movers = cudalib::Team<lumo::movedAtOnce, 1>;
+    cudalib::kernel<lumo::movedAtOnce>([&](Movers team) LUMO_INLINED {
+        constexpr int rows = luPanelColumns, most = lumo::columnsOfBlock;
+        static_assert(rows * most == Movers::X);
+        LUMO_SHARED T triangle[rows][rows], top[most][rows];
+        cudalib::LaneValues<Movers, T> kept[most];
+        const int first = int(team.x()) * most;
+        const auto column = [&](int c) {
+            const long number = first + c - left;
+            return (number < 0 ? a : b) + number * lda;
+        };
+        for (int c = 0; c < most; ++c)
+            if (first + c < left + right)
+                team.lanes(moves->count,
+                           [&](int x) { kept[c].at(0, x) = column(c)[moves->from[x]]; });
+        for (int k = 0; k < n; ++k)
+            team.lanes(rows,
+                       [&](int r) { triangle[k][r] = r < n ? cudalib::at(a, lda, r, k) : T(0); });
+        team.barrier();
+        for (int c = 0; c < most; ++c)
+            if (first + c < left + right)
+                team.lanes(moves->count, [&](int x) {
+                    const unsigned to = moves->to[x];
+                    if (to < unsigned(n))
+                        top[c][to] = kept[c].at(0, x);
+                    else if (to != moves->from[x])
+                        column(c)[to] = kept[c].at(0, x);
+                });
+        for (int k = 0; k < n; ++k) {
+            team.barrier();
+            team.lanes(Movers::X, [&](int x) {
+                const int c = x / rows, r = x % rows;
+                if (r > k && r < n && first + c >= left)
+                    top[c][r] = top[c][r] - triangle[k][r] * top[c][k];
+            });
+        }
+        team.lanes(Movers::X, [&](int x) {
+            const int c = x / rows, r = x % rows;
+            if (r < n && first + c < left + right) column(c)[r] = top[c][r];
+        });
+    });
+}
+
+// A column waits for the block's own choice, for those of the blocks, of which a lane reads one in
+// 32, for the row that is chosen, and for all to meet; the rows are read and written once.
+template <class T>
+struct LuPanelCost {
+    static cudalib::Work of(int m, int n, T*, int, int first, PivotOffer<T>*, unsigned*, int* ipiv,
+                            lumo::RowMoves*, int*) {
+        const double blocks = std::ceil(double(m) / lumo::luPanelLanes);
+        cudalib::Work w{2. * m * n * sizeof(T)};
+        w.flops = double(m) * n * n * cudalib::flopsOfProduct<T> / 2;
+        w.turns = n * (2 + std::ceil(blocks / 32)) + 4;
+        w.meetings = n;
+        w.pivots = ipiv;
+        w.first = first;
+        w.rows = m;
+        w.columns = n;
+        return w;
+    }
+};
+
+// The table, the rows that it names, the triangle's, and steps in shared memory, of which several
+// take as long as a read.
+template <class T>
+struct LuBesideCost {
+    static cudalib::Work of(int left, int right, T*, int n, T*, int lda, const lumo::RowMoves*) {
+        const double columns = double(left) + right;
+        cudalib::Work w{columns * 2 * n * (sizeof(T) + cudalib::bytesOfLoneElement<T>)};
+        w.turns = 4 + n / 5.;
+        w.reach = columns * lda * sizeof(T);
+        return w;
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&LuPanel_k<T>, LuPanelCost<T>>,
+              cudalib::Kernel<&LuBeside_k<T>, LuBesideCost<T>>)

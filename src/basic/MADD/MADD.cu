@@ -44,5 +44,8 @@ LUMO_KERNEL void MADD_TT_k(int m, int n, R alpha, const T* a, int lda, R beta, c
     add<true, true>(m, n, alpha, a, lda, beta, b, ldb, c, ldc);
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &MADD_NN_k<T, RealOf<T>>, &MADD_NT_k<T, RealOf<T>>,
-              &MADD_TN_k<T, RealOf<T>>, &MADD_TT_k<T, RealOf<T>>)
+LUMO_REGISTER(lumo::ElementTypes,
+              cudalib::Kernel<&MADD_NN_k<T, RealOf<T>>, cudalib::OnMatrix<T, 3>>,
+              cudalib::Kernel<&MADD_NT_k<T, RealOf<T>>, cudalib::OnMatrix<T, 3>>,
+              cudalib::Kernel<&MADD_TN_k<T, RealOf<T>>, cudalib::OnMatrix<T, 3>>,
+              cudalib::Kernel<&MADD_TT_k<T, RealOf<T>>, cudalib::OnMatrix<T, 3>>)

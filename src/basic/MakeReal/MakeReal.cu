@@ -5,4 +5,4 @@ LUMO_KERNEL void MakeRealSingle_k(T* p) {
     cudalib::kernel([&](cudalib::Single single) { single.once([&] { p->im = 0; }); });
 }
 
-LUMO_REGISTER(lumo::ComplexTypes, &MakeRealSingle_k<T>)
+LUMO_REGISTER(lumo::ComplexTypes, cudalib::Kernel<&MakeRealSingle_k<T>, cudalib::OnElement>)

@@ -45,4 +45,10 @@ LUMO_KERNEL void ColumnMaxima_k(int m, const T* a, int lda, RealOf<T>* maxima) {
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &RowSums_k<T>, &ColumnMaxima_k<T>)
+template <class T>
+struct ColumnMaximaCost {
+    static cudalib::Work of(int m, const T*, int, RealOf<T>*) { return {double(m) * sizeof(T)}; }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&RowSums_k<T>, cudalib::OnMatrix<T, 1>>,
+              cudalib::Kernel<&ColumnMaxima_k<T>, ColumnMaximaCost<T>>)

@@ -28,6 +28,12 @@ LUMO_KERNEL void PrecisionConvert_k(int m, int n, const From* src, int ldsrc, To
 template <class R>
 using Other = std::conditional_t<std::is_same_v<R, float>, double, float>;
 
-LUMO_REGISTER(lumo::RealTypes, &PrecisionConvertTriangular_k<TriangularMap2D, T, Other<T>>,
-              &PrecisionConvertTriangular_k<TriangularMap2D, Complex<T>, Complex<Other<T>>>,
-              &PrecisionConvert_k<T, Other<T>>, &PrecisionConvert_k<Complex<T>, Complex<Other<T>>>)
+LUMO_REGISTER(
+    lumo::RealTypes,
+    cudalib::Kernel<&PrecisionConvertTriangular_k<TriangularMap2D, T, Other<T>>,
+                    cudalib::OnTriangle<double>>,
+    cudalib::Kernel<&PrecisionConvertTriangular_k<TriangularMap2D, Complex<T>, Complex<Other<T>>>,
+                    cudalib::OnTriangle<Complex<double>>>,
+    cudalib::Kernel<&PrecisionConvert_k<T, Other<T>>, cudalib::OnMatrix<double>>,
+    cudalib::Kernel<&PrecisionConvert_k<Complex<T>, Complex<Other<T>>>,
+                    cudalib::OnMatrix<Complex<double>>>)

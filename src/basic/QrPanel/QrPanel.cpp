@@ -5,7 +5,7 @@
 
 template <class T>
 void QrPanel_k(int m, int n, T* a, int lda, lumo::ReflectorOffer<T>* offers, unsigned* meeting,
-               T* tau, T* t, int ldt);
+               T* tau, int above, T* v, T* w, int ld);
 
 namespace lumo {
 namespace {
@@ -30,9 +30,10 @@ QrPanel<T>::QrPanel(int rows) : offers_(offersOf(rows)), meeting_(1) {
 }
 
 template <class T>
-void QrPanel<T>::factorize(int m, int n, T* a, int lda, T* tau, T* t, int ldt) const {
+void QrPanel<T>::factorize(int m, int n, T* a, int lda, T* tau, int above, T* v, T* w,
+                           int ld) const {
     cudalib::launchCooperative(PanelMap(m), &QrPanel_k<T>, m, n, a, lda, offers_.data(),
-                               meeting_.data(), tau, t, ldt);
+                               meeting_.data(), tau, above, v, w, ld);
 }
 
 template class QrPanel<float>;

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "basic/QrPanel/shape.h"
 #include "basic/larfg/reflector.h"
 #include "cudalib/grid.h"
@@ -14,16 +16,18 @@ using PanelGrid = cudalib::Grid<lumo::qrPanelLanes>;
 // the first, registers have numbers that the compiler knows, and what is done with follows behind
 // what is left. A column's products with all the others are the length of what is below the
 // diagonal, what the reflector subtracts from the columns that are left, and the triangular
-// factor's next column by those that are done: blocks meet once a column.
+// factor's next column by those that are done: blocks meet once a column. All of them make the
+// factor, by which each multiplies its rows of V in the end.
 template <class T>
 LUMO_KERNEL void QrPanel_k(int m, int n, T* a, int lda, ReflectorOffer<T>* offers,
-                           unsigned* meeting, T* tau, T* t, int ldt) {
+                           unsigned* meeting, T* tau, int above, T* v, T* w, int ld) {
     cudalib::kernel<qrPanelColumns<T>>([&](PanelGrid grid) LUMO_INLINED {
         using R = RealOf<T>;
         using Reflector = lumo::HouseholderReflector<T>;
-        constexpr int columns = qrPanelColumns<T>;
+        constexpr int columns = qrPanelColumns<T>, groups = lumo::qrPanelLanes / columns;
+        LUMO_SHARED T parts[groups][columns];  // of the blocks' sums, a lane each
         LUMO_SHARED T sums[columns], head[columns], products[columns], change[columns];
-        LUMO_SHARED T factor[columns][columns];
+        LUMO_SHARED T factor[columns][columns];  // T by columns
         PanelGrid::Kept<T, columns> row(m);
         int meetings = 0;
 
@@ -32,6 +36,7 @@ LUMO_KERNEL void QrPanel_k(int m, int n, T* a, int lda, ReflectorOffer<T>* offer
                 row(i, k) = k < n ? cudalib::at(a, lda, i, k) : T(0);
             }
         });
+        grid.lanes(columns * columns, [&](int x) { factor[x / columns][x % columns] = T(0); });
         for (int j = 0; j < n; ++j) {
             // The products of weight(x), x the first column below row j, with all columns: of the
             // first one's own weights the sum of squares.
@@ -52,9 +57,16 @@ LUMO_KERNEL void QrPanel_k(int m, int n, T* a, int lda, ReflectorOffer<T>* offer
                     LUMO_UNROLLED for (int k = 0; k < columns; ++k) offer.head[k] = row(i, k);
                 });
                 grid.barrierOfGrid(meeting);
+                grid.lanes(groups * columns, [&](int x) {
+                    const int group = x / columns, k = x % columns;
+                    T sum = T(0);
+                    for (int b = group; b < grid.blocks(); b += groups) sum = sum + set[b].sums[k];
+                    parts[group][k] = sum;
+                });
+                grid.barrier();
                 grid.lanes(columns, [&](int k) {
-                    T sum = set[0].sums[k];
-                    for (int b = 1; b < grid.blocks(); ++b) sum = sum + set[b].sums[k];
+                    T sum = parts[0][k];
+                    for (int group = 1; group < groups; ++group) sum = sum + parts[group][k];
                     sums[k] = sum;
                     head[k] = set[0].head[k];
                 });
@@ -80,13 +92,12 @@ LUMO_KERNEL void QrPanel_k(int m, int n, T* a, int lda, ReflectorOffer<T>* offer
                 change[k] = conjugate(h.tau) * products[k];
             });
             grid.barrier();
-            if (grid.block() == 0)
-                grid.lanes(j + 1, [&](int r) {
-                    T x = T(0);
-                    for (int l = r; l < j; ++l)
-                        x = x - factor[r][l] * conjugate(products[columns - j + l]);
-                    factor[r][j] = r == j ? h.tau : h.tau * x;
-                });
+            grid.lanes(j + 1, [&](int r) {
+                T x = T(0);
+                for (int l = r; l < j; ++l)
+                    x = x - factor[l][r] * conjugate(products[columns - j + l]);
+                factor[j][r] = r == j ? h.tau : h.tau * x;
+            });
             const bool identity = h.isIdentity();
             grid.each(m, [&](int i) {
                 const T x = row(i, 0), v = i > j ? h.vector(x) : T(1);
@@ -102,15 +113,47 @@ LUMO_KERNEL void QrPanel_k(int m, int n, T* a, int lda, ReflectorOffer<T>* offer
         grid.each(m, [&](int i) {
             LUMO_UNROLLED for (int k = 0; k < columns; ++k) {
                 const int column = (k + n) % columns;
-                if (column < n) cudalib::at(a, lda, i, column) = row(i, k);
+                if (column >= n) continue;
+                T& x = row(i, k);
+                cudalib::at(a, lda, i, column) = x;
+                if (i <= column) x = T(i == column);
+                cudalib::at(v, ld, above + i, column) = x;
             }
         });
-        if (grid.block() == 0)
-            grid.lanes(n, [&](int r) {
-                tau[r] = factor[r][r];
-                for (int c = 0; c < n; ++c) cudalib::at(t, ldt, r, c) = c < r ? T(0) : factor[r][c];
+        grid.barrier();
+        for (int c = 0; c < n; ++c)
+            grid.each(m, [&](int i) {
+                T x = T(0);
+                LUMO_UNROLLED for (int k = 0; k < columns; ++k) {
+                    x = x + row(i, k) * factor[c][(k + n) % columns];
+                }
+                cudalib::at(w, ld, above + i, c) = x;
             });
+        if (grid.block() == 0) {
+            grid.lanes(n, [&](int c) { tau[c] = factor[c][c]; });
+            for (int c = 0; c < n; ++c)
+                grid.lanes(above, [&](int i) {
+                    cudalib::at(v, ld, i, c) = cudalib::at(w, ld, i, c) = T(0);
+                });
+        }
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &QrPanel_k<T>)
+// A column waits for the block's own sums, for the blocks', of which a lane reads one in `groups`,
+// four at a time, for their sum, for the reflector, and for all to meet; the rows are read once,
+// and written thrice.
+template <class T>
+struct QrPanelCost {
+    template <class... Rest>
+    static cudalib::Work of(int m, int n, Rest...) {
+        constexpr double groups = double(lumo::qrPanelLanes) / qrPanelColumns<T>;
+        const double blocks = std::ceil(double(m) / lumo::qrPanelLanes);
+        cudalib::Work w{4. * m * n * sizeof(T)};
+        w.flops = 3. * m * n * qrPanelColumns<T> * cudalib::flopsOfProduct<T>;
+        w.turns = n * (4 + std::ceil(blocks / groups / 4)) + 12;
+        w.meetings = n;
+        return w;
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&QrPanel_k<T>, QrPanelCost<T>>)

@@ -16,9 +16,10 @@ class QrPanel {
     // Takes all memory that panels of so many rows need, one at a time.
     explicit QrPanel(int rows);
 
-    // As xGEQRT3, all in device memory: R and the reflectors to a, their triangular factor, upper
-    // with zeros below, to the n x n matrix t, and its diagonal to tau.
-    void factorize(int m, int n, T* a, int lda, T* tau, T* t, int ldt) const;
+    // As xGEQRF, all in device memory: R and the reflectors to a, and their factors to tau. To v
+    // and w, matrices of as many columns and `above` more rows, which become zero, V as a plain
+    // matrix and W = V T: the product of the reflectors is I - W V^H.
+    void factorize(int m, int n, T* a, int lda, T* tau, int above, T* v, T* w, int ld) const;
 
   private:
     cudalib::Workspace<ReflectorOffer<T>> offers_;

@@ -11,5 +11,6 @@ LUMO_KERNEL void Scale_k(int n, T* x, T* alpha, int incx) {
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &Scale_k<cudalib::Map1D, T, true>,
-              &Scale_k<cudalib::Map1D, T, false>)
+LUMO_REGISTER(lumo::ElementTypes,
+              cudalib::Kernel<&Scale_k<cudalib::Map1D, T, true>, cudalib::OnVector<T>>,
+              cudalib::Kernel<&Scale_k<cudalib::Map1D, T, false>, cudalib::OnVector<T>>)

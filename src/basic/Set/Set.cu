@@ -1,8 +1,12 @@
 #include "cudalib/kernel.h"
 
 using cudalib::at;
+using cudalib::Kernel;
 using cudalib::Map1D;
 using cudalib::Map2D;
+using cudalib::OnElement;
+using cudalib::OnMatrix;
+using cudalib::OnVector;
 
 template <class Map, int K, class T>
 LUMO_KERNEL void SetMatrix_k(int m, int n, T* a, int lda) {
@@ -40,6 +44,18 @@ LUMO_KERNEL void SetTriangularMatrix_k(bool upper, bool unitDiag, int m, int n, 
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &SetMatrix_k<Map2D, 0, T>, &SetVector_k<Map1D, 0, T>,
-              &SetSingle_k<0, T>, &SetTriangularMatrix_k<0, T>, &SetMatrix_k<Map2D, 1, T>,
-              &SetVector_k<Map1D, 1, T>, &SetSingle_k<1, T>, &SetTriangularMatrix_k<1, T>)
+template <class T>
+struct SetTriangleCost {
+    static cudalib::Work of(bool, bool, int m, int n, T*, int, T) {
+        return {double(m) * n * sizeof(T) / 2};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, Kernel<&SetMatrix_k<Map2D, 0, T>, OnMatrix<T, 1>>,
+              Kernel<&SetVector_k<Map1D, 0, T>, OnVector<T, 1>>,
+              Kernel<&SetSingle_k<0, T>, OnElement>,
+              Kernel<&SetTriangularMatrix_k<0, T>, SetTriangleCost<T>>,
+              Kernel<&SetMatrix_k<Map2D, 1, T>, OnMatrix<T, 1>>,
+              Kernel<&SetVector_k<Map1D, 1, T>, OnVector<T, 1>>,
+              Kernel<&SetSingle_k<1, T>, OnElement>,
+              Kernel<&SetTriangularMatrix_k<1, T>, SetTriangleCost<T>>)

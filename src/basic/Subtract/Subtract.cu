@@ -68,5 +68,7 @@ LUMO_KERNEL void SubtractMatrix_TT_k(int m, int n, T* a, int lda, T* b, int ldb)
     subtractFromTransposed<true>(m, n, a, lda, b, ldb);
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &SubtractMatrix_NN_k<T>, &SubtractMatrix_NT_k<T>,
-              &SubtractMatrix_TN_k<T>, &SubtractMatrix_TT_k<T>)
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&SubtractMatrix_NN_k<T>, cudalib::OnMatrix<T, 3>>,
+              cudalib::Kernel<&SubtractMatrix_NT_k<T>, cudalib::OnMatrix<T, 3>>,
+              cudalib::Kernel<&SubtractMatrix_TN_k<T>, cudalib::OnMatrix<T, 3>>,
+              cudalib::Kernel<&SubtractMatrix_TT_k<T>, cudalib::OnMatrix<T, 3>>)

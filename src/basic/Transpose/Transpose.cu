@@ -36,5 +36,21 @@ LUMO_KERNEL void TransposeInplace_k(T* a, unsigned long lda, unsigned long n) {
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &Transpose_k<T, false>, &Transpose_k<T, true>,
-              &TransposeInplace_k<T, false>, &TransposeInplace_k<T, true>)
+template <class T>
+struct TransposeCost {
+    static cudalib::Work of(T*, unsigned long, const T*, unsigned long, unsigned long rows,
+                            unsigned long cols) {
+        return {2. * double(rows) * double(cols) * sizeof(T)};
+    }
+};
+template <class T>
+struct TransposeInplaceCost {
+    static cudalib::Work of(T*, unsigned long, unsigned long n) {
+        return {2. * double(n) * double(n) * sizeof(T)};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&Transpose_k<T, false>, TransposeCost<T>>,
+              cudalib::Kernel<&Transpose_k<T, true>, TransposeCost<T>>,
+              cudalib::Kernel<&TransposeInplace_k<T, false>, TransposeInplaceCost<T>>,
+              cudalib::Kernel<&TransposeInplace_k<T, true>, TransposeInplaceCost<T>>)

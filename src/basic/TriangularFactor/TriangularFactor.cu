@@ -37,4 +37,18 @@ LUMO_KERNEL void TriangularFactor_k(int count, const T* gram, int ldgram, const 
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &TriangularFactor_k<T, true>, &TriangularFactor_k<T, false>)
+// A lane's columns wait for each other, each a read.
+template <class T>
+struct TriangularFactorCost {
+    static cudalib::Work of(int count, const T*, int, const T*, T*, int) {
+        cudalib::Work w;
+        w.bytes = 2. * count * count * sizeof(T);
+        w.flops = cudalib::flopsOfProduct<T> * count * count * count / 6;
+        w.turns = count;
+        return w;
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes,
+              cudalib::Kernel<&TriangularFactor_k<T, true>, TriangularFactorCost<T>>,
+              cudalib::Kernel<&TriangularFactor_k<T, false>, TriangularFactorCost<T>>)

@@ -28,4 +28,5 @@ LUMO_KERNEL void LAR2V_k(int n, T* x, T* y, T* z, int incx, const RealOf<T>* c, 
     });
 }
 
-LUMO_REGISTER(lumo::RealTypes, &LAR2V_k<T>, &LAR2V_k<Complex<T>, T>)
+LUMO_REGISTER(lumo::RealTypes, cudalib::Kernel<&LAR2V_k<T>, cudalib::OnVector<T, 8>>,
+              cudalib::Kernel<&LAR2V_k<Complex<T>, T>, cudalib::OnVector<Complex<T>, 8>>)

@@ -25,4 +25,17 @@ LUMO_KERNEL void LARFG_k(int n, T* alpha, T* x, int incx, T* tau) {
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &LARFG_k<lumo::ReflectorMap, T>)
+// One warp goes through the vector twice, of which the second time it finds in a cache.
+template <class T>
+struct LarfgCost {
+    static cudalib::Work of(int n, T* alpha, T*, int, T*) {
+        auto* const beta = reinterpret_cast<lumo::RealOf<T>*>(alpha);
+        cudalib::Work w = cudalib::normOf<T>(n, beta);
+        w.bytes = 3. * n * sizeof(T);
+        w.flops = 2 * cudalib::flopsOfProduct<T> * n;
+        w.turns = 1.25 * n / lumo::reflectorLanes;
+        return w;
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&LARFG_k<lumo::ReflectorMap, T>, LarfgCost<T>>)

@@ -114,4 +114,5 @@ LUMO_KERNEL void LARGV_k(int n, T* x, int incx, T* y, int incy, RealOf<T>* c, in
     });
 }
 
-LUMO_REGISTER(lumo::RealTypes, &LARGV_k<T>, &LARGV_k<Complex<T>, T>)
+LUMO_REGISTER(lumo::RealTypes, cudalib::Kernel<&LARGV_k<T>, cudalib::OnVector<T, 5>>,
+              cudalib::Kernel<&LARGV_k<Complex<T>, T>, cudalib::OnVector<Complex<T>, 5>>)

@@ -17,4 +17,4 @@ LUMO_KERNEL void LARTV_k(int n, T* x, int incx, T* y, int incy, const RealOf<T>*
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &LARTV_k<T>)
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&LARTV_k<T>, cudalib::OnVector<T, 6>>)

@@ -101,6 +101,18 @@ LUMO_KERNEL void LASR_k(int m, int n, const RealOf<T>* c, const RealOf<T>* s, T*
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &LASR_k<ColumnMap, 'L', 'V', 'F', T>,
-              &LASR_k<ColumnMap, 'L', 'V', 'B', T>, &LASR_k<RowMap, 'R', 'V', 'F', T>,
-              &LASR_k<RowMap, 'R', 'V', 'B', T>)
+// The matrix once there and back; a lane goes along a line, eight elements at a time.
+template <char side, class T>
+struct LasrCost {
+    static cudalib::Work of(int m, int n, const RealOf<T>*, const RealOf<T>*, T*, int) {
+        const double size = double(m) * n;
+        return {2 * size * sizeof(T), cudalib::flopsOfRotation<T> * size,
+                (side == 'R' ? n : m) / 8.};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes,
+              cudalib::Kernel<&LASR_k<ColumnMap, 'L', 'V', 'F', T>, LasrCost<'L', T>>,
+              cudalib::Kernel<&LASR_k<ColumnMap, 'L', 'V', 'B', T>, LasrCost<'L', T>>,
+              cudalib::Kernel<&LASR_k<RowMap, 'R', 'V', 'F', T>, LasrCost<'R', T>>,
+              cudalib::Kernel<&LASR_k<RowMap, 'R', 'V', 'B', T>, LasrCost<'R', T>>)

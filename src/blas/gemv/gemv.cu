@@ -141,4 +141,14 @@ LUMO_KERNEL void gemvt_k(int m, int n, int wholeRows, T alpha, const T* a, int l
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &gemvt_k<T, gemvtRows, 8, false>, &gemvt_k<T, gemvtRows, 8, true>)
+// A row of 32 lanes goes along two columns, eight reads at a time.
+template <class T>
+struct GemvtCost {
+    static cudalib::Work of(int m, int n, int, T, const T*, int, T, const T*, int, T*, int) {
+        const double size = double(m) * n;
+        return {size * sizeof(T), cudalib::flopsOfProduct<T> * size, m / 128. + 8};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&gemvt_k<T, gemvtRows, 8, false>, GemvtCost<T>>,
+              cudalib::Kernel<&gemvt_k<T, gemvtRows, 8, true>, GemvtCost<T>>)

@@ -100,7 +100,17 @@ LUMO_KERNEL void symv_k(int n, T alpha, const T* a, int lda, const T* x, int inc
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &symv_init_k<T>, &symv_k<T, uploLower, boundsIgnored, symvTile>,
-              &symv_k<T, uploLower, boundsTested, symvTile>,
-              &symv_k<T, uploUpper, boundsIgnored, symvTile>,
-              &symv_k<T, uploUpper, boundsTested, symvTile>)
+// Each stored element is read for its row and for its column.
+template <class T>
+struct SymvCost {
+    static cudalib::Work of(int n, T, const T*, int, const T*, int, T, T*, int) {
+        const double size = double(n) * n;
+        return {size * sizeof(T), cudalib::flopsOfProduct<T> * size, double(n) / symvTile};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&symv_init_k<T>, cudalib::OnVector<T>>,
+              cudalib::Kernel<&symv_k<T, uploLower, boundsIgnored, symvTile>, SymvCost<T>>,
+              cudalib::Kernel<&symv_k<T, uploLower, boundsTested, symvTile>, SymvCost<T>>,
+              cudalib::Kernel<&symv_k<T, uploUpper, boundsIgnored, symvTile>, SymvCost<T>>,
+              cudalib::Kernel<&symv_k<T, uploUpper, boundsTested, symvTile>, SymvCost<T>>)

@@ -183,4 +183,15 @@ LUMO_KERNEL void BothProducts_k(int rows, int lead, int columns, int count, int 
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &BothProducts_k<T>)
+// A is read once for two products; a block goes from group to group of columns, with barriers.
+template <class T>
+struct BothProductsCost {
+    static cudalib::Work of(int rows, int, int columns, int count, int perPart, const T*, int, T*,
+                            int, const T*, const T*, const T*, const T*, T*, T*, int) {
+        const double size = double(rows) * columns;
+        return {(size + double(columns) * (count + 2)) * sizeof(T),
+                2 * cudalib::flopsOfProduct<T> * size, 2. * perPart / Columns<T>::count};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&BothProducts_k<T>, BothProductsCost<T>>)

@@ -160,4 +160,15 @@ LUMO_KERNEL void NextColumn_k(int rows, int columns, int count, T* a, int lda, c
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &NextColumn_k<T>)
+// As it is but for extreme data. A lane has some reads under way together; then sums are gathered.
+template <class T>
+struct NextColumnCost {
+    static cudalib::Work of(int rows, int, int count, T*, int, const T*, int, T*, int, const T*,
+                            const T*, int, int partCount, const RealOf<T>*, const T*, bool) {
+        const double size = double(rows) * (count + partCount + 3);
+        return {size * sizeof(T), cudalib::flopsOfProduct<T> * size,
+                double(count + partCount) / (4 * lumo::nextColumnSplits) + 8};
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&NextColumn_k<T>, NextColumnCost<T>>)

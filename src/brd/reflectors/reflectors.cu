@@ -55,4 +55,27 @@ LUMO_KERNEL void RowReflector_k(int columns, const T* r, T* a, int lda, T* vecto
     });
 }
 
-LUMO_REGISTER(lumo::ElementTypes, &ColumnReflector_k<T>, &RowReflector_k<T>)
+// One block goes through the vector twice.
+template <class T>
+cudalib::Work workOfReflector(int n, RealOf<T>* length, double bytesOfElement) {
+    cudalib::Work w = cudalib::normOf<T>(n, length);
+    w.bytes = n * bytesOfElement;
+    w.flops = 2 * cudalib::flopsOfProduct<T> * n;
+    w.turns = 2. * n / lumo::panelReflectorLanes + 10;
+    return w;
+}
+template <class T>
+struct ColumnReflectorCost {
+    static cudalib::Work of(int rows, int, T*, T*, RealOf<T>* d, T*, int, const T*, int, T*) {
+        return workOfReflector<T>(rows, d, 4 * sizeof(T));
+    }
+};
+template <class T>
+struct RowReflectorCost {
+    static cudalib::Work of(int columns, const T*, T*, int, T*, RealOf<T>* e, T*) {
+        return workOfReflector<T>(columns, e, 3 * sizeof(T) + cudalib::bytesOfLoneElement<T>);
+    }
+};
+
+LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&ColumnReflector_k<T>, ColumnReflectorCost<T>>,
+              cudalib::Kernel<&RowReflector_k<T>, RowReflectorCost<T>>)

@@ -10,4 +10,9 @@ LUMO_KERNEL void CudaMemsetTypeKernel(T* pointer, T value, std::size_t n) {
 
 using Values = lumo::Types<unsigned char, char, unsigned int, int, float, double, float2, double2>;
 
-LUMO_REGISTER(Values, &CudaMemsetTypeKernel<cudalib::Map1D, T>)
+template <class T>
+struct MemsetCost {
+    static cudalib::Work of(T*, T, std::size_t n) { return {double(n) * sizeof(T)}; }
+};
+
+LUMO_REGISTER(Values, cudalib::Kernel<&CudaMemsetTypeKernel<cudalib::Map1D, T>, MemsetCost<T>>)
