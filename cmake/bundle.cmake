@@ -3,7 +3,7 @@
 # the benchmarks, and the run-time libraries that they need.
 set(programs example_plate example_cylinder)
 foreach(program lumo-command test_kernels test_lapack test_blas bench_lapack
-        bench_least_squares bench_predictions bench_svd bench_blas)
+        bench_eigen bench_least_squares bench_predictions bench_svd bench_blas)
     if(TARGET ${program})
         list(APPEND programs ${program})
     endif()

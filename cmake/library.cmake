@@ -32,7 +32,11 @@ set(LUMO_KERNEL_UNITS
     src/brd/brd/TakeHead
     src/brd/next_column/next_column
     src/brd/reflectors/reflectors
-    src/cudalib/Algorithm/Memset)
+    src/cudalib/Algorithm/Memset
+    src/divide/columns/columns
+    src/divide/secular/secular
+    src/trd/companion/companion
+    src/trd/hermitian_product/hermitian_product)
 # A launcher that only launches stands in its header.
 set(LUMO_LAUNCHERS ${LUMO_KERNEL_UNITS})
 list(REMOVE_ITEM LUMO_LAUNCHERS src/brd/brd/TakeHead)
@@ -99,6 +103,9 @@ add_library(lumo_objects OBJECT
     src/lapack/posv.cpp
     src/lapack/potrf.cpp
     src/lapack/potrs.cpp
+    src/lapack/stedc.cpp
+    src/lapack/syevd.cpp
+    src/lapack/sytrd.cpp
     src/lapack/trtrs.cpp
     src/runtime/device_exports.cpp
     src/runtime/devices.cpp

@@ -249,6 +249,36 @@ LUMO_API lumoStatus lumoDeviceZunmqr(char side, char trans, int m, int n, int k,
                                      const lumoDoubleComplex* a, int lda,
                                      const lumoDoubleComplex* tau, lumoDoubleComplex* c, int ldc);
 
+/* ---- Symmetric and Hermitian eigenproblems (LAPACK xSYEVD, xHEEVD) --------------------------- */
+
+/* Eigenvalues, and for jobz "V" eigenvectors, of a symmetric or Hermitian matrix of which a holds
+ * the triangle that uplo names, n x n. w: n elements, becomes the eigenvalues, ascending. For "V" a
+ * becomes the orthonormal eigenvectors, column by column, in the order of the values; for "N" the
+ * triangle is destroyed. The imaginary part of the diagonal is not read. A matrix whose largest
+ * element is so small or so large that squares would leave the range is scaled.
+ *
+ * Vectors come by divide and conquer (Gu and Eisenstat, SIAM J. Matrix Anal. Appl. 16, 1995).
+ *
+ * Status 7, info -1: jobz; -2: uplo; -3: n < 0; -5: lda < max(1, n); and while n > 0 -4, -6: null
+ * a, w.
+ * Status 8, info n: the matrix holds a NaN or an infinity; w becomes NaN. Another info > 0: an
+ * iteration did not converge; for "N" info off-diagonals of a tridiagonal matrix are not zero, for
+ * "V" it was in the submatrix of rows info / (n + 1) to info mod (n + 1). In both cases a is
+ * undefined.
+ * Device memory beside the operands: for "V" 3 n^2 elements for S and D; for C and Z n^2, and 3 n^2
+ * real ones; some 140 n for panels. */
+LUMO_API lumoStatus lumoSsyevd(char jobz, char uplo, int n, float* a, int lda, float* w);
+LUMO_API lumoStatus lumoDsyevd(char jobz, char uplo, int n, double* a, int lda, double* w);
+LUMO_API lumoStatus lumoCheevd(char jobz, char uplo, int n, lumoFloatComplex* a, int lda, float* w);
+LUMO_API lumoStatus lumoZheevd(char jobz, char uplo, int n, lumoDoubleComplex* a, int lda,
+                               double* w);
+LUMO_API lumoStatus lumoDeviceSsyevd(char jobz, char uplo, int n, float* a, int lda, float* w);
+LUMO_API lumoStatus lumoDeviceDsyevd(char jobz, char uplo, int n, double* a, int lda, double* w);
+LUMO_API lumoStatus lumoDeviceCheevd(char jobz, char uplo, int n, lumoFloatComplex* a, int lda,
+                                     float* w);
+LUMO_API lumoStatus lumoDeviceZheevd(char jobz, char uplo, int n, lumoDoubleComplex* a, int lda,
+                                     double* w);
+
 /* ---- Condition from LU factors (LAPACK xGECON) ---------------------------------------------- */
 
 /* *rcond becomes an estimate of 1 / (|| A || || A^-1 ||) in the 1-norm (norm "1" or "O") or the

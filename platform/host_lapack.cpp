@@ -51,6 +51,14 @@ void fill(Table& t) {
                 return cpu::potrf<decltype(zero)>(uplo, n, Array{a}, lda);
             });
         };
+    if (!t.tridiagonal)
+        t.tridiagonal = [](char type, int n, void* d, void* e, void* z, int ldz, void* work) {
+            return infoOf<threads>(type, [&](auto zero) {
+                using R = RealOf<decltype(zero)>;
+                if (!z) return cpu::sterf<R>(n, Array{d}, Array{e});
+                return cpu::steqr<R>('I', n, Array{d}, Array{e}, Array{z}, ldz, Array{work});
+            });
+        };
     if (!t.qrTail)
         t.qrTail = [](char type, int m, int n, void* a, int lda, void* tau, void* work, int size) {
             return infoOf<threads>(type, [&](auto zero) {
@@ -77,6 +85,22 @@ void fill(Table& t) {
                 };
                 if constexpr (isComplex<decltype(zero)>)
                     return call(Array{rwork});
+                else
+                    return call();
+            });
+        };
+    if (!t.eigenproblem)
+        t.eigenproblem = [](char type, char jobz, char uplo, int n, void* a, int lda, void* w,
+                            void* work, int size, void* rwork, int realSize, int* iwork,
+                            int integers) {
+            return infoOf<threads>(type, [&](auto zero) {
+                const auto call = [&](auto... realWork) {
+                    return cpu::syevd<decltype(zero)>(jobz, uplo, n, Array{a}, lda, Array{w},
+                                                      Array{work}, size, realWork..., iwork,
+                                                      integers);
+                };
+                if constexpr (isComplex<decltype(zero)>)
+                    return call(Array{rwork}, realSize);
                 else
                     return call();
             });

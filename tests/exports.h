@@ -31,8 +31,9 @@ inline const char* nameOf(Interface where) {
     LUMO_EXPORT(type, hemm);         \
     LUMO_EXPORT(type, herk);         \
     LUMO_EXPORT(type, her2k)
-// `un`: how the names of what has to do with Q begin.
-#define LUMO_LAPACK_EXPORTS(type, un)     \
+// `un`: how the names of what has to do with Q begin, `sy` those of symmetric matrices.
+#define LUMO_LAPACK_EXPORTS(type, un, sy) \
+    LUMO_EXPORT_AS(syevd, type, sy##evd); \
     LUMO_EXPORT(type, getrs);             \
     LUMO_EXPORT(type, potrf);             \
     LUMO_EXPORT(type, potrs);             \
@@ -53,25 +54,25 @@ struct Exports;
 template <>
 struct Exports<float> {
     LUMO_BLAS_EXPORTS(S);
-    LUMO_LAPACK_EXPORTS(S, or);
+    LUMO_LAPACK_EXPORTS(S, or, sy);
 };
 template <>
 struct Exports<double> {
     LUMO_BLAS_EXPORTS(D);
-    LUMO_LAPACK_EXPORTS(D, or);
+    LUMO_LAPACK_EXPORTS(D, or, sy);
     LUMO_EXPORT_AS(dsgesv, D, sgesv);
 };
 template <>
 struct Exports<lumo::Complex<float>> {
     LUMO_BLAS_EXPORTS(C);
     LUMO_HERMITIAN_EXPORTS(C);
-    LUMO_LAPACK_EXPORTS(C, un);
+    LUMO_LAPACK_EXPORTS(C, un, he);
 };
 template <>
 struct Exports<lumo::Complex<double>> {
     LUMO_BLAS_EXPORTS(Z);
     LUMO_HERMITIAN_EXPORTS(Z);
-    LUMO_LAPACK_EXPORTS(Z, un);
+    LUMO_LAPACK_EXPORTS(Z, un, he);
     LUMO_EXPORT_AS(dsgesv, Z, cgesv);
 };
 

@@ -1,4 +1,5 @@
 // Reflectors and plane rotations, generated and applied, beside the CPU LAPACK; interchanges.
+#include <climits>
 #include <numeric>
 #include <utility>
 
@@ -475,12 +476,14 @@ class QrPanels : public LapackKernels<T> {
         for (int j = 0; j < n; ++j)
             for (int i = 0; i < m; ++i)
                 panel(i, j) = j == zeroColumn && i > 0 ? T(0) : RealOf<T>(scale) * panel(i, j);
-        Twins<T> a(panel), t(poisoned<T>(n, n, n + 1)), tau(poisoned<T>(n, 1));
-        lumo::QrPanel<T>(m).factorize(m, n, a.gpu(), a.host.ld, tau.gpu(), t.gpu(), t.host.ld);
-        for (int c = 0; c < n; ++c)  // the CPU leaves the lower triangle as it is
-            for (int r = 0; r < n; ++r) t.host(r, c) = T(0);
-        cpu::geqrt3<Plain<T>>(m, n, a.cpu(), a.host.ld, t.cpu(), t.host.ld);
-        for (int j = 0; j < n; ++j) tau.host(j, 0) = t.host(j, j);
+        constexpr int above = 3;
+        Twins<T> a(panel), tau(poisoned<T>(n, 1));
+        const OnDevice<T> v(poisoned<T>(above + m, n)), w(poisoned<T>(above + m, n));
+        lumo::QrPanel<T>(m).factorize(m, n, a.gpu(), a.host.ld, tau.gpu(), above, v.data(),
+                                      w.data(), above + m);
+        auto t = poisoned<T>(n, n);
+        cpu::geqrt3<Plain<T>>(m, n, a.cpu(), a.host.ld, plain(t.data.data()), t.ld);
+        for (int j = 0; j < n; ++j) tau.host(j, 0) = t(j, j);
         const double ulps = 40 + 8 * std::sqrt(m);
         const Matrix<T> result = a.device.download();
         EXPECT_TRUE(result.paddingUntouched());
@@ -490,8 +493,19 @@ class QrPanels : public LapackKernels<T> {
                 ASSERT_LE(error, ulps * epsilon<T> * (i > j ? 1 : scale * std::sqrt(m)))
                     << "element " << i << ", " << j;
             }
-        t.expectSame(ulps);
         tau.expectSame(ulps);
+        // V is what A has below its diagonal; W, of unit columns' multiples, V T.
+        const Matrix<T> plainV = v.download(), product = w.download();
+        for (int c = 0; c < n; ++c)
+            for (int i = 0; i < above + m; ++i) {
+                const int row = i - above;
+                Wide expected = 0;
+                for (int k = 0; k <= std::min(row, c); ++k)
+                    expected += (k == row ? Wide(1) : wide(a.host(row, k))) * wide(t(k, c));
+                ASSERT_EQ(row > c ? result(row, c) : T(row == c), plainV(i, c)) << i << " " << c;
+                ASSERT_LE(std::abs(wide(product(i, c)) - expected), ulps * 2 * epsilon<T>)
+                    << i << " " << c;
+            }
     }
 };
 TYPED_TEST_SUITE(QrPanels, ElementTypes);

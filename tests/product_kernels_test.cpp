@@ -3,6 +3,7 @@
 #include "blas/symv/symv.h"
 #include "residuals.h"
 #include "support/kernels.h"
+#include "trd/hermitian_product/hermitian_product.h"
 
 namespace test {
 namespace {
@@ -58,6 +59,21 @@ class Products : public OnMachine {
         });
     }
 
+    // Neither the other triangle nor an imaginary part of the diagonal is a number.
+    static void hermitian(int n) {
+        SCOPED_TRACE(n);
+        auto stored = Matrix<T>::random(n, n, n + 3);
+        const WideMatrix whole = test::hermitian('L', WideMatrix(stored));
+        for (int j = 0; j < n; ++j) {
+            for (int i = 0; i < j; ++i) stored(i, j) = scalar<T>(std::nan(""));
+            stored(j, j) = scalar<T>(wide(stored(j, j)).real(), std::nan(""));
+        }
+        const OnDevice a(stored), parts(poisoned<T>(n, lumo::hermitianProductParts(n)));
+        expectProduct(whole, T(1), 1, T(0), 1, [&](T* x, T* y) {
+            lumo::hermitianProduct(n, a.data(), a.ld(), x, y, parts.data());
+        });
+    }
+
     const T alpha = scalar<T>(0.75, -0.5), beta = scalar<T>(-1.5, 0.25);
 };
 TYPED_TEST_SUITE(Products, ElementTypes);
@@ -81,6 +97,15 @@ TYPED_TEST(Products, OfSymmetricMatrices) {
         for (int n : {1023, 1024, 1025, 1087}) this->symv(uplo, n, 1, 1, this->alpha, TypeParam(0));
     this->symv('L', 1100, 2, -3, this->alpha, this->beta);
     this->symv('U', 1088, -1, 2, this->alpha, this->beta);
+}
+
+// In one part and in several, as a GPU has them and as a CPU.
+TYPED_TEST(Products, OfHermitianMatrices) {
+    for (bool production : {false, true}) {
+        if (production && onSoftwareDevice())
+            this->start(software::defaultMachine(), Schedule::production);
+        for (int n : {1, 2, 3, 5, 31, 64, 67, 130, 513, 600}) this->hermitian(n);
+    }
 }
 
 }  // namespace

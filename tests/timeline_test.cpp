@@ -1,8 +1,12 @@
 // The timeline platform: order, memory, what hosts read, and that the library does there what it
 // does on the software device.
+#include <sys/mman.h>
+
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <functional>
+#include <numeric>
 #include <random>
 
 #include "lumo_memory.h"
@@ -99,6 +103,16 @@ TEST_F(Timeline, StreamsKeepTheirOrderAndEventsOrderStreams) {
     };
     expect(201, [&] { launchOn(one), launchOn(one); });
     expect(101, [&] { launchOn(one), copy(two); });  // side by side
+    // Kernels that each leave most processors idle: the seventh has two thirds of what it can use
+    // until the first is through.
+    expect(102, [&] { launchOn(one), launchOn(two); });
+    expect(101 + (100 - 94 / 1.5), [&] {
+        for (int k = 0; k < 7; ++k) {
+            platform::Stream stream = nullptr;
+            t.streamCreate(&stream);
+            launchOn(stream);
+        }
+    });
     expect(151, [&] { launchOn(one), copy(one); });
     expect(151, [&] { launchOn(nullptr), copy(two); });  // the default stream is waited for
     expect(151, [&] { copy(two), launchOn(nullptr); });  // and waits
@@ -150,16 +164,25 @@ TEST_F(Timeline, MemoryIsAccountedAndRefusedAsOnTheCard) {
 
 // The registration wants a description of each; here it must say something.
 TEST(TimelineKernels, AreAllDescribed) {
-    alignas(16) std::array<unsigned char, 4096> arguments;
-    arguments.fill(0);
-    for (std::size_t i = 0; i < arguments.size(); i += 4)
-        arguments[i] = arguments[i + 1] = 1;  // 257, or true
+    // 256, and as an address one of numbers that grow.
+    alignas(16) std::array<int, 1024> arguments;
+    arguments.fill(256);
+    std::uintptr_t address;
+    std::memcpy(&address, arguments.data(), sizeof address);
+    constexpr std::size_t bytes = 1 << 16;
+    void* const lists =
+        mmap(reinterpret_cast<void*>(address & ~std::uintptr_t(4095)), bytes,
+             PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+    ASSERT_NE(MAP_FAILED, lists);
+    std::iota(static_cast<int*>(lists), static_cast<int*>(lists) + bytes / sizeof(int), 0);
     for (const platform::Kernel* kernel : platform::registeredKernels()) {
-        const platform::Work work = kernel->work(arguments.data());
+        const platform::Work work =
+            kernel->work(reinterpret_cast<unsigned char*>(arguments.data()));
         EXPECT_GT(work.bytes, 0) << kernel->name;
         EXPECT_TRUE(std::isfinite(work.bytes) && std::isfinite(work.flops) && work.turns >= 0)
             << kernel->name;
     }
+    munmap(lists, bytes);
 }
 
 // --- The same calls as on the software device --------------------------------------------------

@@ -41,6 +41,11 @@ CPU_ROUTINE(ormbr, sormbr, dormbr, cunmbr, zunmbr,
             int(char vect, char side, char trans, int m, int n, int k, const T* a, int lda,
                 const T* tau, T* c, int ldc, T* work, int lwork))
 
+// Symmetric tridiagonal matrices, which are real for all types.
+CPU_ROUTINE(steqr, ssteqr, dsteqr, csteqr, zsteqr,
+            int(char compz, int n, R* d, R* e, T* z, int ldz, R* work))
+CPU_ROUTINE(sterf, ssterf, dsterf, ssterf, dsterf, int(int n, R* d, R* e))
+
 // Whole problems.
 CPU_ROUTINE(gels, sgels, dgels, cgels, zgels,
             int(char trans, int m, int n, int nrhs, T* a, int lda, T* b, int ldb, T* work,
@@ -48,6 +53,12 @@ CPU_ROUTINE(gels, sgels, dgels, cgels, zgels,
 CPU_ROUTINE(gglse, sgglse, dgglse, cgglse, zgglse,
             int(int m, int n, int p, T* a, int lda, T* b, int ldb, T* c, T* d, T* x, T* work,
                 int lwork))
+CPU_ROUTINE(syevd, ssyevd, dsyevd, cheevd, zheevd,
+            std::conditional_t<platform::isComplex<T>,
+                               int(char jobz, char uplo, int n, T* a, int lda, R* w, T* work,
+                                   int lwork, R* rwork, int lrwork, int* iwork, int liwork),
+                               int(char jobz, char uplo, int n, T* a, int lda, R* w, T* work,
+                                   int lwork, int* iwork, int liwork)>)
 CPU_ROUTINE(gesvd, sgesvd, dgesvd, cgesvd, zgesvd,
             typename RealWork<platform::isComplex<T>,
                               int(char jobu, char jobvt, int m, int n, T* a, int lda, R* s, T* u,

@@ -18,8 +18,8 @@ struct Region {
     double bytes() const { return double(width) * double(height); }
 };
 
-// What is uploaded and may be read again: short vectors. A kernel's results are made anew.
-constexpr double remembered = 1 << 16;
+// What is uploaded and may be read again: vectors and lists. A kernel's results are made anew.
+constexpr double remembered = 1 << 20;
 
 // Where the host's memory is the device's, so are the operands.
 void moveContents(const Region& r, Place to, Place from) {

@@ -100,6 +100,15 @@ int luSystem(char type, int n, int nrhs, void* a, int lda, int* ipiv, void* /*b*
     return 0;
 }
 
+int eigenproblem(char type, char jobz, char /*uplo*/, int n, void* /*a*/, int /*lda*/, void* /*w*/,
+                 void* /*work*/, int /*size*/, void* /*rwork*/, int /*realSize*/, int* /*iwork*/,
+                 int /*integers*/) {
+    const Entry entry;
+    spend(bidiagonalSeconds(state().machine, elementOf(type),
+                            (jobz == 'N' ? 4. / 3 : 14. / 3) * n * n * n));
+    return 0;
+}
+
 int svd(char type, char jobu, char jobvt, int m, int n, void* /*a*/, int /*lda*/, void* /*s*/,
         void* /*u*/, int /*ldu*/, void* /*vt*/, int /*ldvt*/, void* /*work*/, int /*size*/,
         void* /*rwork*/) {

@@ -11,6 +11,8 @@ int qrTail(char type, int m, int n, void* a, int lda, void* tau, void* work, int
 int bidiagonalTail(char type, int m, int n, void* a, int lda, void* d, void* e, void* tauq,
                    void* taup, void* work, int size);
 int luSystem(char type, int n, int nrhs, void* a, int lda, int* ipiv, void* b, int ldb);
+int eigenproblem(char type, char jobz, char uplo, int n, void* a, int lda, void* w, void* work,
+                 int size, void* rwork, int realSize, int* iwork, int integers);
 int svd(char type, char jobu, char jobvt, int m, int n, void* a, int lda, void* s, void* u, int ldu,
         void* vt, int ldvt, void* work, int size, void* rwork);
 

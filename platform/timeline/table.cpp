@@ -37,6 +37,7 @@ const platform::Table& table() {
         t.qrTail = qrTail;
         t.bidiagonalTail = bidiagonalTail;
         t.luSystem = luSystem;
+        t.eigenproblem = eigenproblem;
         t.svd = svd;
         t.panelWidth = [](platform::Panel kind, char type, int m, int n) {
             const State& s = state();

@@ -48,9 +48,13 @@ class DeviceLuPanels {
         }
     }
     void finish(int, int) const { device_.waitForPanel(); }
+    // A strip's multipliers have moved by the interchanges of those after it: what is beside the
+    // panel has to, too, before it meets them.
     void updateNext(int j, int jb, int next, int /*all*/) const {
-        for (int i = j; i < j + jb; i += strip_)
-            apply(i, std::min(strip_, j + jb - i), 0, j + jb, next);
+        if (jb <= strip_)
+            apply(j, jb, 0, j + jb, next);
+        else
+            updateRest(j, jb, j + jb, next);
     }
     void updateRest(int j, int jb, int first, int columns) const {
         interchange(first, columns, j, jb);

@@ -36,6 +36,19 @@ int potrf(char uplo, int n, T* a, int lda) {
     return info;
 }
 
+// xSTEQR for all vectors of a real matrix, with 2 n - 2 numbers of workspace. Returns LAPACK's
+// info.
+template <class R>
+int steqr(int n, R* d, R* e, R* z, int ldz, R* work) {
+    return platform::tridiagonal(platform::letter<R>, n, d, e, z, ldz, work);
+}
+
+// xSTERF: the values alone. Returns LAPACK's info.
+template <class R>
+int sterf(int n, R* d, R* e) {
+    return platform::tridiagonal(platform::letter<R>, n, d, e, nullptr, 1, nullptr);
+}
+
 // xGEQRF.
 template <class T>
 void geqrf(int m, int n, T* a, int lda, T* tau) {
@@ -65,8 +78,8 @@ void gebrd(int m, int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tauq, T* 
     }));
 }
 
-// A host matrix as xGESVD works on it: the matrix itself, or for complex elements a copy with a
-// spare column, which store() puts back.
+// A host matrix as xGESVD and xHEEVD work on it: the matrix itself, or for complex elements a copy
+// with a spare column, which store() puts back.
 template <class T>
 class Roomy {
   public:
@@ -91,6 +104,24 @@ class Roomy {
     const int lda_;
     std::unique_ptr<T[]> copy_;
 };
+
+// xSYEVD, xHEEVD of a small matrix. Returns LAPACK's info.
+template <class T>
+int syevd(char jobz, char uplo, int n, T* a, int lda, RealOf<T>* w) {
+    const Roomy<T> A(n, n, a, lda);
+    A.load();
+    // What it asks for with vectors, and a panel of 32 columns.
+    const int reals = 1 + 6 * n + 2 * n * n, integers = 3 + 5 * n;
+    const int size = isComplex<T> ? (2 + 32) * n + n * n : reals;
+    const std::unique_ptr<T[]> work(new T[std::size_t(size)]);
+    std::vector<RealOf<T>> rwork(isComplex<T> ? std::size_t(reals) : 0);
+    std::vector<int> iwork(static_cast<std::size_t>(integers));
+    const int info =
+        platform::eigenproblem(platform::letter<T>, jobz, uplo, n, A.data(), A.leadingDimension(),
+                               w, work.get(), size, rwork.data(), reals, iwork.data(), integers);
+    A.store();
+    return info;
+}
 
 // xGESVD of a small matrix.
 template <class T>

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstddef>
 
 #include "basic/LuPanel/shape.h"
@@ -37,29 +38,41 @@ inline GetrfTuning getrfTuning{{32, 96, 32}, 513};
 
 // Panels that the device itself factorises, where they lie (LuPanel, QrPanel), if it can.
 struct DevicePanels {
+    // Of a panel, if there are so many columns to be factorised or more and the device has this
+    // capability or more. The last one that fits counts.
     struct Width {
-        int from, columns;  // of a panel, if there are so many columns to be factorised or more
+        int from, columns, capability;
     };
-    int capability;  // the device's, from which on
-    int strip;       // columns that one launch factorises
-    std::array<Width, 3> widths;
+    int strip;  // columns that one launch factorises
+    std::array<Width, 5> widths;
 
     // 0 where panels are the CPU's. LUMO_PANELS overrides what is tuned, not what is possible.
     int width(int steps) const {
         using platform::Panels;
         const Panels wish = platform::choice().panels;
-        if (wish == Panels::ofCpu || computeCapability() < capability) return 0;
+        if (wish == Panels::ofCpu || computeCapability() < widths.front().capability) return 0;
         int columns = wish == Panels::ofDevice ? widths.front().columns : 0;
         for (const Width& w : widths)
-            if (steps >= w.from) columns = w.columns;
+            if (w.columns > 0 && steps >= w.from && computeCapability() >= w.capability)
+                columns = w.columns;
         return std::min(columns, steps);
     }
 };
 
+// By `lumo predict` on an H100, from an order on that is the more the faster the CPU's panels are.
+// A device whose products take longer has wider ones, or it could not keep up with the rest.
 template <class T>
-inline DevicePanels luPanels{70, luPanelColumns, {{{300, 32}, {3000, 64}, {12000, 128}}}};
+constexpr DevicePanels devicePanels(int strip, int ofFloat, int ofDouble, int ofComplex) {
+    const int from = isComplex<T> ? ofComplex : sizeof(T) > 4 ? ofDouble : ofFloat;
+    const int narrow = isComplex<T> ? INT_MAX : 90;
+    return {
+        strip,
+        {{{from, 32, 70}, {3000, 64, 70}, {3000, 32, narrow}, {6000, 128, 70}, {12000, 256, 70}}}};
+}
 template <class T>
-inline DevicePanels qrPanels{70, qrPanelColumns<T>, {{{100, 64}, {3000, 64}, {12000, 128}}}};
+inline DevicePanels luPanels = devicePanels<T>(luPanelColumns, 1400, 600, 300);
+template <class T>
+inline DevicePanels qrPanels = devicePanels<T>(qrPanelColumns<T>, 600, 250, 128);
 
 // The order of the CPU's blocks of the diagonal.
 template <class T>
@@ -79,6 +92,12 @@ inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 template <class T>
 inline BlockSize gebrdTuning{32, 96, 32};
 
+// Columns of a panel of sytrd; and the order from which on its own product is faster than a CPU's
+// symv, that of complex elements always. Measured.
+template <class T>
+inline BlockSize sytrdTuning{32, 64, 32};
+constexpr int ownSymvOnCpu = 1024;
+
 // Whether a panel of gebrd reads the matrix once a column (BidiagonalPanel) or twice (Labrd). On a
 // CPU, complex products are worth a second reading: they are slower in a kernel than in its BLAS.
 template <class T>
@@ -93,11 +112,15 @@ struct BdsqrTuning {
 template <class T>
 inline BdsqrTuning bdsqrTuning{6};
 
+// The order up to which divide and conquer leaves a tridiagonal matrix to the CPU.
+inline int stedcLeaf = 32;
+
 // The bytes of a matrix of vectors from which on a CPU gathers sweeps: more than its caches keep
 // from one sweep to the next. Measured.
 inline std::size_t gatheredOnCpu = std::size_t(12) << 20;
 
 // Orders up to which a problem is small (routine/description.h), measured.
 constexpr int smallLu = 256, smallCholesky = 256, smallSvd = 48;
+constexpr int smallEigenvectors = 192, smallEigenvalues = 640;
 
 }  // namespace lumo

@@ -77,7 +77,7 @@ TEST_F(Command, PredictsAndSaysThatItDoes) {
                  "\"failure\": \"Insufficient memory", "\"critical_path\": {\"kernels\": "});
     expectRefusal("predict sgetrf -n 8 --machine abacus", {"abacus is neither", " h100 "});
     expectRefusal("predict sgemn -n 8", {"sgemn", " sgemm "});
-    expectRefusal("predict sgetrf --values -n 8", {"--values is for gesvd alone"});
+    expectRefusal("predict sgetrf --values -n 8", {"--values is for gesvd, syevd and heevd alone"});
     write("my.ini", "[device]\nname = mine\n");
     expectRefusal("predict sgetrf -n 8 --machine my.ini", {"my.ini, line 2: name has no source"});
 }

@@ -136,6 +136,19 @@ void singularValues(Choices& choices) {
     });
 }
 
+template <class T>
+void symmetricEigenproblem(Choices& choices) {
+    Call call(choices);
+    const char jobz = call.letter(1, "NV"), uplo = call.letter(2, "UL");
+    const int n = call.size(3);
+    call.needsNulls = n > 0;
+    const auto a = call.matrix<T>(4, n, n);
+    auto* const w = call.operand<RealOf<T>>(6, n);
+    call.run("syevd", [&] {
+        return callExport(Exports<T>::syevd[call.where], jobz, uplo, n, a.at, a.ld, w);
+    });
+}
+
 // Cholesky's, and what is done with factors.
 template <class T>
 void definite(Choices& choices) {
@@ -269,8 +282,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     require(started, "the library starts");
     constexpr void (*ofType[])(Choices&) = {
 #define LUMO_KIND(f) f<float>, f<double>, f<lumo::Complex<float>>, f<lumo::Complex<double>>
-        LUMO_KIND(operate), LUMO_KIND(factorize), LUMO_KIND(leastSquares), LUMO_KIND(constrained),
-        LUMO_KIND(singularValues)};
+        LUMO_KIND(operate),     LUMO_KIND(factorize),      LUMO_KIND(leastSquares),
+        LUMO_KIND(constrained), LUMO_KIND(singularValues), LUMO_KIND(symmetricEigenproblem)};
 #undef LUMO_KIND
     Choices choices(data, size);
     const std::size_t kind = choices.below(std::size(ofType) + 1);

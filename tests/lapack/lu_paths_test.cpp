@@ -32,6 +32,7 @@ class LuPaths : public OnSoftwareDevice {
                                         {"PermuteRows_k<", 'i'},
                                         {"PermuteRowsThere_k<", 'i'},
                                         {"LuPanel_k<", 'f'},
+                                        {"LuBeside_k<", 'b'},
                                         {"GatherRows_k<", 'p'},
                                         {"cublasStrsm", 's'},
                                         {"cublasSgemm", 'g'},
@@ -72,13 +73,14 @@ TEST_F(LuPaths, ModernDevicesHaveFewLaunches) {
     EXPECT_EQ(count(trace, "cudaEventRecord"), count(trace, "cudaStreamWaitEvent"));
 }
 
-// 20 x 20, the same panels by the device, in strips of 4: f(actorise), then i(nterchange) and s g
-// within the panel, in three launches a strip. Nothing is copied or waited for before the end.
+// 20 x 20, the same panels by the device, in strips of 4: f(actorise), then b and g for what is
+// beside the strip in the panel; i s g for the next panel, i s g for the rest. Nothing is copied or
+// waited for before the end.
 TEST_F(LuPaths, DevicesMayFactoriseTheirPanels) {
     start(machine(90));
     const auto shrunk = shrinkLuThere<float>();
     const auto trace = traceOf(*getrfCall(Matrix<float>::random(20, 20), inDevice));
-    EXPECT_EQ(steps("fisgfi iisg fisgfi sg iisg f ii i ww"), order(trace));
+    EXPECT_EQ(steps("fbgfb iisg fbgfb iisg iisg f ii i ww"), order(trace));
     EXPECT_EQ(2, count(trace, "cudaMemcpy"));  // the pivots: to the host, and to the caller
     std::vector<int> pivots[2];
     for (int there : {0, 1}) {

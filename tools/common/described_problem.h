@@ -18,13 +18,14 @@
 #include "lapack/gglse.h"
 #include "lapack/orgqr.h"
 #include "lapack/ormqr.h"
+#include "lapack/syevd.h"
 #include "platform/cpu/lapack.h"
 #include "routine/c_interface.h"
 
 namespace lumo {
 
 // What LAPACK's interface has between a routine's arguments and info.
-enum class Workspace { none, work, workAndReal };
+enum class Workspace { none, work, workAndReal, withIntegers };
 template <class Routine>
 constexpr Workspace workspaceOf = Workspace::none;
 template <class T>
@@ -39,6 +40,8 @@ template <class T>
 constexpr Workspace workspaceOf<Gglse<T>> = Workspace::work;
 template <class T>
 constexpr Workspace workspaceOf<Gesvd<T>> = isComplex<T> ? Workspace::workAndReal : Workspace::work;
+template <class T>
+constexpr Workspace workspaceOf<Syevd<T>> = Workspace::withIntegers;
 
 // Calls a Fortran routine: its arguments, then the lengths of the strings.
 template <class... P>
@@ -171,10 +174,24 @@ class DescribedProblem : public Problem {
             info = withWorkspace([&](T* work, int size, int* result) {
                 if constexpr (workspaceOf<Routine> == Workspace::work)
                     call(routine, arguments..., work, &size, result);
-                else
+                else if constexpr (workspaceOf<Routine> == Workspace::workAndReal)
                     call(routine, arguments..., work, &size, real_.data(), result);
+                else
+                    withIntegers([&](auto... others) {
+                        call(routine, arguments..., work, &size, others..., result);
+                    });
             });
         return info;
+    }
+    // What xSYEVD and xHEEVD take beside work, with the sizes.
+    template <class Call>
+    void withIntegers(Call call) {
+        integers_.resize(3 + 5 * std::size_t(longest_));
+        const int integers = int(integers_.size()), reals = int(real_.size());
+        if constexpr (isComplex<T>)
+            call(real_.data(), &reals, integers_.data(), &integers);
+        else
+            call(integers_.data(), &integers);
     }
     // What xGESDD takes, which takes most.
     std::size_t realSize() const {
@@ -186,6 +203,7 @@ class DescribedProblem : public Problem {
     std::vector<std::shared_ptr<void>> owners_;
     std::vector<std::function<void()>> restore_;
     std::vector<T> work_;
+    std::vector<int> integers_;
     int longest_ = 1;
 };
 

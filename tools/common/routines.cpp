@@ -18,6 +18,7 @@
 #include "lapack/posv.h"
 #include "lapack/potrf.h"
 #include "lapack/potrs.h"
+#include "lapack/syevd.h"
 
 namespace lumo {
 namespace {
@@ -122,6 +123,15 @@ Gesvd<T> gesvd(Shape s) {
     return {job, job, s.m, s.n, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
 }
 
+template <class T>
+Syevd<T> syevd(Shape s) {
+    return {s.k > 0 ? 'V' : 'N', 'L', s.n, nullptr, 0, nullptr};
+}
+template <class T>
+Syevd<T> heevd(Shape s) {
+    return syevd<T>(s);
+}
+
 Shape square(int n) {
     return {n, n, n};
 }
@@ -162,6 +172,8 @@ MeasuredRoutine measured(const char* name, double flops, Routine (*describe)(Sha
 
 const std::vector<MeasuredRoutine>& measuredRoutines() {
     // gesvd with both sets of vectors: Golub and Van Loan's 4 m^2 n + 8 m n^2 + 9 n^3.
+    // Eigenvectors: 4/3 n^3 for the reduction, as much for the merges if nothing is deflated, 2 n^3
+    // to go back.
     static const std::vector<MeasuredRoutine> all{
         LUMO_MEASURED_S_D_C_Z(gemm, 2, square),
         LUMO_MEASURED_S_D_C_Z(syrk, 1, square),
@@ -176,6 +188,8 @@ const std::vector<MeasuredRoutine>& measuredRoutines() {
         LUMO_MEASURED_C_Z(unmqr, 2, square),
         LUMO_MEASURED_S_D_C_Z(gels, 4. / 3, oneRightHandSide),
         LUMO_MEASURED_S_D_C_Z(gesvd, 21, square),
+        LUMO_MEASURED_S_D(syevd, 14. / 3, square),
+        LUMO_MEASURED_C_Z(heevd, 14. / 3, square),
         LUMO_MEASURED_S_D_C_Z(gglse, 0, quarterConstrained),
         LUMO_MEASURED_S_D_C_Z(getrs, 2, square),
         LUMO_MEASURED_S_D_C_Z(potrs, 2, square),

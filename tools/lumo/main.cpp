@@ -107,7 +107,7 @@ void addPredict(CLI::App& app, lumo::PredictOptions& options) {
     command->add_option("--machine", options.machine, "h100, h200, a100, laptop, or a machine file")
         ->capture_default_str();
     command->add_flag("--device", options.device, "Matrices in device memory");
-    command->add_flag("--values", options.values, "Of gesvd: singular values without vectors");
+    command->add_flag("--values", options.values, "Of gesvd, syevd, heevd: values without vectors");
     command->add_option("--against", options.against, "cpu: beside this machine's CPU library")
         ->check(CLI::IsMember({"cpu"}));
     command->add_option("--json", options.json, "Write the prediction to this file");

@@ -13,18 +13,18 @@
 namespace lumo {
 namespace {
 
-// Of singular values alone, LAPACK's count.
-constexpr double valuesFlops = 8. / 3;
-
-bool isGesvd(const MeasuredRoutine& routine) {
-    return routine.name.substr(1) == "gesvd";
+// LAPACK's counts for values alone; 0 for routines that have none.
+double valuesFlops(const MeasuredRoutine& routine) {
+    const std::string name = routine.name.substr(1);
+    return name == "gesvd" ? 8. / 3 : name == "syevd" || name == "heevd" ? 4. / 3 : 0;
 }
 
 PredictedRoutine predictRoutine(const PlannedMachine& machine, const MeasuredRoutine& routine,
                                 const PredictOptions& options) {
     PredictedRoutine result{routine.name, routine.flops, {}, {}, {}};
     if (options.values)
-        result.flops = valuesFlops * (routine.name[0] == 'c' || routine.name[0] == 'z' ? 4 : 1);
+        result.flops =
+            valuesFlops(routine) * (routine.name[0] == 'c' || routine.name[0] == 'z' ? 4 : 1);
     std::vector<Shape> shapes;
     for (const int n : options.sizes) {
         shapes.push_back(routine.shapeOf(n));
@@ -48,8 +48,8 @@ void predict(const PredictOptions& asked) {
     options.sizes.erase(std::unique(options.sizes.begin(), options.sizes.end()),
                         options.sizes.end());
     const auto routines = choose(allRoutines(), options.routines);
-    if (options.values && !std::all_of(routines.begin(), routines.end(), isGesvd))
-        throw std::runtime_error("--values is for gesvd alone");
+    if (options.values && !std::all_of(routines.begin(), routines.end(), valuesFlops))
+        throw std::runtime_error("--values is for gesvd, syevd and heevd alone");
     if (!options.against.empty())
         for (const MeasuredRoutine& routine : routines) measuredRoutine(routine.name);
     const timeline::Machine machine = timeline::machineOf(options.machine);

@@ -46,6 +46,7 @@ void LuPanel<T>::factorize(int m, int n, T* a, int lda, int first, int* ipiv, Ro
 
 template <class T>
 void LuPanel<T>::applyTo(int left, int right, T* b, int n, T* a, int lda, const RowMoves* moves) {
+    if (right == 0) b = a;  // which need not point into the matrix
     if (left + right > 0)
         cudalib::launch(BesideMap{left + right}, &LuBeside_k<T>, left, right, b, n, a, lda, moves);
 }

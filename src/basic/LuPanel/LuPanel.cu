@@ -140,8 +140,8 @@ LUMO_KERNEL void LuPanel_k(int m, int n, T* a, int lda, int first, PivotOffer<T>
     });
 }
 
-// A block takes a few columns: its lanes move their rows, then solve for the first n of them, which
-// are not written before.
+// A block takes a few columns: its lanes move their rows, of which the table has those first that
+// come to the first n, and then solve for these.
 template <class T>
 LUMO_KERNEL void LuBeside_k(int left, int right, T* b, int n, T* a, int lda,
                             const lumo::RowMoves* moves) {
@@ -168,8 +168,8 @@ LUMO_KERNEL void LuBeside_k(int left, int right, T* b, int n, T* a, int lda,
             if (first + c < left + right)
                 team.lanes(moves->count, [&](int x) {
                     const unsigned to = moves->to[x];
-                    if (to < unsigned(n))
-                        top[c][to] = kept[c].at(0, x);
+                    if (x < n)
+                        top[c][x] = kept[c].at(0, x);
                     else if (to != moves->from[x])
                         column(c)[to] = kept[c].at(0, x);
                 });
@@ -177,8 +177,8 @@ LUMO_KERNEL void LuBeside_k(int left, int right, T* b, int n, T* a, int lda,
             team.barrier();
             team.lanes(Movers::X, [&](int x) {
                 const int c = x / rows, r = x % rows;
-                if (r > k && r < n && first + c >= left)
-                    top[c][r] = top[c][r] - triangle[k][r] * top[c][k];
+                const bool solves = first + c >= left && first + c < left + right;
+                if (solves && r > k && r < n) top[c][r] = top[c][r] - triangle[k][r] * top[c][k];
             });
         }
         team.lanes(Movers::X, [&](int x) {

@@ -9,6 +9,8 @@ template <class T>
 void RowSums_k(int m, int n, const T* a, int lda, lumo::RealOf<T>* sums);
 template <class T>
 void ColumnMaxima_k(int m, const T* a, int lda, lumo::RealOf<T>* maxima);
+template <class T>
+void HermitianMaxima_k(int n, int first, const T* a, int lda, lumo::RealOf<T>* maxima);
 
 namespace lumo {
 namespace {
@@ -35,7 +37,15 @@ void columnMaxima(int m, int n, const T* a, int lda, RealOf<T>* maxima) {
                         a + std::size_t(j) * std::size_t(lda), lda, maxima + j);
 }
 
+template <class T>
+void hermitianMaxima(int n, const T* a, int lda, RealOf<T>* maxima) {
+    for (int j = 0; j < n; j += mostColumns)
+        cudalib::launch(MaximaMap{std::min(mostColumns, n - j)}, &HermitianMaxima_k<T>, n, j, a,
+                        lda, maxima);
+}
+
 LUMO_INSTANTIATE(rowSums)
 LUMO_INSTANTIATE(columnMaxima)
+LUMO_INSTANTIATE(hermitianMaxima)
 
 }  // namespace lumo

@@ -25,23 +25,41 @@ LUMO_KERNEL void RowSums_k(int m, int n, const T* a, int lda, RealOf<T>* sums) {
     });
 }
 
+// The largest |Re x(i)| + |Im x(i)| of `count` elements, and `most`.
+template <class T>
+LUMO_DEVICE RealOf<T> largest(MaximaTeam team, int count, const T* x, RealOf<T> most) {
+    using R = RealOf<T>;
+    const auto larger = [](R x, R y) { return x > y || x != x ? x : y; };
+    cudalib::LaneValues<MaximaTeam, R> mine;
+    team.lanes(team.X, [&](int lane) { mine.at(0, lane) = most; });
+    for (long i = 0; i < count; i += team.X)
+        team.lanes(count - i, [&](int lane) {
+            const T element = x[i + lane];
+            R& most = mine.at(0, lane);
+            most = larger(most, lumo::magnitude(lumo::realPart(element)) +
+                                    lumo::magnitude(lumo::imaginaryPart(element)));
+        });
+    return cudalib::ofLanes(mine, larger);
+}
+
 template <class T>
 LUMO_KERNEL void ColumnMaxima_k(int m, const T* a, int lda, RealOf<T>* maxima) {
-    using R = RealOf<T>;
     cudalib::kernel<1024>([&](MaximaTeam team) LUMO_INLINED {
         const T* column = &cudalib::at(a, lda, 0, int(team.x()));
-        const auto larger = [](R x, R y) { return x > y || x != x ? x : y; };
-        cudalib::LaneValues<MaximaTeam, R> mine;
-        team.lanes(team.X, [&](int lane) { mine.at(0, lane) = 0; });
-        for (long i = 0; i < m; i += team.X)
-            team.lanes(m - i, [&](int lane) {
-                const T x = column[i + lane];
-                R& most = mine.at(0, lane);
-                most = larger(most, lumo::magnitude(lumo::realPart(x)) +
-                                        lumo::magnitude(lumo::imaginaryPart(x)));
-            });
-        const R most = cudalib::ofLanes(mine, larger);
+        const RealOf<T> most = largest(team, m, column, RealOf<T>(0));
         team.lanes(1, [&](int) { maxima[team.x()] = most; });
+    });
+}
+
+// Columns from `first` on.
+template <class T>
+LUMO_KERNEL void HermitianMaxima_k(int n, int first, const T* a, int lda, RealOf<T>* maxima) {
+    cudalib::kernel<1024>([&](MaximaTeam team) LUMO_INLINED {
+        const int j = first + int(team.x());
+        const T* diagonal = &cudalib::at(a, lda, j, j);
+        const RealOf<T> most =
+            largest(team, n - j - 1, diagonal + 1, lumo::magnitude(lumo::realPart(*diagonal)));
+        team.lanes(1, [&](int) { maxima[j] = most; });
     });
 }
 
@@ -49,6 +67,13 @@ template <class T>
 struct ColumnMaximaCost {
     static cudalib::Work of(int m, const T*, int, RealOf<T>*) { return {double(m) * sizeof(T)}; }
 };
+template <class T>
+struct HermitianMaximaCost {
+    static cudalib::Work of(int n, int, const T*, int, RealOf<T>*) {
+        return {double(n) * sizeof(T)};
+    }
+};
 
 LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&RowSums_k<T>, cudalib::OnMatrix<T, 1>>,
-              cudalib::Kernel<&ColumnMaxima_k<T>, ColumnMaximaCost<T>>)
+              cudalib::Kernel<&ColumnMaxima_k<T>, ColumnMaximaCost<T>>,
+              cudalib::Kernel<&HermitianMaxima_k<T>, HermitianMaximaCost<T>>)

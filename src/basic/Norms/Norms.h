@@ -13,4 +13,8 @@ void rowSums(int m, int n, const T* a, int lda, RealOf<T>* sums);
 template <class T>
 void columnMaxima(int m, int n, const T* a, int lda, RealOf<T>* maxima);
 
+// The same of the lower triangle of a matrix of order n, without imaginary parts on the diagonal.
+template <class T>
+void hermitianMaxima(int n, const T* a, int lda, RealOf<T>* maxima);
+
 }  // namespace lumo
