@@ -36,7 +36,8 @@ set(LUMO_KERNEL_UNITS
     src/divide/columns/columns
     src/divide/secular/secular
     src/trd/companion/companion
-    src/trd/hermitian_product/hermitian_product)
+    src/trd/hermitian_product/hermitian_product
+    src/trd/hermitian_tiles/hermitian_tiles)
 # A launcher that only launches stands in its header.
 set(LUMO_LAUNCHERS ${LUMO_KERNEL_UNITS})
 list(REMOVE_ITEM LUMO_LAUNCHERS src/brd/brd/TakeHead)

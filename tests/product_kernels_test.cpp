@@ -68,7 +68,7 @@ class Products : public OnMachine {
             for (int i = 0; i < j; ++i) stored(i, j) = scalar<T>(std::nan(""));
             stored(j, j) = scalar<T>(wide(stored(j, j)).real(), std::nan(""));
         }
-        const OnDevice a(stored), parts(poisoned<T>(n, lumo::hermitianProductParts(n)));
+        const OnDevice a(stored), parts(poisoned<T>(n, lumo::hermitianProductParts<T>(n)));
         expectProduct(whole, T(1), 1, T(0), 1, [&](T* x, T* y) {
             lumo::hermitianProduct(n, a.data(), a.ld(), x, y, parts.data());
         });

@@ -25,7 +25,7 @@ void resetBlas();
 int bindContext();
 // The device that this process's calls go to.
 int currentDevice();
-platform::DeviceProperties propertiesOf(int device);
+const platform::DeviceProperties& propertiesOf(int device);
 
 #define ENTRY(kind, result, name, parameters) result name parameters;
 #include "platform/entries.inc"

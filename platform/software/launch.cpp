@@ -48,7 +48,7 @@ bool within(platform::Dim3 d, const int (&limits)[3]) {
 }
 
 bool valid(const Configuration& c) {
-    const platform::DeviceProperties p = propertiesOf(currentDevice());
+    const platform::DeviceProperties& p = propertiesOf(currentDevice());
     const unsigned long threads = 1ul * c.block.x * c.block.y * c.block.z;
     return within(c.grid, p.maxGridSize) && within(c.block, p.maxThreadsDim) &&
            threads <= unsigned(p.maxThreadsPerBlock);

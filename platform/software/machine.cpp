@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <vector>
 
 #include "platform/software/device.h"
 #include "platform/software/instruments.h"
@@ -17,6 +18,7 @@ namespace {
 
 struct State {
     Machine machine;
+    std::vector<platform::DeviceProperties> properties;  // of its devices
     std::atomic<Schedule> schedule{Schedule::production};
 
     std::mutex mutex;  // the context's binding
@@ -43,6 +45,30 @@ std::size_t physicalMemory() {
     return std::size_t(sysconf(_SC_PHYS_PAGES)) * std::size_t(sysconf(_SC_PAGESIZE));
 }
 
+platform::DeviceProperties propertiesOf(const DeviceDescription& d) {
+    const bool fermi = d.major >= 2;
+    platform::DeviceProperties p{};
+    std::snprintf(p.name, sizeof p.name, "%s", d.name.c_str());
+    p.totalGlobalMem = d.memory;
+    p.sharedMemPerBlock = fermi ? 49152 : 16384;
+    p.regsPerBlock = fermi ? 32768 : d.minor >= 2 ? 16384 : 8192;
+    p.warpSize = 32;
+    p.memPitch = 2147483647;
+    p.maxThreadsPerBlock = fermi ? 1024 : 512;
+    p.maxThreadsDim[0] = p.maxThreadsDim[1] = p.maxThreadsPerBlock;
+    p.maxThreadsDim[2] = 64;
+    std::copy(d.maxGrid.begin(), d.maxGrid.end(), p.maxGridSize);
+    p.clockRate = d.clockRate;
+    p.totalConstMem = 65536;
+    p.major = d.major;
+    p.minor = d.minor;
+    p.textureAlignment = 256;
+    p.deviceOverlap = d.deviceOverlap;
+    p.multiProcessorCount = d.multiprocessors;
+    p.canMapHostMemory = 1;
+    return p;
+}
+
 void begin(const Machine& description, Schedule schedule) {
     State& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);
@@ -50,6 +76,9 @@ void begin(const Machine& description, Schedule schedule) {
     resetInstruments();
     resetBlas();
     s.machine = description;
+    s.properties.clear();
+    for (const DeviceDescription& device : description.devices)
+        s.properties.push_back(propertiesOf(device));
     s.schedule = schedule;
     s.chosen = 0;
     s.explicitlyChosen = false;
@@ -126,29 +155,8 @@ int getDeviceCount(int* count) {
     });
 }
 
-platform::DeviceProperties propertiesOf(int device) {
-    const DeviceDescription& d = machine().devices[device];
-    const bool fermi = d.major >= 2;
-    platform::DeviceProperties p{};
-    std::snprintf(p.name, sizeof p.name, "%s", d.name.c_str());
-    p.totalGlobalMem = d.memory;
-    p.sharedMemPerBlock = fermi ? 49152 : 16384;
-    p.regsPerBlock = fermi ? 32768 : d.minor >= 2 ? 16384 : 8192;
-    p.warpSize = 32;
-    p.memPitch = 2147483647;
-    p.maxThreadsPerBlock = fermi ? 1024 : 512;
-    p.maxThreadsDim[0] = p.maxThreadsDim[1] = p.maxThreadsPerBlock;
-    p.maxThreadsDim[2] = 64;
-    std::copy(d.maxGrid.begin(), d.maxGrid.end(), p.maxGridSize);
-    p.clockRate = d.clockRate;
-    p.totalConstMem = 65536;
-    p.major = d.major;
-    p.minor = d.minor;
-    p.textureAlignment = 256;
-    p.deviceOverlap = d.deviceOverlap;
-    p.multiProcessorCount = d.multiprocessors;
-    p.canMapHostMemory = 1;
-    return p;
+const platform::DeviceProperties& propertiesOf(int device) {
+    return started().properties[std::size_t(device)];
 }
 
 int getDeviceProperties(platform::DeviceProperties* properties, int device) {

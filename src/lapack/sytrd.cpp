@@ -7,7 +7,6 @@
 #include "blas/cublas.h"
 #include "blas/gemm.h"
 #include "blas/gemv/gemv.h"
-#include "blas/symv/symv.h"
 #include "brd/reflectors/reflectors.h"
 #include "common/element_types.h"
 #include "common/matrix.h"
@@ -38,7 +37,7 @@ class TridiagonalReduction {
           p_{memory_.data(), n},
           row_(p_.at(0, 2 * nb_)),
           products_(row_ + 2 * nb_),
-          parts_(std::size_t(n) * std::size_t(hermitianProductParts(n))) {}
+          parts_(std::size_t(n) * std::size_t(hermitianProductParts<T>(n))) {}
 
     void run() const {
         for (int j = 0; j < n_ - 1; j += nb_) {
@@ -74,10 +73,10 @@ class TridiagonalReduction {
 
     // w := A v.
     void multiply(int order, const T* a, const T* v, T* w) const {
-        if (isComplex<T> || (platform::sharesMemory() && order >= ownSymvOnCpu))
+        if (isComplex<T> || !platform::sharesMemory() || order >= ownSymvOnCpu)
             hermitianProduct(order, a, a_.ld, v, w, parts_.data());
         else
-            symv('L', order, T(1), a, a_.ld, v, 1, T(0), w, 1);
+            cublas::symv('L', order, T(1), a, a_.ld, v, 1, T(0), w, 1);
     }
 
     static void restore(const R* value, T* element) {

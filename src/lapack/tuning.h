@@ -93,7 +93,7 @@ template <class T>
 inline BlockSize gebrdTuning{32, 96, 32};
 
 // Columns of a panel of sytrd; and the order from which on its own product is faster than a CPU's
-// symv, that of complex elements always. Measured.
+// symv, that of complex elements always. Measured on a CPU.
 template <class T>
 inline BlockSize sytrdTuning{32, 64, 32};
 constexpr int ownSymvOnCpu = 1024;
@@ -121,6 +121,13 @@ inline std::size_t gatheredOnCpu = std::size_t(12) << 20;
 
 // Orders up to which a problem is small (routine/description.h), measured.
 constexpr int smallLu = 256, smallCholesky = 256, smallSvd = 48;
-constexpr int smallEigenvectors = 192, smallEigenvalues = 640;
+template <class T>
+constexpr int smallEigenvectors = sizeof(T) == 4   ? 384
+                                  : sizeof(T) == 8 ? 224
+                                                   : 144;
+template <class T>
+constexpr int smallEigenvalues = !isComplex<T>    ? 768
+                                 : sizeof(T) == 8 ? 512
+                                                  : 176;
 
 }  // namespace lumo

@@ -2,11 +2,12 @@
 
 #include "cudalib/launch.h"
 #include "trd/hermitian_product/shape.h"
+#include "trd/hermitian_tiles/hermitian_tiles.h"
 
 template <class T>
 void HermitianProduct_k(int n, int count, const T* a, int lda, const T* x, T* parts, int ldparts);
 template <class T>
-void HermitianSum_k(int n, int count, const T* parts, int ldparts, T* y);
+void HermitianSum_k(int n, int count, bool whole, const T* parts, int ldparts, T* y);
 
 namespace lumo {
 namespace {
@@ -19,21 +20,27 @@ struct PartsMap {
 
 }  // namespace
 
-// A GPU wants some parts for each multiprocessor; on a CPU, each is a thread's work, and a cost.
+// On a CPU, each part is a thread's work, and a cost.
+template <class T>
 int hermitianProductParts(int n) {
-    if (platform::sharesMemory()) return n < 512 ? 1 : 4;
-    return n < 64 ? 1 : n < 2048 ? n / 32 : 64;
+    return !platform::sharesMemory() ? hermitianTileCount<T>(n) : n < 512 ? 1 : 4;
 }
 
 template <class T>
 void hermitianProduct(int n, const T* a, int lda, const T* x, T* y, T* parts) {
-    const int count = hermitianProductParts(n);
+    const int count = hermitianProductParts<T>(n);
+    const bool tiles = !platform::sharesMemory();
     T* const result = count == 1 ? y : parts;
-    cudalib::launch(PartsMap{count}, &HermitianProduct_k<T>, n, count, a, lda, x, result, n);
+    if (tiles)
+        hermitianTiles(n, a, lda, x, result);
+    else
+        cudalib::launch(PartsMap{count}, &HermitianProduct_k<T>, n, count, a, lda, x, result, n);
     if (count > 1)
-        cudalib::launch(cudalib::StaticMap1D<128>(n), &HermitianSum_k<T>, n, count, parts, n, y);
+        cudalib::launch(cudalib::StaticMap1D<128>(n), &HermitianSum_k<T>, n, count, tiles, parts, n,
+                        y);
 }
 
+LUMO_INSTANTIATE(hermitianProductParts)
 LUMO_INSTANTIATE(hermitianProduct)
 
 }  // namespace lumo

@@ -113,17 +113,21 @@ LUMO_KERNEL void HermitianProduct_k(int n, int count, const T* a, int lda, const
     });
 }
 
+// Parts have rows from that of their first column on, unless they are `whole`.
 template <class T>
-LUMO_KERNEL void HermitianSum_k(int n, int count, const T* parts, int ldparts, T* y) {
+LUMO_KERNEL void HermitianSum_k(int n, int count, bool whole, const T* parts, int ldparts, T* y) {
     cudalib::kernel<64>([&](cudalib::Strip rows) LUMO_INLINED {
-        rows.each(std::size_t(n), [&](std::size_t i) { y[i] = parts[i]; });
+        cudalib::Strip::Kept<T> sum(rows);
+        rows.each(std::size_t(n), [&](std::size_t i) { sum[i] = parts[i]; });
         for (int part = 1; part < count; ++part) {
-            const auto first = std::size_t(firstColumn(n, part, count, lumo::hermitianColumns<T>));
+            const auto first =
+                whole ? 0 : std::size_t(firstColumn(n, part, count, lumo::hermitianColumns<T>));
             const T* const from = parts + part * std::size_t(ldparts);
             rows.each(std::size_t(n), [&](std::size_t i) {
-                if (i >= first) y[i] = y[i] + from[i];
+                if (i >= first) sum[i] = sum[i] + from[i];
             });
         }
+        rows.each(std::size_t(n), [&](std::size_t i) { y[i] = sum[i]; });
     });
 }
 
@@ -139,8 +143,8 @@ struct HermitianProductCost {
 };
 template <class T>
 struct HermitianSumCost {
-    static cudalib::Work of(int n, int count, const T*, int, T*) {
-        return {double(n) * (1 + 2. / 3 * count) * sizeof(T), 0, double(count)};
+    static cudalib::Work of(int n, int count, bool whole, const T*, int, T*) {
+        return {double(n) * (1 + (whole ? 1 : 2. / 3) * count) * sizeof(T), 0, count / 4.};
     }
 };
 
