@@ -88,8 +88,6 @@ KERNEL_FAULTS = [
     ("a barrier is missing, PermuteRows", "PermuteRows", r"\tbar\.sync \t0;", "", 0),
     ("a barrier is missing, larfg", "larfg", r"\tbar\.sync \t0;", "", 0),
     ("a barrier is missing, LuPanel", "LuPanel", r"\tbar\.sync \t0;", "", 1),
-    ("a barrier is missing beside a panel", "LuPanel", r"(?s)(LuBeside.*?)\tbar\.sync \t0;",
-     r"\1", 0),
     ("a barrier is missing, QrPanel", "QrPanel", r"\tbar\.sync \t0;", "", 1),
     ("blocks meet without a fence", "LuPanel", r"\tmembar\.gl;", "", 0),
     ("one element too many, Copy", "Copy", r"setp\.ge\.u64", "setp.gt.u64", 0),
