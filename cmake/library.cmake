@@ -9,11 +9,13 @@ set(LUMO_KERNEL_UNITS
     src/basic/LACPY/LACPY
     src/basic/LASET/LASET
     src/basic/LASWP/LASWP
+    src/basic/LuPanel/LuPanel
     src/basic/MADD/MADD
     src/basic/MakeReal/MakeReal
     src/basic/Norms/Norms
     src/basic/PermuteRows/PermuteRows
     src/basic/Precision/Precision
+    src/basic/QrPanel/QrPanel
     src/basic/Scale/Scale
     src/basic/ScaleRows/ScaleRows
     src/basic/Set/Set
@@ -81,6 +83,7 @@ add_library(lumo_objects OBJECT
     src/lapack/bdsqr.cpp
     src/lapack/bidiagonal_panel.cpp
     src/lapack/block_reflector.cpp
+    src/lapack/device_qr.cpp
     src/lapack/dqds.cpp
     src/lapack/dsgesv.cpp
     src/lapack/gebrd.cpp
@@ -158,6 +161,7 @@ add_library(lumo_timeline STATIC EXCLUDE_FROM_ALL
     platform/timeline/machine_file.cpp
     platform/timeline/memory.cpp
     platform/timeline/panels.cpp
+    platform/timeline/processors.cpp
     platform/timeline/state.cpp
     platform/timeline/streams.cpp
     platform/timeline/table.cpp

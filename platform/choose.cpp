@@ -2,6 +2,7 @@
 //
 //   LUMO_PLATFORM=software|cuda  forces one;
 //   LUMO_CUDA_PLUGIN=FILE        is loaded in place of liblumo-cuda.so beside this library;
+//   LUMO_PANELS=cpu|device       factorises panels there, not where tuning has them;
 //   LUMO_PROFILE=1               reports at exit where the time went.
 //
 // A machine without a driver, a device or the plugin runs on the software device. A driver that
@@ -29,6 +30,7 @@ struct Decision {
     const Table* table;
     std::string reason;
     bool available = true;
+    Panels panels = Panels::asTuned;
 };
 
 Decision unavailable(std::string reason) {
@@ -110,6 +112,17 @@ Decision decide() {
     return {cuda, "an NVIDIA driver and a device"};
 }
 
+void decidePanels(Decision& decision) {
+    const char* word = std::getenv("LUMO_PANELS");
+    const std::string wish = word ? word : "";
+    if (wish == "cpu")
+        decision.panels = Panels::ofCpu;
+    else if (wish == "device")
+        decision.panels = Panels::ofDevice;
+    else if (!wish.empty())
+        decision = unavailable("LUMO_PANELS=" + wish + " names no panels (cpu, device)");
+}
+
 const Kernel* kernelWith(const char* partOfName) {
     for (const Kernel* kernel : registeredKernels())
         if (std::strstr(kernel->name, partOfName)) return kernel;
@@ -121,6 +134,7 @@ const Kernel* kernelWith(const char* partOfName) {
 const Choice& choice() {
     static const auto* decision = [] {
         auto* made = new Decision(decide());
+        decidePanels(*made);
         auto* complete = new Table(*made->table);
         fillOptional(*complete, PanelThreads::ofLibrary);
         made->table = complete;
@@ -129,7 +143,7 @@ const Choice& choice() {
         return made;
     }();
     static const Choice chosen{decision->table, decision->reason.c_str(), decision->available,
-                               kernelWith};
+                               kernelWith, decision->panels};
     return chosen;
 }
 

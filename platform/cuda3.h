@@ -39,12 +39,16 @@ cudaError_t cudaLaunch(const char* stub);
 namespace platform {
 
 // Which platform runs and why it was chosen; chooses it if no call has yet.
+// Who is to factorise panels, where either can.
+enum class Panels { asTuned, ofCpu, ofDevice };
+
 struct Choice {
     const Table* table;
     const char* reason;
     bool available;  // or the reason is why nothing can run
     // A kernel of the library whose mangled name has this in it; null if there is none.
     const Kernel* (*kernel)(const char* partOfName);
+    Panels panels;
 };
 const Choice& choice();
 

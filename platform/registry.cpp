@@ -102,5 +102,5 @@ extern "C" void __cudaUnregisterFatBinary(void** handle) {
 }
 
 extern "C" cudaError_t cudaLaunch(const char* stub) {
-    return platform::launch(platform::findKernel(stub));
+    return platform::launch(platform::findKernel(stub), 0);
 }

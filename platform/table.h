@@ -58,16 +58,20 @@ struct Launch {
 
 // What a launch asks of a device, for a platform that only keeps time.
 struct Work {
-    double bytes = 0;  // to and from memory
-    double flops = 0;  // of single precision: one of double is two
-    double turns = 0;  // reads of memory, or barriers, of which each waits for the one before
-    double reach = 0;  // bytes of the matrix that it works on a part of, if that is more
+    double bytes = 0;     // to and from memory
+    double flops = 0;     // of single precision: one of double is two
+    double turns = 0;     // reads of memory, or barriers, of which each waits for the one before
+    double meetings = 0;  // how often all blocks wait for each other
+    double reach = 0;     // bytes of the matrix that it works on a part of, if that is more
     // What a host may read of the results: in `norm`, a real of `size` bytes, the norm of so many
-    // normal random numbers, or what is found at `normFrom`.
+    // normal random numbers, or what is found at `normFrom`; in `pivots`, from 1, those of a panel
+    // of a random matrix that begins in row `first`, from 0.
     void* norm = nullptr;
     double normOf = 0;
     const void* normFrom = nullptr;
     unsigned size = 0;
+    int* pivots = nullptr;
+    int first = 0, rows = 0, columns = 0;
 };
 
 // A kernel instance: the name it is registered under and, for a CPU, its body and what a launch

@@ -40,6 +40,7 @@ Table makeTable() {
     t.runtimeGetVersion = [](int* out) { return version(out, 3020); };
     t.driverGetVersion = [](int* out) { return version(out, 0); };
     t.isDevicePointer = [](const void*) { return 0; };
+    t.cooperativeBlocks = [](const Kernel*, int) { return 0; };
     t.threadSynchronize = [] { return cudaSuccess; };  // nothing can be under way
     t.getLastError = takeLastError;
     t.getErrorString = errorText;

@@ -63,11 +63,11 @@ TEST_F(CudaPlugin, SpeaksCuda3Errors) {
     EXPECT_NE(std::string(table_->getErrorString(32)).find("too large"), std::string::npos);
     // A launch that was not configured, of a kernel that does not exist.
     const platform::Kernel unknown{"no such kernel", nullptr, nullptr};
-    EXPECT_EQ(1, table_->launch(&unknown));
+    EXPECT_EQ(1, table_->launch(&unknown, 0));
     EXPECT_EQ(1, table_->getLastError());
     EXPECT_EQ(0, table_->getLastError());
     EXPECT_EQ(0, table_->configureCall({1, 1, 1}, {1, 1, 1}, 0, nullptr));
-    EXPECT_EQ(8, table_->launch(&unknown));
+    EXPECT_EQ(8, table_->launch(&unknown, 0));
     EXPECT_EQ(8, table_->getLastError());
 }
 

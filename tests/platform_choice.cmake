@@ -36,6 +36,7 @@ lumo_platform_test(old_driver DRIVER "^.cuda. .*fake error. .*initialize: status
     FAKE_COUNT_ERROR=35 FAKE_DRIVER_VERSION=12000)
 lumo_platform_test(broken_driver DRIVER "^.cuda. .*fake error. .*initialize: status 10 info 30"
     FAKE_COUNT_ERROR=30)
+lumo_platform_test(panels DRIVER "^.none. .LUMO_PANELS=gpu names no panels .cpu, device.. ${refused}" LUMO_PANELS=gpu)
 lumo_platform_test(software DRIVER "^.software. .LUMO_PLATFORM=software. ${well}"
     LUMO_PLATFORM=software)
 lumo_platform_test(cuda DRIVER "^.cuda. .LUMO_PLATFORM=cuda. ${well}" LUMO_PLATFORM=cuda)

@@ -315,6 +315,14 @@ TEST_F(FaultTest, LaunchLimits) {
     cudaConfigureCall({1, 1, 1}, {1, 1, 1}, 0, nullptr);
     EXPECT_EQ(cudaErrorInvalidDeviceFunction, cudaLaunch("no stub"));
     EXPECT_EQ(1, firstOf(p));
+    auto* const kernel = &CudaMemsetTypeKernel<cudalib::Map1D, float>;
+    for (auto [capability, most] : {std::pair{20, 0}, {70, 8}}) {
+        software::start(test::machine(capability), Schedule::latest);
+        EXPECT_EQ(most, cudalib::cooperativeBlocks(kernel, 256));
+        cudaConfigureCall(dim3(unsigned(most) + 1), 256, 0, nullptr);
+        cudalib::launchConfigured<true>(kernel, onDevice<float>(1), 3, 1);
+        EXPECT_EQ(cudaErrorLaunchOutOfResources, cudaGetLastError());
+    }
 }
 
 // --- Memory and devices --------------------------------------------------------------------

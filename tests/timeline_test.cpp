@@ -58,7 +58,7 @@ class Timeline : public ::testing::Test {
                 const void* nothing = nullptr;
                 t.configureCall(1, 1, 0, stream);
                 t.setupArgument(&nothing, sizeof nothing, 0);
-                EXPECT_EQ(0, t.launch(kernel));
+                EXPECT_EQ(0, t.launch(kernel, 0));
                 return;
             }
         FAIL();
@@ -103,6 +103,16 @@ TEST_F(Timeline, StreamsKeepTheirOrderAndEventsOrderStreams) {
     };
     expect(201, [&] { launchOn(one), launchOn(one); });
     expect(101, [&] { launchOn(one), copy(two); });  // side by side
+    // Kernels that each leave most processors idle: the seventh has two thirds of what it can use
+    // until the first is through.
+    expect(102, [&] { launchOn(one), launchOn(two); });
+    expect(101 + (100 - 94 / 1.5), [&] {
+        for (int k = 0; k < 7; ++k) {
+            platform::Stream stream = nullptr;
+            t.streamCreate(&stream);
+            launchOn(stream);
+        }
+    });
     expect(151, [&] { launchOn(one), copy(one); });
     expect(151, [&] { launchOn(nullptr), copy(two); });  // the default stream is waited for
     expect(151, [&] { copy(two), launchOn(nullptr); });  // and waits

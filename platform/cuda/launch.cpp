@@ -73,7 +73,7 @@ int setupArgument(const void* argument, std::size_t size, std::size_t offset) {
     return cudaSuccess;
 }
 
-int launch(const platform::Kernel* kernel) {
+int launch(const platform::Kernel* kernel, int cooperative) {
     const Configuration c = configuration;
     configuration.set = false;
     if (!c.set) return reported3(cuda3::cudaErrorMissingConfiguration);
@@ -84,7 +84,21 @@ int launch(const platform::Kernel* kernel) {
     void* pointers[64];
     if (offsets.size() > std::size(pointers)) return reported(cudaErrorInvalidValue);
     for (std::size_t i = 0; i < offsets.size(); ++i) pointers[i] = arguments + offsets[i];
-    return reported(cudaLaunchKernel(stub, c.grid, c.block, pointers, c.shared, c.stream));
+    const auto start = cooperative ? cudaLaunchCooperativeKernel : cudaLaunchKernel;
+    return reported(start(stub, c.grid, c.block, pointers, c.shared, c.stream));
+}
+
+int cooperativeBlocks(const platform::Kernel* kernel, int lanes) {
+    const void* stub = kernel ? stubOf(*kernel) : nullptr;
+    OnDevice here;
+    int device = processDevice(), able = 0, multiprocessors = 0, blocks = 0;
+    if (!stub || cudaDeviceGetAttribute(&able, cudaDevAttrCooperativeLaunch, device) || !able ||
+        cudaDeviceGetAttribute(&multiprocessors, cudaDevAttrMultiProcessorCount, device) ||
+        cudaOccupancyMaxActiveBlocksPerMultiprocessor(&blocks, stub, lanes, 0)) {
+        cudaGetLastError();
+        return 0;
+    }
+    return multiprocessors * blocks;
 }
 
 }  // namespace gpu

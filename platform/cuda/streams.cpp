@@ -35,6 +35,10 @@ auto& streams() {
     static auto* instance = new Kept<cudaStream_t>;
     return *instance;
 }
+auto& urgentStreams() {
+    static auto* instance = new Kept<cudaStream_t>;
+    return *instance;
+}
 auto& copyStreams() {
     static auto* instance = new Kept<cudaStream_t>;
     return *instance;
@@ -48,11 +52,26 @@ cudaStream_t native(platform::Stream stream) {
     return static_cast<cudaStream_t>(stream);
 }
 
+constexpr int ordinary = 0, urgent = -1;  // priorities
+
+// Blocking streams: the algorithms rely on the default stream's ordering with all others.
+int create(Kept<cudaStream_t>& kept, int priority, platform::Stream* stream) {
+    bindContext();
+    OnDevice here;
+    cudaStream_t made = nullptr;
+    const cudaError_t error =
+        kept.take(made) ? cudaSuccess
+                        : cudaStreamCreateWithPriority(&made, cudaStreamDefault, priority);
+    *stream = made;
+    return reported(error);
+}
+
 }  // namespace
 
 void releaseKeptStreams() {
     cudaStream_t stream;
-    while (streams().take(stream) || copyStreams().take(stream)) cudaStreamDestroy(stream);
+    while (streams().take(stream) || urgentStreams().take(stream) || copyStreams().take(stream))
+        cudaStreamDestroy(stream);
     cudaEvent_t event;
     while (events().take(event)) cudaEventDestroy(event);
     cudaGetLastError();
@@ -68,19 +87,19 @@ void giveCopyStream(cudaStream_t stream) {
 }
 
 int streamCreate(platform::Stream* stream) {
-    bindContext();
-    OnDevice here;
-    // A blocking stream: the algorithms rely on the default stream's ordering with all others.
-    cudaStream_t made = nullptr;
-    const cudaError_t error = streams().take(made) ? cudaSuccess : cudaStreamCreate(&made);
-    *stream = made;
-    return reported(error);
+    return create(streams(), ordinary, stream);
+}
+
+int urgentStreamCreate(platform::Stream* stream) {
+    return create(urgentStreams(), urgent, stream);
 }
 
 int streamDestroy(platform::Stream stream) {
     OnDevice here;
-    return streams().give(native(stream)) ? cudaSuccess
-                                          : reported(cudaStreamDestroy(native(stream)));
+    int priority = ordinary;
+    cudaStreamGetPriority(native(stream), &priority);
+    auto& kept = priority == ordinary ? streams() : urgentStreams();
+    return kept.give(native(stream)) ? cudaSuccess : reported(cudaStreamDestroy(native(stream)));
 }
 
 int streamSynchronize(platform::Stream stream) {

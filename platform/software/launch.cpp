@@ -54,6 +54,13 @@ bool valid(const Configuration& c) {
            threads <= unsigned(p.maxThreadsPerBlock);
 }
 
+// As many blocks as the device's multiprocessors hold at the same time, by their lanes alone.
+unsigned long mostTogether(unsigned long lanesOfBlock) {
+    const platform::DeviceProperties p = propertiesOf(currentDevice());
+    constexpr unsigned long lanesAtOnce = 2048;
+    return p.major < 6 ? 0 : unsigned(p.multiProcessorCount) * (lanesAtOnce / lanesOfBlock);
+}
+
 std::string demangled(const platform::Kernel* kernel) {
     if (!kernel) return "(not registered)";
     int status = 0;
@@ -93,7 +100,7 @@ int setupArgument(const void* argument, std::size_t size, std::size_t offset) {
     return call("cudaSetupArgument", body, size, offset);
 }
 
-int launch(const platform::Kernel* kernel) {
+int launch(const platform::Kernel* kernel, int cooperative) {
     const Configuration c = configuration;
     configuration.set = false;
     auto body = [&] {
@@ -102,6 +109,10 @@ int launch(const platform::Kernel* kernel) {
         if (int error = bindContext()) return error;
         if (!isStream(c.stream)) return int(cudaErrorInvalidResourceHandle);
         if (!valid(c)) return int(cudaErrorInvalidConfiguration);
+        const unsigned long blocks = 1ul * c.grid.x * c.grid.y * c.grid.z;
+        const unsigned long lanesOfBlock = 1ul * c.block.x * c.block.y * c.block.z;
+        if (cooperative && blocks > mostTogether(lanesOfBlock))
+            return int(cudaErrorLaunchOutOfResources);
         const std::size_t lanes = std::size_t(c.grid.x) * c.grid.y * c.block.x * c.block.y;
         if (runsAtOnce(lanes)) {
             execute(*kernel, pushed.bytes.data(), c.grid, c.block);
@@ -117,6 +128,10 @@ int launch(const platform::Kernel* kernel) {
     };
     if (!instrumented.load(std::memory_order_relaxed)) return call("cudaLaunch", body);
     return call("cudaLaunch", body, demangled(kernel), c.grid, c.block);
+}
+
+int cooperativeBlocks(const platform::Kernel*, int lanes) {
+    return machine().devices.empty() ? 0 : int(mostTogether(unsigned(lanes)));
 }
 
 }  // namespace software

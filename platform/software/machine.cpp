@@ -200,6 +200,10 @@ int streamCreate(platform::Stream* stream) {
     return call("cudaStreamCreate", body);
 }
 
+int urgentStreamCreate(platform::Stream* stream) {
+    return streamCreate(stream);
+}
+
 int streamDestroy(platform::Stream stream) {
     auto body = [&] {
         return destroyStream(stream) ? cudaSuccess : cudaErrorInvalidResourceHandle;

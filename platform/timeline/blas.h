@@ -7,9 +7,9 @@
 
 namespace timeline {
 
-// A call with these operands that takes so long.
+// A call with these operands that takes so much.
 template <std::size_t n>
-void blasCall(const platform::BlasOperands<n>& operands, double seconds) {
+void blasCall(const platform::BlasOperands<n>& operands, Load load) {
     const Entry entry;
     State& s = state();
     ++s.counts.products;
@@ -19,16 +19,16 @@ void blasCall(const platform::BlasOperands<n>& operands, double seconds) {
     else if (!operands.valid)
         s.cublasError = CUBLAS_STATUS_INVALID_VALUE;
     else if (!operands.each.back().empty())
-        submit(s.blasStream, Clock::compute, Kind::product, seconds);
+        submit(s.blasStream, Kind::product, load);
 }
 
 template <class T>
-double vectorTime(double elements) {
-    return vectorSeconds(state().machine, elementFor<T>, elements);
+Load vectorTime(double elements) {
+    return vectorLoad(state().machine, elementFor<T>, elements);
 }
 template <class T>
-double productTime(double m, double n, double k, double part = 1) {
-    return productSeconds(state().machine, elementFor<T>, m, n, k, part);
+Load productTime(double m, double n, double k, double part = 1) {
+    return productLoad(state().machine, elementFor<T>, m, n, k, part);
 }
 
 template <class T>
@@ -110,7 +110,7 @@ void trsm(char side, char uplo, char transa, char diag, int m, int n, T, const T
           int ldb) {
     const bool left = platform::oneOf(side, "L");
     blasCall(platform::triangularOperands(side, uplo, transa, diag, m, n, a, lda, b, ldb),
-             solveSeconds(state().machine, elementFor<T>, left ? m : n, left ? n : m));
+             solveLoad(state().machine, elementFor<T>, left ? m : n, left ? n : m));
 }
 
 }  // namespace timeline

@@ -1,6 +1,7 @@
 #include "platform/timeline/clock.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace timeline {
 
@@ -37,19 +38,23 @@ void Clock::host(Kind kind, double seconds) {
     host_.last = int(activities_.size()) - 1;
 }
 
-Reached Clock::device(Engine engine, Kind kind, double seconds, Reached ready, double latency,
-                      double gap) {
-    Reached& free = engines_[engine];
-    Reached start = ready;
-    if (free.last >= 0) start.include({free.end + gap, free.last});
-    start.include({host_.end + latency, host_.last});
-    if (engine == compute) {
-        follow(start, free.end, idle_);
-        busy_[int(kind)] += seconds;
-    }
-    activities_.push_back({start.end, start.end + seconds, kind, start.last});
-    free = {start.end + seconds, int(activities_.size()) - 1};
-    return free;
+Reached Clock::add(double start, double end, Kind kind, int cause) {
+    activities_.push_back({start, end, kind, cause});
+    return {end, int(activities_.size()) - 1};
+}
+
+Reached Clock::copy(Engine engine, Kind kind, double seconds, Reached ready, double latency) {
+    ready.include(engines_[engine]);
+    ready.include({host_.end + latency, host_.last});
+    return engines_[engine] = add(ready.end, ready.end + seconds, kind, ready.last);
+}
+
+Reached Clock::kernel(Kind kind, Load load, Reached ready, double latency, double gap) {
+    if (ready.last >= 0 && isKernel(activities_[std::size_t(ready.last)].kind)) ready.end += gap;
+    ready.include({host_.end + latency, host_.last});
+    processors_.forgetBefore(host_.end);
+    const auto [start, end] = processors_.take(ready, load, gap, int(activities_.size()));
+    return add(start.end, end, kind, start.last);
 }
 
 void Clock::wait(const Reached& reached, double seconds) {
@@ -80,10 +85,21 @@ ByKind Clock::criticalPath() const {
     return times;
 }
 
-ByKind Clock::idle() const {
-    ByKind times = idle_;
-    follow(host_, engines_[compute].end, times);
-    return times;
+Clock::Use Clock::use() const {
+    std::vector<Activity> kernels;
+    std::copy_if(activities_.begin(), activities_.end(), std::back_inserter(kernels),
+                 [](const Activity& a) { return isKernel(a.kind); });
+    std::stable_sort(kernels.begin(), kernels.end(),
+                     [](const Activity& a, const Activity& b) { return a.start < b.start; });
+    Use use;
+    double until = 0;
+    for (const Activity& a : kernels) {
+        if (a.start > until) follow({a.start, a.cause}, until, use.idle);
+        use.busy[int(a.kind)] += std::max(0., a.end - std::max(a.start, until));
+        until = std::max(until, a.end);
+    }
+    follow(host_, until, use.idle);
+    return use;
 }
 
 }  // namespace timeline

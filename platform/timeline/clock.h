@@ -3,12 +3,15 @@
 // The host does one thing after the other. The device has three engines, one for kernels and one
 // for copies each way, and streams: an operation begins when the host has issued it, when its
 // stream is through with what it was given before, and when its engine is free. Of these the last
-// is its cause, and the causes make the critical path.
+// is its cause, and the causes make the critical path. Kernels that leave processors idle share
+// them (processors.h).
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <vector>
+
+#include "platform/timeline/processors.h"
 
 namespace timeline {
 
@@ -28,19 +31,9 @@ const char* nameOf(Kind kind);
 
 using ByKind = std::array<double, kinds>;
 
-// What a stream has been given so far, or an event stands for: done at `end`, by activity `last`.
-struct Reached {
-    double end = 0;
-    int last = -1;
-
-    void include(const Reached& other) {
-        if (other.end > end) *this = other;
-    }
-};
-
 class Clock {
   public:
-    enum Engine { compute, upwards, downwards };
+    enum Engine { upwards, downwards };
 
     // All begins anew at time 0.
     void reset();
@@ -48,17 +41,21 @@ class Clock {
 
     // The host does something for so long.
     void host(Kind kind, double seconds);
-    // The device does, after `ready`; the host goes on. Between kernels there is a gap.
-    Reached device(Engine engine, Kind kind, double seconds, Reached ready, double latency,
-                   double gap);
+    // The device does, after `ready`, and so much after the host issues it; the host goes on.
+    Reached copy(Engine engine, Kind kind, double seconds, Reached ready, double latency);
+    // Between kernels of which one waits for the other there is a gap.
+    Reached kernel(Kind kind, Load load, Reached ready, double latency, double gap);
     // The host waits, and takes notice so much later.
     void wait(const Reached& reached, double seconds);
 
-    // How long what the host now sees done took of each kind, on the way that decided; how long the
-    // device's kernels ran; and for what they did not.
+    // How long what the host now sees done took of each kind, on the way that decided.
     ByKind criticalPath() const;
-    ByKind busy() const { return busy_; }
-    ByKind idle() const;
+    // How long the device's kernels ran, of two at once the one that began first, and for what none
+    // did.
+    struct Use {
+        ByKind busy{}, idle{};
+    };
+    Use use() const;
 
   private:
     struct Activity {
@@ -66,12 +63,14 @@ class Clock {
         Kind kind;
         int cause;
     };
+    static bool isKernel(Kind kind) { return kind == Kind::kernel || kind == Kind::product; }
     void follow(Reached from, double until, ByKind& times) const;
+    Reached add(double start, double end, Kind kind, int cause);
 
     std::vector<Activity> activities_;
     Reached host_;
-    std::array<Reached, 3> engines_;
-    ByKind busy_{}, idle_{};
+    std::array<Reached, 2> engines_;
+    Processors processors_;
 };
 
 }  // namespace timeline

@@ -54,14 +54,14 @@ int copy(const Region& r, bool asynchronous, platform::Stream stream) {
     Reached done;
     if (up == down) {  // within the device, or within the host
         const double seconds = m.kernelStart + 2 * r.bytes() / m.bandwidth.at(2 * r.bytes());
-        done = submit(stream, Clock::compute, up ? Kind::kernel : Kind::library, seconds);
+        done = submit(stream, up ? Kind::kernel : Kind::library, {seconds});
     } else {
         (up ? s.counts.bytesUp : s.counts.bytesDown) += r.bytes();
         const bool locked = (up ? from : to) == Place::pageLocked;
         const double seconds =
             locked ? m.lockedStart + r.bytes() / m.locked : pageableSeconds(m, r.bytes());
-        done = submit(stream, up ? Clock::upwards : Clock::downwards,
-                      up ? Kind::toDevice : Kind::toHost, r.bytes() > 0 ? seconds : 0);
+        done = submitCopy(stream, up ? Clock::upwards : Clock::downwards,
+                          up ? Kind::toDevice : Kind::toHost, r.bytes() > 0 ? seconds : 0);
         asynchronous = asynchronous && locked;
     }
     if (!asynchronous) s.clock.wait(done, 0);
@@ -94,8 +94,8 @@ int memset(void* pointer, int /*value*/, std::size_t bytes) {
     State& s = state();
     if (bytes && !pointer) return reported(cudaErrorInvalidValue);
     s.clock.host(Kind::call, s.machine.launch);
-    submit(nullptr, Clock::compute, Kind::kernel,
-           s.machine.kernelStart + double(bytes) / s.machine.bandwidth.at(double(bytes)));
+    submit(nullptr, Kind::kernel,
+           {s.machine.kernelStart + double(bytes) / s.machine.bandwidth.at(double(bytes))});
     return cudaSuccess;
 }
 

@@ -25,26 +25,25 @@ Element elementOf(char type) {
 }
 
 // Bound by memory, by operations or by waits, whichever is most; a grid that leaves processors idle
-// has its part of the bandwidth and the operations.
-double kernelSeconds(const Machine& m, const platform::Work& work, platform::Dim3 grid,
-                     platform::Dim3 block) {
-    const double lanes = double(grid.x) * grid.y * grid.z * block.x * block.y * block.z;
+// has its part of the bandwidth and the operations. Nothing else goes on while blocks meet.
+Load kernelLoad(const Machine& m, const platform::Work& work, double blocks, double lanes) {
     const double wanted = m.processors * m.kernelLanes;
-    const double fill = wanted > 0 ? std::min(1., std::max(lanes / wanted, m.kernelLeast)) : 1;
+    const double fill =
+        wanted > 0 ? std::min(1., std::max(blocks * lanes / wanted, m.kernelLeast)) : 1;
     const double reach = std::max(work.bytes, work.reach);
     const double bytes = work.bytes / (m.bandwidth.at(std::max(1., reach)) * m.kernelEfficiency);
     const double flops = work.flops / m.kernelOperations;
-    return m.kernelStart +
-           std::max({bytes / fill, flops / fill, work.turns * m.latency.at(std::max(1., reach))});
+    const double turns = work.turns * m.latency.at(std::max(1., reach));
+    const double meetings = work.meetings * m.meeting.at(blocks);
+    return {m.kernelStart + std::max({bytes / fill, flops / fill, turns}) + meetings, fill};
 }
 
 // Tiles go to the processors in turns. Where there are few of them and k is long, k is split.
-double productSeconds(const Machine& machine, Element e, double m, double n, double k,
-                      double part) {
-    if (m <= 0 || n <= 0) return 0;
+Load productLoad(const Machine& machine, Element e, double m, double n, double k, double part) {
+    if (m <= 0 || n <= 0) return {0};
     const double p = machine.processors;
     const double rate = e.isDouble ? machine.productDouble : machine.productSingle;
-    double best = INFINITY;
+    Load best{INFINITY};
     for (const Tile& tile : machine.productTiles) {
         const double tiles =
             std::ceil(part * std::ceil(m / tile.rows) * std::ceil(n / tile.columns));
@@ -55,28 +54,30 @@ double productSeconds(const Machine& machine, Element e, double m, double n, dou
         const double turns = std::ceil(tiles * split / p);
         const double flops =
             e.flops * tile.rows * tile.columns * (k / split + machine.productDepth);
-        best = std::min(best, turns * flops * p / (rate * tile.efficiency));
+        const double seconds = turns * flops * p / (rate * tile.efficiency);
+        if (seconds < best.seconds) best = {seconds, std::min(1., tiles * split / p)};
     }
     const double bytes = e.bytes * (2 * part * m * n + k * (m + n));
     const double traffic = memorySeconds(machine, bytes);
-    return machine.productStart + std::max(best, traffic) +
-           machine.productExposed * std::min(best, traffic);
+    return {machine.productStart + std::max(best.seconds, traffic) +
+                machine.productExposed * std::min(best.seconds, traffic),
+            best.share};
 }
 
 // Either as products, with a wait for each row, or side by side as matrix-vector products.
-double solveSeconds(const Machine& m, Element e, double order, double sides) {
-    if (order <= 0 || sides <= 0) return 0;
+Load solveLoad(const Machine& m, Element e, double order, double sides) {
+    if (order <= 0 || sides <= 0) return {0};
     const double rate = e.isDouble ? m.solveDouble : m.solveSingle;
     const double products = order * m.solveRow + order * order * sides * e.flops / 2 / rate;
     const double vectors =
         sides * (order * m.solveVectorRow + memorySeconds(m, order * order / 2 * e.bytes));
-    return m.productStart + std::min(products, vectors);
+    return {m.productStart + std::min(products, vectors), productLoad(m, e, order, sides, 1).share};
 }
 
-double vectorSeconds(const Machine& m, Element e, double elements) {
+Load vectorLoad(const Machine& m, Element e, double elements) {
     const double flops = elements * e.flops * (e.isDouble ? 2 : 1);
-    return m.productStart + std::max(memorySeconds(m, elements * e.bytes) / m.vectorEfficiency,
-                                     flops / m.kernelOperations);
+    return {m.productStart + std::max(memorySeconds(m, elements * e.bytes) / m.vectorEfficiency,
+                                      flops / m.kernelOperations)};
 }
 
 double luPanelSeconds(const Machine& machine, Element e, double m, double n) {

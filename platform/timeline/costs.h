@@ -4,6 +4,7 @@
 #include "platform/element_types.h"
 #include "platform/table.h"
 #include "platform/timeline/machine.h"
+#include "platform/timeline/processors.h"
 
 namespace timeline {
 
@@ -18,16 +19,15 @@ constexpr Element elementFor{double(sizeof(T)), platform::isComplex<T> ? 8. : 2.
                              platform::isDouble<T>};
 Element elementOf(char type);
 
-double kernelSeconds(const Machine& m, const platform::Work& work, platform::Dim3 grid,
-                     platform::Dim3 block);
+// A kernel of so many blocks of so many lanes.
+Load kernelLoad(const Machine& m, const platform::Work& work, double blocks, double lanes);
 
 // op(A) op(B), m x n with an inner extent of k; of `part` of the result's tiles.
-double productSeconds(const Machine& machine, Element e, double m, double n, double k,
-                      double part = 1);
+Load productLoad(const Machine& machine, Element e, double m, double n, double k, double part = 1);
 // A solve with a triangle of this order and so many right-hand sides.
-double solveSeconds(const Machine& m, Element e, double order, double sides);
+Load solveLoad(const Machine& m, Element e, double order, double sides);
 // A routine that goes once through so many elements.
-double vectorSeconds(const Machine& m, Element e, double elements);
+Load vectorLoad(const Machine& m, Element e, double elements);
 
 // The CPU's part.
 double luPanelSeconds(const Machine& machine, Element e, double m, double n);

@@ -39,6 +39,7 @@ struct Machine {
     double kernelLeast;       // the part of the bandwidth that the smallest grid reaches
     double kernelEfficiency;  // the part of the bandwidth that the library's kernels reach
     double kernelOperations;  // of theirs, of single precision
+    BySize meeting;           // of so many blocks that wait for each other; 0: they cannot
 
     double productStart;
     double productSingle, productDouble;

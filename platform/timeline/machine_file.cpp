@@ -140,6 +140,7 @@ const std::vector<Field>& fields() {
         time("kernels", "least", &M::kernelLeast),
         positive("kernels", "efficiency", &M::kernelEfficiency),
         positive("kernels", "operations", &M::kernelOperations),
+        bySize("kernels", "meeting", &M::meeting, true),
         time("products", "start", &M::productStart),
         positive("products", "single", &M::productSingle),
         positive("products", "double", &M::productDouble),

@@ -40,8 +40,14 @@ Account end() {
     { const Entry last; }
     const State& s = state();
     const Clock& clock = s.clock;
-    Account account{clock.now(), clock.busy(),  clock.idle(),           clock.criticalPath(),
-                    s.counts,    s.memory.peak, s.memory.outOfAddresses};
+    const Clock::Use use = clock.use();
+    Account account{clock.now(),
+                    use.busy,
+                    use.idle,
+                    clock.criticalPath(),
+                    s.counts,
+                    s.memory.peak,
+                    s.memory.outOfAddresses};
     // The host that is the device computes when it does the device's work.
     if (s.joined())
         for (const Kind kind : {Kind::kernel, Kind::product})
@@ -77,17 +83,24 @@ Reached reachedBy(platform::Stream stream) {
     return all;
 }
 
-Reached submit(platform::Stream stream, Clock::Engine engine, Kind kind, double seconds) {
+Reached submit(platform::Stream stream, Kind kind, Load load) {
+    State& s = state();
+    if (s.joined()) {
+        s.clock.host(kind, load.seconds);
+        return {};
+    }
+    return s.streams[stream] = s.clock.kernel(kind, load, reachedBy(stream),
+                                              s.machine.latencyOfCall, s.machine.kernelGap);
+}
+
+Reached submitCopy(platform::Stream stream, Clock::Engine engine, Kind kind, double seconds) {
     State& s = state();
     if (s.joined()) {
         s.clock.host(kind, seconds);
         return {};
     }
-    const double gap = engine == Clock::compute ? s.machine.kernelGap : 0;
-    const Reached done =
-        s.clock.device(engine, kind, seconds, reachedBy(stream), s.machine.latencyOfCall, gap);
-    s.streams[stream] = done;
-    return done;
+    return s.streams[stream] =
+               s.clock.copy(engine, kind, seconds, reachedBy(stream), s.machine.latencyOfCall);
 }
 
 void deliver(void* to, std::size_t toPitch, const void* from, std::size_t fromPitch,

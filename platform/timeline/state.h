@@ -86,7 +86,8 @@ class Entry {
 
 // Issues an operation: on the stream, in its order and that of the default stream, which waits for
 // all others, and they for it.
-Reached submit(platform::Stream stream, Clock::Engine engine, Kind kind, double seconds);
+Reached submit(platform::Stream stream, Kind kind, Load load);
+Reached submitCopy(platform::Stream stream, Clock::Engine engine, Kind kind, double seconds);
 // All that a stream, or the device, was given.
 Reached reachedBy(platform::Stream stream);
 

@@ -7,6 +7,7 @@
 #include "common/element_types.h"
 #include "cudalib/maps.h"
 #include "cudalib/streams.h"
+#include "platform/registry.h"
 
 namespace cudalib {
 
@@ -20,24 +21,41 @@ bool push(const T& argument, std::size_t& offset) {
     return true;
 }
 
+template <class... Parameters>
+const platform::Kernel* registered(void (*kernel)(Parameters...)) {
+    return platform::findKernel(reinterpret_cast<const void*>(kernel));
+}
+
 // Launches a kernel as the last cudaConfigureCall has it. A failed push or launch shows at the
 // caller's next check.
-template <class... Parameters, class... Arguments>
+template <bool cooperative = false, class... Parameters, class... Arguments>
 void launchConfigured(void (*kernel)(Parameters...), Arguments... arguments) {
     std::size_t offset = 0;
     if ((push(Parameters(arguments), offset) && ...))
-        cudaLaunch(reinterpret_cast<const char*>(kernel));
+        platform::launch(registered(kernel), cooperative);
 }
 
 // Launches a kernel on the thread's current stream. If the configuration fails, nothing is
 // launched; its error is returned for those who want to know.
-template <class Map, class Kernel, class... Arguments>
+template <bool cooperative = false, class Map, class Kernel, class... Arguments>
 cudaError_t launch(const Map& map, Kernel* kernel, Arguments... arguments) {
     const dim3 block = map.blockShape();
     const dim3 grid = map.gridShape();
     const cudaError_t error = cudaConfigureCall(grid, block, 0, currentStream);
-    if (error == cudaSuccess) launchConfigured(kernel, arguments...);
+    if (error == cudaSuccess) launchConfigured<cooperative>(kernel, arguments...);
     return error;
+}
+
+// The same for a kernel whose blocks wait for each other (grid.h): they all run at the same time.
+template <class Map, class Kernel, class... Arguments>
+cudaError_t launchCooperative(const Map& map, Kernel* kernel, Arguments... arguments) {
+    return launch<true>(map, kernel, arguments...);
+}
+
+// The most blocks of so many lanes that such a launch may have, 0 where there is none.
+template <class Kernel>
+int cooperativeBlocks(Kernel* kernel, int lanes) {
+    return platform::cooperativeBlocks(registered(kernel), lanes);
 }
 
 // A part of a matrix whose 2-D grid every device takes.

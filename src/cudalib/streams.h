@@ -29,35 +29,62 @@ class Event {
     cudaEvent_t event_ = nullptr;
 };
 
+// A stream that is waited for before it goes: what it has been given uses memory that may go next.
+class Stream {
+  public:
+    enum Urgency { ordinary, urgent };  // whose kernels get free processors first
+
+    explicit Stream(Urgency urgency = ordinary) {
+        checkCudaError(urgency == urgent ? platform::urgentStreamCreate(&stream_)
+                                         : cudaStreamCreate(&stream_));
+    }
+    ~Stream() {
+        cudaStreamSynchronize(stream_);
+        cudaStreamDestroy(stream_);
+    }
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+
+    operator cudaStream_t() const { return stream_; }
+
+  private:
+    cudaStream_t stream_ = nullptr;
+};
+
+// This thread's launches and CUBLAS calls go to a stream while this lives.
+class OnStream {
+  public:
+    explicit OnStream(cudaStream_t stream) : OnStream() {
+        currentStream = stream;
+        checkCublasError(cublasSetKernelStream(stream));
+    }
+    ~OnStream() {
+        currentStream = outer_;
+        cublasSetKernelStream(outer_);
+    }
+    OnStream(const OnStream&) = delete;
+    OnStream& operator=(const OnStream&) = delete;
+
+    cudaStream_t outer() const { return outer_; }
+
+  private:
+    OnStream() = default;  // what is there from then on is destroyed if the rest fails
+
+    const cudaStream_t outer_ = currentStream;
+};
+
 // A stream beside the default one, so that copies on other streams go on meanwhile: this thread's
 // launches and CUBLAS calls go to it while it lives. To the application it is as the default stream
 // is: what it is given waits for all that was issued before it, but on streams that do not wait for
 // the default one.
 class OwnStream {
   public:
-    OwnStream() : OwnStream(Created()) {
-        Event().order(outer_, stream_);
-        currentStream = stream_;
-        checkCublasError(cublasSetKernelStream(stream_));
-    }
-    // Waits: what it has been given uses memory that may go next.
-    ~OwnStream() {
-        currentStream = outer_;
-        cublasSetKernelStream(outer_);
-        cudaStreamSynchronize(stream_);
-        cudaStreamDestroy(stream_);
-    }
-    OwnStream(const OwnStream&) = delete;
-    OwnStream& operator=(const OwnStream&) = delete;
-
+    OwnStream() { Event().order(here_.outer(), stream_); }
     operator cudaStream_t() const { return stream_; }
 
   private:
-    struct Created {};
-    explicit OwnStream(Created) { checkCudaError(cudaStreamCreate(&stream_)); }
-
-    const cudaStream_t outer_ = currentStream;
-    cudaStream_t stream_ = nullptr;
+    const Stream stream_;
+    const OnStream here_{stream_};
 };
 
 }  // namespace cudalib

@@ -8,6 +8,7 @@
 #include "blas/gemm.h"
 #include "common/element_types.h"
 #include "common/matrix.h"
+#include "lapack/eliminate.h"
 #include "lapack/host_lapack.h"
 #include "lapack/lu_pipeline.h"
 #include "lapack/panel_transfer.h"
@@ -106,31 +107,21 @@ class LuFactorization {
             if (next > 0) interchangeRows(right, next, j, jb);
             panel.wait();
             if (next > 0) {
-                update(j, jb, right, next);
+                eliminate(a_, m_, j, jb, right, next);
                 panel.startDownload(a_.at(right, right), a_.ld, m_ - right, next);
             }
             const int rest = right + next;
             interchangeRows(rest, n_ - rest, j, jb);
-            update(j, jb, rest, n_ - rest);
+            eliminate(a_, m_, j, jb, rest, n_ - rest);
         }
         // Nothing waits for what the panels exchange in those before them.
         for (int j = nb_; panel.shared() && j < steps_; j += nb_)
             interchangeRows(0, j, j, width(j));
     }
 
-    // U12 := L11^-1 A12 and A22 := A22 - L21 U12 for `columns` columns from `first` on.
-    void update(int j, int jb, int first, int columns) {
-        if (columns <= 0) return;
-        const int below = m_ - j - jb;
-        cublas::trsm('L', 'L', 'N', 'U', jb, columns, one, a_.at(j, j), a_.ld, a_.at(j, first),
-                     a_.ld);
-        if (below > 0)
-            gemm('N', 'N', below, columns, jb, minusOne, a_.at(j + jb, j), a_.ld, a_.at(j, first),
-                 a_.ld, one, a_.at(j + jb, first), a_.ld);
-    }
-
-    // The same on T = transpose of A, of order n: a_.at(i, j) is A's element (j, i). Interchanges
-    // exchange columns of T; a panel is a block of rows, gathered into a column-major workspace.
+    // The steps above on T = transpose of A, of order n: a_.at(i, j) is A's element (j, i).
+    // Interchanges exchange columns of T; a panel is a block of rows, gathered into a column-major
+    // workspace.
     void transposed() {
         const int n = n_;
         // All memory before the first transpose: a failure leaves A as it was. The panel is last,

@@ -9,6 +9,7 @@
 #include "common/element_types.h"
 #include "common/matrix.h"
 #include "lapack/block_reflector.h"
+#include "lapack/device_qr.h"
 #include "lapack/host_lapack.h"
 #include "lapack/host_tau.h"
 #include "lapack/panel_transfer.h"
@@ -270,7 +271,11 @@ class Factorization {
 
 template <class T>
 void factorizeQr(int m, int n, T* a, int lda, T* tau) {
-    if (m > 0 && n > 0) Factorization<T>(Reflectors::ofQr, m, n, a, lda, tau).run();
+    if (m < 1 || n < 1) return;
+    if (const int nb = widthOfDeviceQr<T>(m, n))
+        factorizeQrOnDevice(m, n, a, lda, tau, nb);
+    else
+        Factorization<T>(Reflectors::ofQr, m, n, a, lda, tau).run();
 }
 template <class T>
 void factorizeLq(int m, int n, T* a, int lda, T* tau) {

@@ -7,7 +7,8 @@ namespace lumo {
 // leave it; tau: the min(m, n) scalar factors, in device memory, written on every exit. Throws for
 // a failure of memory, device or CPU LAPACK. Arguments are the caller's to check.
 //
-// The CPU LAPACK factorises a panel of nb columns (QR) or rows in page-locked memory and forms its
+// Where panels are the device's (lapack/tuning.h), QR is that of lapack/device_qr.h. Elsewhere the
+// CPU LAPACK factorises a panel of nb columns (QR) or rows in page-locked memory and forms its
 // triangular factor, while the device updates what lies beyond the next panel. QR leaves what
 // remains beside the last nb columns or less to the CPU in one piece. Device memory: none if one
 // panel is all, else 2 nb^2 + nb (m + n) elements.

@@ -2,8 +2,13 @@
 // reach blocked paths with small matrices.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <climits>
 #include <cstddef>
 
+#include "basic/LuPanel/shape.h"
+#include "basic/QrPanel/shape.h"
 #include "common/complex.h"
 #include "common/state.h"
 #include "platform/cuda3.h"
@@ -30,6 +35,44 @@ struct GetrfTuning {
 
 template <class T>
 inline GetrfTuning getrfTuning{{32, 96, 32}, 513};
+
+// Panels that the device itself factorises, where they lie (LuPanel, QrPanel), if it can.
+struct DevicePanels {
+    // Of a panel, if there are so many columns to be factorised or more and the device has this
+    // capability or more. The last one that fits counts.
+    struct Width {
+        int from, columns, capability;
+    };
+    int strip;  // columns that one launch factorises
+    std::array<Width, 5> widths;
+
+    // 0 where panels are the CPU's. LUMO_PANELS overrides what is tuned, not what is possible.
+    int width(int steps) const {
+        using platform::Panels;
+        const Panels wish = platform::choice().panels;
+        if (wish == Panels::ofCpu || computeCapability() < widths.front().capability) return 0;
+        int columns = wish == Panels::ofDevice ? widths.front().columns : 0;
+        for (const Width& w : widths)
+            if (w.columns > 0 && steps >= w.from && computeCapability() >= w.capability)
+                columns = w.columns;
+        return std::min(columns, steps);
+    }
+};
+
+// By `lumo predict` on an H100, from an order on that is the more the faster the CPU's panels are.
+// A device whose products take longer has wider ones, or it could not keep up with the rest.
+template <class T>
+constexpr DevicePanels devicePanels(int strip, int ofFloat, int ofDouble, int ofComplex) {
+    const int from = isComplex<T> ? ofComplex : sizeof(T) > 4 ? ofDouble : ofFloat;
+    const int narrow = isComplex<T> ? INT_MAX : 90;
+    return {
+        strip,
+        {{{from, 32, 70}, {3000, 64, 70}, {3000, 32, narrow}, {6000, 128, 70}, {12000, 256, 70}}}};
+}
+template <class T>
+inline DevicePanels luPanels = devicePanels<T>(luPanelColumns, 1400, 600, 300);
+template <class T>
+inline DevicePanels qrPanels = devicePanels<T>(qrPanelColumns<T>, 600, 250, 128);
 
 // The order of the CPU's blocks of the diagonal.
 template <class T>

@@ -1,6 +1,8 @@
 // Calls of getrf and gesv.
 #pragma once
 
+#include <climits>
+
 #include "lapack/gesv.h"
 #include "lapack/getrf.h"
 #include "lapack/operands_call.h"
@@ -8,10 +10,17 @@
 
 namespace test {
 
-// Panels of 8 columns, and the transposed path from order 20 on.
-template <class T>
+// Panels of 8 columns by the CPU, and the transposed path from order 20 on.
+template <class T, int thereFrom = INT_MAX>
 std::shared_ptr<void> shrinkLu() {
-    return temporarily(lumo::getrfTuning<T>, {{4, 4}, 20});
+    return together(temporarily(lumo::getrfTuning<T>, {{4, 4}, 20}),
+                    temporarily(lumo::luPanels<T>, {4, {{{1, 8, thereFrom}}}}));
+}
+
+// The same with the device's own panels where it can, by strips of 4 columns.
+template <class T>
+std::shared_ptr<void> shrinkLuThere() {
+    return shrinkLu<T, 70>();
 }
 
 template <class T>

@@ -30,6 +30,9 @@ class LuPaths : public OnSoftwareDevice {
                                         {"KernelLASWP<", 'i'},
                                         {"KernelLASWPCOL<", 'i'},
                                         {"PermuteRows_k<", 'i'},
+                                        {"PermuteRowsThere_k<", 'i'},
+                                        {"LuPanel_k<", 'f'},
+                                        {"LuBeside_k<", 'b'},
                                         {"GatherRows_k<", 'p'},
                                         {"cublasStrsm", 's'},
                                         {"cublasSgemm", 'g'},
@@ -68,6 +71,25 @@ TEST_F(LuPaths, ModernDevicesHaveFewLaunches) {
     // The panels' stream waits for the device's and the device's for it, never the host's.
     EXPECT_EQ(7, count(trace, "cudaStreamWaitEvent"));
     EXPECT_EQ(count(trace, "cudaEventRecord"), count(trace, "cudaStreamWaitEvent"));
+}
+
+// 20 x 20, the same panels by the device, in strips of 4: f(actorise), then b and g for what is
+// beside the strip in the panel; i s g for the next panel, i s g for the rest. Nothing is copied or
+// waited for before the end.
+TEST_F(LuPaths, DevicesMayFactoriseTheirPanels) {
+    start(machine(90));
+    const auto shrunk = shrinkLuThere<float>();
+    const auto trace = traceOf(*getrfCall(Matrix<float>::random(20, 20), inDevice));
+    EXPECT_EQ(steps("fbgfb iisg fbgfb iisg iisg f ii i ww"), order(trace));
+    EXPECT_EQ(2, count(trace, "cudaMemcpy"));  // the pivots: to the host, and to the caller
+    std::vector<int> pivots[2];
+    for (int there : {0, 1}) {
+        const auto tuned = there ? shrinkLuThere<float>() : shrinkLu<float>();
+        auto call = getrfCall(Matrix<float>::random(290, 277), inDevice);
+        EXPECT_EQ(lumoNoError, call->run());
+        pivots[there] = call->result<3>().data;
+    }
+    EXPECT_EQ(pivots[0], pivots[1]);
 }
 
 TEST_F(LuPaths, SmallMatricesAreTheCpus) {

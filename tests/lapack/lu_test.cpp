@@ -20,12 +20,11 @@ std::vector<GoodCase> getrfGoodCases() {
                        {15, 15}, {16, 16}, {17, 17}, {19, 19}, {20, 20}, {21, 21},
                        {24, 24}, {33, 33}, {40, 17}, {17, 40}, {64, 9},  {9, 64},
                        {50, 33}, {33, 50}, {30, 16}, {16, 30}};
-    auto cases = casesOf(
-        "getrf", small,
-        [](int m, int n, Interface interface) {
-            return getrfCall(Matrix<T>::random(m, n, m + 3), interface);
-        },
-        shrinkLu<T>);
+    auto make = [](int m, int n, Interface interface) {
+        return getrfCall(Matrix<T>::random(m, n, m + 3), interface);
+    };
+    auto cases = casesOf("getrf", small, make, shrinkLu<T>) +
+                 casesOf("getrf", small, make, shrinkLuThere<T>);
     // The blocks that users get, around the switch to the transposed path.
     for (auto [m, n] : {std::pair{512, 512}, {513, 513}, {600, 700}, {700, 193}})
         cases.push_back({label("getrf", m, n, inHost),
@@ -90,7 +89,7 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
     };
     registerRoutine({letter + "getrf", getrfGoodCases<T>(), getrfFailing<T>,
                      casesOf("getrf", {{6, 6}, {17, 17}, {21, 21}, {25, 17}}, getrf), isDouble<T>,
-                     shrinkLu<T>});
+                     shrinkLuThere<T>});
     auto gesv = [](int n, int nrhs, Interface i) { return gesvCall<T>(n, nrhs, 1, i); };
     registerRoutine({letter + "gesv", gesvGoodCases<T>(), gesvFailing<T>,
                      casesOf("gesv", {{6, 2}, {17, 2}, {21, 2}}, gesv), isDouble<T>, shrinkLu<T>});

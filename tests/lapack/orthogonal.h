@@ -2,6 +2,8 @@
 // for what is made of them.
 #pragma once
 
+#include <climits>
+
 #include "lapack/block_reflector.h"
 #include "lapack/tuning.h"
 #include "platform/cpu/lapack.h"
@@ -10,10 +12,17 @@
 
 namespace test {
 
-// Panels of 4 lines.
-template <class T>
+// Panels of 4 lines by the CPU.
+template <class T, int thereFrom = INT_MAX>
 std::shared_ptr<void> shrinkPanels() {
-    return temporarily(lumo::geqrfTuning<T>, {4, 4});
+    return together(temporarily(lumo::geqrfTuning<T>, {4, 4}),
+                    temporarily(lumo::qrPanels<T>, {3, {{{1, 4, thereFrom}}}}));
+}
+
+// The same with the device's own panels where it can, by strips of 3 columns and of one.
+template <class T>
+std::shared_ptr<void> shrinkPanelsThere() {
+    return shrinkPanels<T, 70>();
 }
 
 // The same, in the reduction to bidiagonal form too, and blocks of 3 rows in divide and conquer.

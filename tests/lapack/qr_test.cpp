@@ -62,9 +62,10 @@ const bool registered = forElementTypes([](auto element, const std::string& lett
                        {9, 9}, {30, 4}, {30, 5}, {4, 30}, {5, 30}, {33, 21}, {21, 33}};
     registerRoutine({letter + "geqrf",
                      goodCases<T>(small, shrinkPanels<T>) +
+                         goodCases<T>(small, shrinkPanelsThere<T>) +
                          goodCases<T>({{96, 96}, {97, 97}, {130, 191}, {300, 193}}),
                      failing<T>, goodCases<T>({{4, 4}, {9, 9}, {13, 6}, {6, 13}}), isDouble<T>,
-                     shrinkPanels<T>});
+                     shrinkPanelsThere<T>});
 });
 
 // A 1 x 1 matrix may have null operands as far as the check goes.
@@ -198,6 +199,19 @@ TEST_F(QrPaths, ModernDevicesWaitForNoCopyInTheLoop) {
         EXPECT_EQ(2, count(trace, "cudaMemcpy2D")) << "the tail";
         EXPECT_EQ(2, count(trace, "cudaMemcpy")) << "the scalar factors";
     }
+}
+
+// Panels of 4 columns by strips of 3 and 1: two products to apply each block of reflectors, to what
+// is left of its panel, to the next panel and to the rest, and two to make one of two strips.
+TEST_F(QrPaths, DevicesMayFactoriseTheirPanels) {
+    start(machine(90));
+    const auto there = shrinkPanelsThere<float>();
+    const auto trace = traceOfOne();
+    EXPECT_EQ(5 * 2, count(trace, "QrPanel_k<"));
+    EXPECT_EQ(5 * (2 + 2) + 4 * 2 + 3 * 2, count(trace, "cublasSgemm"));
+    for (const char* name : {"cudaMemcpy", "cudaMemcpyAsync", "cudaMemcpy2D", "cudaMemcpy2DAsync"})
+        EXPECT_EQ(0, count(trace, name)) << name;
+    EXPECT_EQ(2, count(trace, "cudaStreamSynchronize")) << "before the memory goes";
 }
 
 TEST_F(QrPaths, WithoutOverlapThereIsNoStream) {

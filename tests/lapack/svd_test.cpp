@@ -12,9 +12,7 @@ namespace {
 // Panels of so many columns in the reduction and of 4 elsewhere.
 template <class T>
 std::shared_ptr<void> shrinkSvd(int columns = 4) {
-    using Restored = std::shared_ptr<void>;
-    return std::make_shared<std::pair<Restored, Restored>>(
-        temporarily(lumo::gebrdTuning<T>, {columns, columns}), shrinkPanels<T>());
+    return together(temporarily(lumo::gebrdTuning<T>, {columns, columns}), shrinkPanels<T>());
 }
 
 struct Jobs {

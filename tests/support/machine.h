@@ -137,6 +137,12 @@ std::shared_ptr<void> temporarily(V& variable, const V& value) {
     return std::shared_ptr<void>(nullptr, restore);
 }
 
+// Several of these.
+using Restored = std::shared_ptr<void>;
+inline Restored together(Restored one, Restored other) {
+    return std::make_shared<std::pair<Restored, Restored>>(std::move(one), std::move(other));
+}
+
 // What the exception that f throws says of itself.
 template <class F>
 std::string whatOf(F f) {

@@ -2,6 +2,7 @@
 #include "calibration.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <tuple>
 
@@ -113,6 +114,28 @@ void measureLatency(Machine& m, const DeviceMemory& memory) {
     m.latency.points = {{1, std::max(0., busy) / turns}};
 }
 
+// Of the blocks of a panel of LU, who meet once a column, beside what its description says.
+void measureMeetings(Machine& m, const DeviceMemory& memory) {
+    constexpr int columns = 32, lanes = 256;
+    const platform::Kernel* const panel = kernelNamed("LuPanel_kIfE");
+    const int most = m.sharesMemory ? 0 : table().cooperativeBlocks(panel, lanes);
+    if (most <= 0) m.meeting.points = {{1, 0}};
+    for (int blocks = 4; blocks <= std::min(most, 256); blocks *= 4) {
+        const int rows = blocks * lanes;
+        float *const a = memory.get(), *const offers = a + rows * columns;
+        int* const pivots = reinterpret_cast<int*>(offers + 80 * blocks);
+        check(table().memset(pivots, 0, 4096));
+        const double kernel = secondsOfDevice([&] {
+            launch<true>(panel, unsigned(blocks), lanes, rows, columns, a, rows, 0, offers,
+                         pivots + columns, pivots, pivots + columns + 2, pivots + columns + 1);
+        });
+        const double turns = columns * (2 + std::ceil(blocks / 32.)) + 4;
+        const double busy = kernel - m.launch - m.kernelStart - m.synchronize - m.latencyOfCall;
+        m.meeting.points.emplace_back(blocks,
+                                      std::max(1e-9, (busy - turns * m.latency.at(1)) / columns));
+    }
+}
+
 }  // namespace
 
 void measureMemory(Machine& m) {
@@ -140,6 +163,7 @@ void measureMemory(Machine& m) {
     m.kernelLeast = 0.15;
     m.kernelLanes = m.sharesMemory ? 0 : 512;
     measureLatency(m, memory);
+    measureMeetings(m, memory);
 }
 
 }  // namespace lumo::micro

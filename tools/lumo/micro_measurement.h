@@ -56,7 +56,7 @@ class DeviceMemory {
 };
 
 // Launches one of the library's kernels with these arguments, of the types that it has them.
-template <class... A>
+template <bool cooperative = false, class... A>
 void launch(const platform::Kernel* kernel, platform::Dim3 grid, platform::Dim3 block,
             A... arguments) {
     check(table().configureCall(grid, block, 0, nullptr));
@@ -68,7 +68,7 @@ void launch(const platform::Kernel* kernel, platform::Dim3 grid, platform::Dim3 
         offset += size;
     };
     (push(arguments), ...);
-    check(table().launch(kernel));
+    check(table().launch(kernel, cooperative));
 }
 
 inline const platform::Kernel* kernelNamed(const char* part) {

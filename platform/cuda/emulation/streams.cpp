@@ -22,7 +22,8 @@ std::vector<std::unique_ptr<Stream>>& streams() {
 }
 
 Stream& made(int device, bool legacyDefault, bool blocking) {
-    streams().push_back(std::unique_ptr<Stream>(new Stream{device, legacyDefault, blocking, {}}));
+    streams().push_back(
+        std::unique_ptr<Stream>(new Stream{device, legacyDefault, blocking, 0, {}}));
     return *streams().back();
 }
 
@@ -127,8 +128,18 @@ cudaError_t cudaStreamCreate(cudaStream_t* stream) {
     return cudaStreamCreateWithFlags(stream, cudaStreamDefault);
 }
 
-cudaError_t cudaStreamCreateWithPriority(cudaStream_t* stream, unsigned flags, int) {
-    return cudaStreamCreateWithFlags(stream, flags);
+cudaError_t cudaStreamCreateWithPriority(cudaStream_t* stream, unsigned flags, int priority) {
+    const cudaError_t error = cudaStreamCreateWithFlags(stream, flags);
+    if (error == cudaSuccess) streamOf(*stream)->priority = priority;
+    return error;
+}
+
+cudaError_t cudaStreamGetPriority(cudaStream_t stream, int* priority) {
+    const Call call;
+    const Stream* const s = streamOf(stream);
+    if (!s) return result(cudaErrorInvalidResourceHandle);
+    *priority = s->priority;
+    return result(0);
 }
 
 // The call returns at once, and the work is still done. Here it is done now, as it may be.

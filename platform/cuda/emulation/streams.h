@@ -23,6 +23,7 @@ struct Stream {
     int device;
     bool legacyDefault;  // waits for blocking streams, and they for it
     bool blocking;
+    int priority;
     std::deque<Operation> queue;
 };
 

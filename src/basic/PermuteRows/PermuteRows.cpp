@@ -9,6 +9,8 @@
 
 template <class T>
 void PermuteRows_k(int n, T* a, int lda, lumo::RowMoves moves);
+template <class T>
+void PermuteRowsThere_k(int n, T* a, int lda, const lumo::RowMoves* moves);
 template <class Map, class T>
 void GatherRows_k(int m, int n, const T* src, int ldsrc, const int* rows, T* dst, int lddst);
 
@@ -63,6 +65,13 @@ void permuteRows(int n, T* a, int lda, int k1, int k2, const int* ipiv) {
 }
 
 LUMO_INSTANTIATE(permuteRows)
+
+template <class T>
+void permuteRowsThere(int n, T* a, int lda, const RowMoves* moves) {
+    if (n > 0) cudalib::launch(MovesMap{n}, &PermuteRowsThere_k<T>, n, a, lda, moves);
+}
+
+LUMO_INSTANTIATE(permuteRowsThere)
 
 template <class T>
 RowPermutation<T>::RowPermutation(int n, int nrhs)

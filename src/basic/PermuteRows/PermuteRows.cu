@@ -10,7 +10,7 @@ using Movers = cudalib::Team<lumo::movedAtOnce, 1>;
 
 // A lane moves one row's elements. All are read before the first is written.
 template <class T>
-LUMO_KERNEL void PermuteRows_k(int n, T* a, int lda, LUMO_GRID_CONSTANT RowMoves moves) {
+LUMO_DEVICE void move(int n, T* a, int lda, const RowMoves& moves) {
     cudalib::kernel<lumo::movedAtOnce>([&](Movers team) LUMO_INLINED {
         const int first = int(team.x()) * columnsOfBlock;
         cudalib::LaneValues<Movers, T> kept[columnsOfBlock];
@@ -23,9 +23,21 @@ LUMO_KERNEL void PermuteRows_k(int n, T* a, int lda, LUMO_GRID_CONSTANT RowMoves
         for (int c = 0; c < columnsOfBlock; ++c)
             if (first + c < n)
                 team.lanes(moves.count, [&](int x) {
-                    cudalib::at(a, lda, int(moves.to[x]), first + c) = kept[c].at(0, x);
+                    if (moves.to[x] != moves.from[x])
+                        cudalib::at(a, lda, int(moves.to[x]), first + c) = kept[c].at(0, x);
                 });
     });
+}
+
+template <class T>
+LUMO_KERNEL void PermuteRows_k(int n, T* a, int lda, LUMO_GRID_CONSTANT RowMoves moves) {
+    move(n, a, lda, moves);
+}
+
+// The same by a table that the device has made.
+template <class T>
+LUMO_KERNEL void PermuteRowsThere_k(int n, T* a, int lda, const RowMoves* moves) {
+    move(n, a, lda, *moves);
 }
 
 // Row i of dst := row rows[i] of src.
@@ -43,14 +55,29 @@ LUMO_KERNEL void GatherRows_k(int m, int n, const T* src, int ldsrc, const int* 
 
 // Of the rows that move, half are neighbours and half lie alone.
 template <class T>
+cudalib::Work permutingWork(int n, int lda, double rows) {
+    cudalib::Work w{double(n) * rows * (sizeof(T) + cudalib::bytesOfLoneElement<T>)};
+    w.turns = 2;
+    w.reach = double(n) * lda * sizeof(T);
+    return w;
+}
+
+template <class T>
 struct PermuteRowsCost {
     static cudalib::Work of(int n, T*, int lda, const RowMoves& moves) {
-        cudalib::Work w{double(n) * moves.count * (sizeof(T) + cudalib::bytesOfLoneElement<T>)};
-        w.turns = 2;
-        w.reach = double(n) * lda * sizeof(T);
+        return permutingWork<T>(n, lda, moves.count);
+    }
+};
+// How many rows move the device alone knows: of a panel of 32 columns 64, as a rule.
+template <class T>
+struct PermuteRowsThereCost {
+    static cudalib::Work of(int n, T*, int lda, const RowMoves*) {
+        cudalib::Work w = permutingWork<T>(n, lda, lumo::interchangesAtOnce);
+        ++w.turns;  // the table
         return w;
     }
 };
 
 LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&PermuteRows_k<T>, PermuteRowsCost<T>>,
+              cudalib::Kernel<&PermuteRowsThere_k<T>, PermuteRowsThereCost<T>>,
               cudalib::Kernel<&GatherRows_k<Map2D, T>, cudalib::OnMatrix<T, 3>>)

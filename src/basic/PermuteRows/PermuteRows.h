@@ -12,6 +12,10 @@ namespace lumo {
 template <class T>
 void permuteRows(int n, T* a, int lda, int k1, int k2, const int* ipiv);
 
+// The same by a table in device memory, for the n columns of a matrix whose row 0 is the table's.
+template <class T>
+void permuteRowsThere(int n, T* a, int lda, const RowMoves* moves);
+
 // The interchanges 1, ..., n of an n x nrhs device matrix, or those n, ..., 1 that undo them, in
 // one launch for as many columns as its workspace holds, at least one.
 template <class T>

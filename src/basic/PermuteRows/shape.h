@@ -9,7 +9,7 @@ constexpr int columnsOfBlock = 4;
 // The interchanges whose permutation one launch applies, and the rows that they can move.
 constexpr int interchangesAtOnce = 64, movedAtOnce = 2 * interchangesAtOnce;
 
-// Which rows move where, in the kernel's argument block: row from[r] becomes row to[r].
+// Which rows move where: row from[r] becomes row to[r]. Some may stay.
 struct RowMoves {
     int count;
     unsigned from[movedAtOnce], to[movedAtOnce];

@@ -40,13 +40,18 @@ struct HouseholderReflector {
     template <class Team>
     LUMO_DEVICE static HouseholderReflector make(Team team, int n, T alpha, const T* x,
                                                  std::size_t incx) {
-        R sum = sumOfSquares(team, n - 1, x, incx, R(1));
-        R unit = 1, perUnit = 1;  // sum is in units^2
+        return of(alpha, sumOfSquares(team, n - 1, x, incx, R(1)),
+                  [&](R perUnit) { return sumOfSquares(team, n - 1, x, incx, perUnit); });
+    }
+
+    // By the sum of |x|^2, and a way to sum |perUnit x|^2 instead where that is too small or large.
+    template <class F>
+    LUMO_DEVICE static HouseholderReflector of(T alpha, R sum, F sumInUnits) {
+        R unit = 1;  // sum is in units^2
         if (sum < leastSum || sum > largest) {
             const bool small = sum < leastSum;
             unit = small ? tiny : huge;
-            perUnit = small ? huge : tiny;
-            sum = sumOfSquares(team, n - 1, x, incx, perUnit);
+            sum = sumInUnits(small ? huge : tiny);
         }
         HouseholderReflector h;
         h.factor_ = T(1);
@@ -75,6 +80,13 @@ struct HouseholderReflector {
     LUMO_DEVICE bool isIdentity() const { return tau == T(0); }
     // The element of v that was this one of x.
     LUMO_DEVICE T vector(T element) const { return (scale_ * element) * factor_; }
+    // v^H y from x^H y, where |x|^2 needed no unit of its own.
+    LUMO_DEVICE T product(T sum) const { return conjugate(factor_) * sum; }
+    // Whether x^H y lost nothing that v^H y would not have lost.
+    LUMO_DEVICE static bool isSafe(T sum) {
+        const R size = magnitude(realPart(sum)) + magnitude(imaginaryPart(sum));
+        return size >= leastSum && size <= largest;
+    }
 
   private:
     using Limits = std::numeric_limits<R>;
