@@ -9,6 +9,7 @@
 #include "lapack/dsgesv.h"
 #include "lapack/gecon.h"
 #include "lapack/gels.h"
+#include "lapack/gelsd.h"
 #include "lapack/geqrf.h"
 #include "lapack/gesdd.h"
 #include "lapack/gesv.h"
@@ -212,6 +213,28 @@ struct Rules<Gesdd<T>> : UsualRules {
         return isComplex<T> ? 2 * n + m + overwriting : 3 * n + std::max(m, inner + overwriting);
     }
     static bool dataSuit(const Routine& r) { return isFinite(r.a, r.m, r.n, r.lda); }
+};
+
+template <class T>
+struct Rules<Gelsd<T>> : UsualRules {
+    using Routine = Gelsd<T>;
+    template <class Integer>
+    using Workspace = typename Rules<Gesdd<T>>::template Workspace<Integer>;
+    static bool worthwhile(const Routine& r) { return std::min({r.m, r.n, r.nrhs}) > 0; }
+    static double size(const Routine& r) { return geometricMean(r.m, r.n, std::min(r.m, r.n)); }
+    // As xGELSD counts it, whose blocks have 25 rows.
+    static Lengths leastWork(const Routine& r) {
+        constexpr std::int64_t leaf = 25;
+        const std::int64_t k = std::min(r.m, r.n), longer = std::max(r.m, r.n), nrhs = r.nrhs;
+        if (isComplex<T>) return 2 * k + std::max(longer, k * nrhs);
+        const std::int64_t levels = std::max(0, int(std::log2(double(k) / (leaf + 1))) + 1);
+        const std::int64_t division =
+            (9 + 2 * leaf + 8 * levels + nrhs) * k + (leaf + 1) * (leaf + 1);
+        return 3 * k + std::max({r.m >= r.n ? longer : k, nrhs, division});
+    }
+    static bool dataSuit(const Routine& r) {
+        return isFinite(r.a, r.m, r.n, r.lda) && isFinite(r.b, r.m, r.nrhs, r.ldb);
+    }
 };
 
 // Symmetric and Hermitian eigenproblems. Matrices that are not finite Lumo does not serve; others

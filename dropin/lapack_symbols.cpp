@@ -67,6 +67,10 @@ namespace {
     LUMO_EXPORT_LAPACK(dgels, Gels<double>, lumoDgels);
     LUMO_EXPORT_LAPACK(cgels, Gels<Complex<float>>, lumoCgels);
     LUMO_EXPORT_LAPACK(zgels, Gels<Complex<double>>, lumoZgels);
+    LUMO_EXPORT_LAPACK(sgelsd, Gelsd<float>, lumoSgelsd);
+    LUMO_EXPORT_LAPACK(dgelsd, Gelsd<double>, lumoDgelsd);
+    LUMO_EXPORT_LAPACK(cgelsd, Gelsd<Complex<float>>, lumoCgelsd);
+    LUMO_EXPORT_LAPACK(zgelsd, Gelsd<Complex<double>>, lumoZgelsd);
     LUMO_EXPORT_LAPACK(sgglse, Gglse<float>, lumoSgglse);
     LUMO_EXPORT_LAPACK(dgglse, Gglse<double>, lumoDgglse);
     LUMO_EXPORT_LAPACK(cgglse, Gglse<Complex<float>>, lumoCgglse);

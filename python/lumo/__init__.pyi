@@ -115,7 +115,8 @@ def qr(
     check_finite: bool = ...,
 ) -> QRResult | _Array | RawQRResult: ...
 def lstsq(
-    a: ArrayLike, b: ArrayLike, rcond: float | None = ..., *, dtype: DTypeLike | None = ...,
+    a: ArrayLike, b: ArrayLike, rcond: float | None = ..., *,
+    lapack_driver: Literal["gelsd", "gels"] = ..., dtype: DTypeLike | None = ...,
     overwrite_a: bool = ..., overwrite_b: bool = ..., check_finite: bool = ...,
 ) -> LstsqResult: ...
 def lse(

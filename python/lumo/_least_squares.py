@@ -14,7 +14,7 @@ class LstsqResult(NamedTuple):
     x: np.ndarray
     residuals: np.ndarray
     rank: int
-    s: None
+    s: np.ndarray | None
 
 
 class LseResult(NamedTuple):
@@ -26,22 +26,58 @@ def _squares(columns):
     return np.square(np.abs(columns)).sum(axis=0)
 
 
-def lstsq(
-    a, b, rcond=None, *, dtype=None, overwrite_a=False, overwrite_b=False, check_finite=True
-):
-    """The x that minimises the 2-norm of b - a x or, for a wide a, the shortest x with a x = b; by
-    QR or LQ. See numpy.linalg.lstsq for shapes and results.
+def _by_qr(a, x, rcond):
+    """Solves in place for a matrix of full rank."""
+    m, n = a.shape
+    of_a, of_b = scale(a), scale(x)
+    if zero := _core.gels("N", m, n, a, x):
+        raise LinAlgError(
+            f"matrix has not full rank: diagonal element {zero} of its triangular factor is "
+            "exactly zero"
+        )
+    diagonal = np.abs(np.diagonal(a))
+    small = np.flatnonzero(diagonal <= rcond * diagonal.max())
+    if small.size:
+        raise LinAlgError(
+            f"matrix has not full rank: diagonal element {small[0] + 1} of its triangular factor "
+            f"is {diagonal[small[0]] / diagonal.max():.1e} times the largest"
+        )
+    residuals = np.atleast_1d(_squares(x[n:])) * of_b * of_b if m > n else None
+    # One after the other: their quotient may overflow where x does not.
+    x[:n] *= of_b
+    x[:n] /= of_a
+    return residuals, min(m, n), None
 
-    Unlike NumPy's, a must have full rank: LinAlgError is raised if a diagonal element of its
-    triangular factor is at most rcond (default: eps max(m, n)) times the largest, a matrix that
-    NumPy would find rank-deficient too. So `rank` is min(m, n), and `s`, the singular values, is
-    None. residuals: the sums of squares of b - a x for m > n, else empty.
+
+def _by_values(a, x, rcond):
+    """Solves in place for a matrix of any rank."""
+    m, n = a.shape
+    s = np.zeros(min(m, n), real(a.dtype))
+    info, rank = _core.gelsd(a, x, s, rcond)
+    if info:
+        raise LinAlgError("SVD did not converge in linear least squares")
+    return (np.atleast_1d(_squares(x[n:])) if rank == n < m else None), rank, s
+
+
+def lstsq(
+    a, b, rcond=None, *, lapack_driver="gelsd", dtype=None, overwrite_a=False, overwrite_b=False,
+    check_finite=True,
+):  # fmt: skip
+    """The x that minimises the 2-norm of b - a x, and of those the shortest. See numpy.linalg.lstsq
+    for shapes and results.
+
+    "gelsd" takes matrices of any rank: singular values up to rcond times the largest count as zero
+    (default: eps max(m, n)), and `s` are all of them. "gels" goes by QR or LQ, some times faster,
+    and wants full rank: LinAlgError is raised if a diagonal element of its triangular factor is at
+    most rcond times the largest, a matrix that NumPy would find rank-deficient too; `s` is None.
+    residuals: the sums of squares of b - a x for m > n and a rank of n, else empty.
     """
+    if lapack_driver not in ("gelsd", "gels"):
+        raise ValueError(f"lumo.lstsq: lapack_driver must be gelsd or gels, not {lapack_driver!r}")
     a, b, dtype = converted("lstsq", dtype, a=a, b=b)
     require_matrix("lstsq", a)
     m, n = a.shape
     require_rows("lstsq", b, m)
-    k = min(m, n)
     # b and x share one array, of max(m, n) rows.
     if m >= n:
         x = writable(b, dtype, overwrite_b, beside=a)
@@ -51,32 +87,18 @@ def lstsq(
     factors = writable(a, dtype, overwrite_a)
     if check_finite:
         require_finite("lstsq", a=factors, b=x)
-    if k == 0:
+    if min(m, n) == 0:
         residuals = np.atleast_1d(_squares(x)) if m > n else np.empty(0, real(dtype))
-        return LstsqResult(np.zeros((n, *b.shape[1:]), dtype), residuals, 0, None)
-
-    of_a, of_b = scale(factors), scale(x)
-    if zero := _core.gels("N", m, n, factors, x):
-        raise LinAlgError(
-            f"matrix has not full rank: diagonal element {zero} of its triangular factor is "
-            "exactly zero"
-        )
-    diagonal = np.abs(np.diagonal(factors))
+        s = np.empty(0, real(dtype)) if lapack_driver == "gelsd" else None
+        return LstsqResult(np.zeros((n, *b.shape[1:]), dtype), residuals, 0, s)
     limit = max(m, n) * np.finfo(dtype).eps if rcond is None else rcond
-    small = np.flatnonzero(diagonal <= limit * diagonal.max())
-    if small.size:
-        raise LinAlgError(
-            f"matrix has not full rank: diagonal element {small[0] + 1} of its triangular factor "
-            f"is {diagonal[small[0]] / diagonal.max():.1e} times the largest"
-        )
-    residuals = np.empty(0, real(dtype))
+    solve = _by_values if lapack_driver == "gelsd" else _by_qr
+    residuals, rank, s = solve(factors, x, limit)
+    if residuals is None:
+        residuals = np.empty(0, real(dtype))
     if m > n:
-        residuals = np.atleast_1d(_squares(x[n:])) * of_b * of_b
         x = np.array(x[:n], order="F")
-    # One after the other: their quotient may overflow where x does not.
-    x *= of_b
-    x /= of_a
-    return LstsqResult(x, residuals, k, None)
+    return LstsqResult(x, residuals, rank, s)
 
 
 def lse(a, b, c, d, *, dtype=None, check_finite=True):

@@ -112,6 +112,16 @@ int gels(char trans, int m, int n, Matrix<T> a, Matrix<T> b) {
                 raw(a.data), a.ld, raw(b.data), b.ld);
 }
 
+// Info, and the rank.
+template <class T>
+std::pair<int, int> gelsd(Matrix<T> a, Matrix<T> b, Vector<RealOf<T>> s, double rcond) {
+    int rank = 0;
+    const int info =
+        call(ofType<T>(lumoSgelsd, lumoDgelsd, lumoCgelsd, lumoZgelsd), a.rows, a.columns,
+             b.columns, raw(a.data), a.ld, raw(b.data), b.ld, s.data, RealOf<T>(rcond), &rank);
+    return {info, rank};
+}
+
 template <class T>
 int gglse(Matrix<T> a, Matrix<T> b, Vector<T> c, Vector<T> d, Vector<T> x) {
     return call(ofType<T>(lumoSgglse, lumoDgglse, lumoCgglse, lumoZgglse), a.rows, a.columns,
@@ -154,6 +164,7 @@ void bindLapackOf(py::module_& m) {
     m.def("geqrf", &geqrf<T>, Unlocked());
     m.def("orgqr", &orgqr<T>, Unlocked());
     m.def("gels", &gels<T>, Unlocked());
+    m.def("gelsd", &gelsd<T>, Unlocked());
     m.def("gglse", &gglse<T>, Unlocked());
     m.def("gesvd", &gesvd<T>, Unlocked());
     m.def("gesdd", &gesdd<T>, Unlocked());

@@ -104,6 +104,22 @@ void leastSquares(Choices& choices) {
 }
 
 template <class T>
+void leastSquaresOfAnyRank(Choices& choices) {
+    Call call(choices);
+    const int m = call.size(1), n = call.size(2), nrhs = call.size(3), k = std::min(m, n);
+    call.needsNulls = true;
+    const auto a = call.matrix<T>(4, m, n, k > 0);
+    const auto b = call.matrix<T>(6, std::max({1, m, n}), nrhs, std::max(m, n) > 0 && nrhs > 0);
+    auto* const s = call.operand<RealOf<T>>(8, k, 1, 0, k > 0);
+    int rank, *const out = choices.rarely() ? nullptr : &rank;
+    call.refuse(3, 10, !out);
+    call.run("gelsd", [&] {
+        return callExport(Exports<T>::gelsd[call.where], m, n, nrhs, a.at, a.ld, b.at, b.ld, s,
+                          RealOf<T>(-1), out);
+    });
+}
+
+template <class T>
 void constrained(Choices& choices) {
     Call call(choices);
     const int m = call.size(1), n = call.size(3), p = call.size(3);
@@ -315,15 +331,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     require(started, "the library starts");
     constexpr void (*ofType[])(Choices&) = {
 #define LUMO_KIND(f) f<float>, f<double>, f<lumo::Complex<float>>, f<lumo::Complex<double>>
-        LUMO_KIND(operate),
-        LUMO_KIND(factorize),
-        LUMO_KIND(leastSquares),
-        LUMO_KIND(constrained),
-        LUMO_KIND(singularValues),
-        LUMO_KIND(singularVectors),
-        LUMO_KIND(symmetricEigenproblem),
-        LUMO_KIND(definite),
-        LUMO_KIND(reflected),
+        LUMO_KIND(operate),         LUMO_KIND(factorize),
+        LUMO_KIND(leastSquares),    LUMO_KIND(leastSquaresOfAnyRank),
+        LUMO_KIND(constrained),     LUMO_KIND(singularValues),
+        LUMO_KIND(singularVectors), LUMO_KIND(symmetricEigenproblem),
+        LUMO_KIND(definite),        LUMO_KIND(reflected),
         LUMO_KIND(factorized)};
 #undef LUMO_KIND
     Choices choices(data, size);

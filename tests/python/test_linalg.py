@@ -191,13 +191,24 @@ def test_eigh(dtype, stored, lower, type):
 @storages
 @pytest.mark.parametrize("shape", [(90, 40), (40, 90), (60, 60), (5, 0), (0, 5)])
 @pytest.mark.parametrize("columns", [(), (3,)])
-def test_lstsq(dtype, stored, shape, columns):
+@pytest.mark.parametrize("driver", ["gelsd", "gels"])
+def test_lstsq(dtype, stored, shape, columns, driver):
     a, b = stored(random(shape, dtype)), stored(random((shape[0], *columns), dtype, 2))
-    x, residuals, rank, s = lumo.lstsq(a, b)
+    x, residuals, rank, s = lumo.lstsq(a, b, lapack_driver=driver)
     expected = np.linalg.lstsq(wide(a), wide(b), rcond=None)
     condition = np.linalg.cond(wide(a)) if a.size else 1
-    assert rank == expected[2] and s is None and x.dtype == dtype
+    assert rank == expected[2] and x.dtype == dtype
+    assert s is None if driver == "gels" else close(s, expected[3], 30)
     assert close(x, expected[0], 30 * condition) and close(residuals, expected[1], 100)
+
+
+@pytest.mark.parametrize("shape", [(40, 20), (20, 40), (20, 20)])
+def test_lstsq_of_lower_rank(dtype, shape):
+    a = (random((shape[0], 5), dtype) @ random((5, shape[1]), dtype, 2)).astype(dtype)
+    b = random((shape[0], 3), dtype, 3)
+    x, residuals, rank, _ = lumo.lstsq(a, b, rcond=1e-5)
+    expected = np.linalg.lstsq(wide(a), wide(b), rcond=1e-5)
+    assert rank == 5 and residuals.size == 0 and close(x, expected[0], 3000)
 
 
 @pytest.mark.filterwarnings("ignore:overflow")  # of residuals
@@ -280,9 +291,9 @@ ONES, LAST = np.ones(4), np.eye(1, 4, 3)
     (lambda: lumo.solve(np.full((4, 4), np.inf), ONES), ValueError, "a must not contain"),
     (lambda: lumo.solve(np.eye(5), ONES), ValueError, "a has 5 rows, but b has 4"),
     (lambda: lumo.solve(np.zeros((2, 4, 4)), np.ones((3, 4, 1))), ValueError, "broadcast"),
-    (lambda: lumo.lstsq(singular(4, 3)[:, :3], ONES), LinAlgError, "element 3 .* exactly zero"),
-    (lambda: lumo.lstsq(np.float32([[1, 2], [3, 6], [5, 10], [7, 14]]), np.float32(ONES)),
-     LinAlgError, "element 2 .* times the largest"),
+    (lambda: lumo.lstsq(singular(4, 3)[:, :3], ONES, lapack_driver="gels"), LinAlgError, "element 3 .* exactly zero"),
+    (lambda: lumo.lstsq(np.float32([[1, 2], [3, 6], [5, 10], [7, 14]]), np.float32(ONES),
+                        lapack_driver="gels"), LinAlgError, "element 2 .* times the largest"),
     (lambda: lumo.lse(np.eye(4), np.vstack([LAST, LAST]), ONES, ONES[:2]), LinAlgError,
      "constraints b have not full rank"),
     (lambda: lumo.lse(singular(4, 2), LAST, ONES, ONES[:1]), LinAlgError,

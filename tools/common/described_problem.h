@@ -13,6 +13,7 @@
 #include "common/plain_pivots.h"
 #include "common/routines.h"
 #include "lapack/gels.h"
+#include "lapack/gelsd.h"
 #include "lapack/geqrf.h"
 #include "lapack/gesdd.h"
 #include "lapack/gesvd.h"
@@ -45,6 +46,8 @@ template <class T>
 constexpr Workspace workspaceOf<Gesvd<T>> = isComplex<T> ? Workspace::workAndReal : Workspace::work;
 template <class T>
 constexpr Workspace workspaceOf<Gesdd<T>> = Workspace::withIntegers;
+template <class T>
+constexpr Workspace workspaceOf<Gelsd<T>> = Workspace::withIntegers;
 template <class T>
 constexpr Workspace workspaceOf<Syevd<T>> = Workspace::withLengths;
 template <class T>

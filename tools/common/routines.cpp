@@ -83,6 +83,10 @@ Gels<T> gels(Shape s) {
     return {'N', s.m, s.n, s.k, nullptr, 0, nullptr, 0};
 }
 template <class T>
+Gelsd<T> gelsd(Shape s) {
+    return {s.m, s.n, s.k, nullptr, 0, nullptr, 0, nullptr, RealOf<T>(-1), nullptr};
+}
+template <class T>
 Gglse<T> gglse(Shape s) {
     return {s.m, s.n, s.k, nullptr, 0, nullptr, 0, nullptr, nullptr, nullptr};
 }
@@ -200,6 +204,7 @@ const std::vector<MeasuredRoutine>& measuredRoutines() {
         LUMO_MEASURED_S_D(ormqr, 2, square),
         LUMO_MEASURED_C_Z(unmqr, 2, square),
         LUMO_MEASURED_S_D_C_Z(gels, 4. / 3, oneRightHandSide),
+        LUMO_MEASURED_S_D_C_Z(gelsd, 16. / 3, oneRightHandSide),
         LUMO_MEASURED_S_D_C_Z(gesvd, 21, square),
         LUMO_MEASURED_S_D_C_Z(gesdd, 28. / 3, square),
         LUMO_MEASURED_S_D(syevd, 14. / 3, square),
