@@ -6,6 +6,21 @@ namespace {
 
 // The columns of each A, or its rows if there are fewer, are orthogonal: X and the residuals are
 // worked out by hand.
+TEST_F(Command, SolvesForMatricesOfAnyRank) {
+    write("A", mtx("array real general\n3 2\n1\n2\n2\n2\n4\n4\n", ""));
+    write("B", mtx("array real general\n3 1\n6\n3\n0\n", ""));
+    expectRefusal("lstsq A B", {"not full rank", "--any-rank"});
+    for (const bool single : {false, true}) {
+        const Outcome outcome =
+            run("lstsq A B --any-rank -o x.mtx"s + (single ? " --precision s" : ""));
+        EXPECT_EQ(0, outcome.code);
+        expectWords(outcome.out,
+                    {"gelsd\n", "rank:       1 ", "= 5.38516,", "norm of X:  0.596285"});
+        expectNear({12. / 45, 24. / 45}, numbers("x.mtx", "array real general, 2 1"),
+                   single ? 1e-5 : 1e-14);
+    }
+}
+
 TEST_F(Command, FitsOrFindsTheSmallestSolution) {
     const struct {
         const char *name, *A, *B, *header;

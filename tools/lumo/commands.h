@@ -12,6 +12,7 @@ void showInfo();
 struct SystemFiles {
     std::string a, b, x;    // the matrix, the right-hand sides, the solution if wanted
     std::string precision;  // s, d or, of solve, mixed; the files' if empty
+    bool anyRank = false;   // of lstsq: by singular values
 };
 void solve(const SystemFiles& files);
 void lstsq(const SystemFiles& files);

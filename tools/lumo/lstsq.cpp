@@ -72,7 +72,8 @@ std::string failure(const Outcome& outcome, const System& system, const SystemFi
            " of its triangular factor " + (tall ? "R" : "L") + " is exactly zero: " + line + i +
            " is zero or a combination of the " + (tall ? "columns" : "rows") +
            " before it; leave it out" +
-           (tall ? ", or add rows that tell it from them" : " if B agrees, or correct it");
+           (tall ? ", or add rows that tell it from them" : " if B agrees, or correct it") +
+           "; or have the smallest solution, with --any-rank";
 }
 
 // ||b - A x|| of each column, or the largest of many. Returns the largest scaled error.
@@ -152,13 +153,51 @@ void lstsqAs(const System& system, const SystemFiles& files, OutputFile* output)
     deliver(output, system.B, n, x);
 }
 
+// The smallest of the X that minimise ||B - A X||, by singular values.
+template <class T>
+void lstsqOfAnyRank(const System& system, const SystemFiles& files, OutputFile* output) {
+    const int m = system.A.rows(), n = system.A.columns(), nrhs = system.B.columns();
+    const int ldb = std::max(m, n);
+    std::vector<T> a = convert<T>(system.A, files.a);
+    std::vector<T> x = withRows(ldb, convert<T>(system.B, files.b), nrhs);
+    using R = platform::RealOf<T>;
+    std::vector<R> s(std::size_t(std::min(m, n)));
+    int rank = 0;
+
+    const Session session;
+    printPlatform(session);
+    std::printf("A:          %d x %d\nnrhs:       %d\n", m, n, nrhs);
+    std::printf("solving:    the smallest X that minimises ||B - A X||\n");
+    const Outcome outcome = timed([&] {
+        constexpr auto gelsd = platform::ofType<T>(lumoSgelsd, lumoDgelsd, lumoCgelsd, lumoZgelsd);
+        return gelsd(m, n, nrhs, exported(a.data()), m, exported(x.data()), ldb, s.data(),
+                     R(ldb * 2 * epsOf<T>), &rank);
+    });
+    if (outcome.status == lumoDataError)
+        throw std::runtime_error(files.a + ": the singular values did not converge");
+    if (outcome.status != lumoNoError)
+        throw std::runtime_error(describe(outcome.status, outcome.info));
+    std::printf("routine:    %s\nseconds:    %.3g\n", routineName<T>("gelsd").c_str(),
+                outcome.seconds);
+    std::printf("rank:       %d  (singular values from %.6g to %.6g)\n", rank, double(s.front()),
+                double(s.back()));
+    x = withRows(n, x, nrhs);
+    const double error = reportLeastSquares(system, x);
+    std::printf("norm of X:  %.6g\n", euclideanNorm(x.size(), x.data()));
+    // What counts as zero is left out.
+    if (!(error <= errorBound * ldb))
+        throw std::runtime_error(files.a + ": the solution is not accurate");
+    deliver(output, system.B, n, x);
+}
+
 }  // namespace
 
 void lstsq(const SystemFiles& files) {
     const auto output = openMatrix(files.x);
     const System system = readSystem(files, Shape::any);
     platform::withType(typeOf(system.A, files.precision), [&](auto number) {
-        lstsqAs<decltype(number)>(system, files, output.get());
+        using T = decltype(number);
+        (files.anyRank ? lstsqOfAnyRank<T> : lstsqAs<T>)(system, files, output.get());
     });
 }
 

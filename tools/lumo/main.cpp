@@ -58,11 +58,15 @@ void addLstsq(CLI::App& app, lumo::SystemFiles& files) {
     CLI::App* command = addSolver(
         app, "lstsq",
         "Minimise ||B - A X||, or find the smallest X with A X = B if A has more columns than rows",
-        "The m x n matrix, of full rank",
-        " The data are not scaled:\nkeep the largest elements of A and of B between 1e-31 and "
+        "The m x n matrix, of full rank unless --any-rank is given",
+        " Without --any-rank the data are not scaled:\nkeep the largest elements of A and of B "
+        "between 1e-31 and "
         "1e31, in double precision between\n1e-291 and 1e291.",
         files, lumo::lstsq);
     addPrecision(command, files.precision, Mixed::no);
+    command->add_flag(
+        "--any-rank", files.anyRank,
+        "By singular values: the smallest X that minimises ||B - A X||, and A's rank");
 }
 
 void addBench(CLI::App& app, lumo::BenchOptions& options) {
