@@ -10,7 +10,6 @@
 #include "common/matrix.h"
 #include "cudalib/exceptions.h"
 #include "cudalib/workspace_pool.h"
-#include "divide/secular/secular.h"
 #include "lapack/host_lapack.h"
 #include "lapack/stedc_level.h"
 #include "lapack/tuning.h"
@@ -37,9 +36,8 @@ class DivideAndConquer {
           matrices_(2 * std::size_t(n) * std::size_t(n)),
           u_{n, {u, ldu}, matrices_.data(), at(matrices_.data(), n, 0, n)},
           v_{n, {v, ldv}, matrices_.data(), at(matrices_.data(), n, 0, n)},
-          numbers_(8 * std::size_t(n)),
+          equations_(n),
           values_(std::size_t(n)),
-          z_(std::size_t(n)),
           order_(std::size_t(n)) {}
 
     void run() {
@@ -53,8 +51,7 @@ class DivideAndConquer {
     using Pair = typename Deflation<R>::Pair;
     struct Level {
         ColumnsOfLevel<R> left, right;
-        std::vector<R> numbers;  // the kept ones' d and, behind all of them, z
-        std::vector<int> rows;
+        ValuesOfLevel<R> values;
     };
 
     // Block k has the rows between cuts_[k] and cuts_[k + 1].
@@ -115,9 +112,7 @@ class DivideAndConquer {
     }
 
     void mergeLevel() {
-        Level level;
-        level.numbers.resize(2 * std::size_t(n_));
-        level.rows.resize(std::size_t(n_));
+        Level level{{}, {}, ValuesOfLevel<R>(n_)};
         std::vector<int> cuts{-1};
         for (std::size_t k = 0; k + 2 < cuts_.size(); k += 2) {
             plan(begin(k), end(k), end(k + 1), extra(k + 1), level);
@@ -127,7 +122,7 @@ class DivideAndConquer {
         merge(level);
         takeBoundaries();
         for (const Merge<R>& m : level.left.merges)
-            std::copy_n(&roots_[m.first], m.kept, &values_[m.first]);
+            std::copy_n(&equations_.roots[m.first], m.kept, &values_[m.first]);
         sortBlocks();
     }
     void sortBlocks() {
@@ -141,9 +136,9 @@ class DivideAndConquer {
         const R alpha = d_[middle], beta = e_[middle];
         const int spare = int(level.right.rotations.size());
         // The halves' vectors to spare: one takes part, the other is the merged matrix's.
-        R z = alpha * z_[middle];
+        R z = alpha * equations_.z[middle];
         if (extra) {
-            const R other = beta * z_[end], length = std::hypot(z, other);
+            const R other = beta * equations_.z[end], length = std::hypot(z, other);
             level.right.rotations.push_back(
                 {middle, end, length > 0 ? z / length : R(1), length > 0 ? other / length : R(0)});
             z = length;
@@ -151,11 +146,11 @@ class DivideAndConquer {
         std::vector<Pair> pairs{{middle, 0, z, Deflation<R>::both}};
         pairs.reserve(std::size_t(end - first));
         for (int j = first; j < middle; ++j)
-            pairs.push_back(
-                {order_[j], values_[order_[j]], alpha * z_[order_[j]], Deflation<R>::upper});
+            pairs.push_back({order_[j], values_[order_[j]], alpha * equations_.z[order_[j]],
+                             Deflation<R>::upper});
         for (int j = middle + 1; j < end; ++j)
-            pairs.push_back(
-                {order_[j], values_[order_[j]], beta * z_[order_[j]], Deflation<R>::lower});
+            pairs.push_back({order_[j], values_[order_[j]], beta * equations_.z[order_[j]],
+                             Deflation<R>::lower});
         std::inplace_merge(pairs.begin() + 1, pairs.begin() + 1 + (middle - first), pairs.end(),
                            [](const Pair& x, const Pair& y) { return x.d < y.d; });
         // What is far below the whole matrix's norm is none of its values.
@@ -167,59 +162,33 @@ class DivideAndConquer {
         const auto& kept = deflation.kept();
         R rho = 0;
         for (const Pair& p : kept) rho += p.z * p.z;
-        const R length = std::sqrt(rho);
         level.left.add(deflation, first, middle + 1, end, rho, int(level.left.rotations.size()));
         level.right.add(deflation, first, middle + 1, end + extra, rho, spare);
-        for (int j = 0; j < int(kept.size()); ++j) {
-            level.numbers[first + j] = kept[j].d;
-            level.numbers[n_ + first + j] = kept[j].z / length;
-            level.rows[first + j] = deflation.byRows()[j];
-        }
+        level.values.add(deflation, first, std::sqrt(rho));
         std::iota(&order_[first], &order_[first] + (end - first), first);
         int to = first + int(kept.size());
         for (const Pair& p : deflation.deflated()) values_[to++] = p.d;
     }
 
     void merge(const Level& level) const {
-        const DeviceList<Merge<R>> list(level.left.merges);
-        const DeviceList<int> rows(level.rows);
-        upload(numbers(0), level.numbers);
-        const SecularProblem<R> problem{int(level.left.merges.size()),
-                                        level.left.order,
-                                        list.data(),
-                                        numbers(0),
-                                        numbers(1),
-                                        rows.data(),
-                                        numbers(5),
-                                        numbers(2),
-                                        numbers(6),
-                                        numbers(3),
-                                        numbers(4)};
-        secularRoots<SingularValues>(problem);
-        secularWeights<SingularValues>(problem);
-        u_.separate(level.left);
-        secularVectors<SingularValues, true>(problem, u_.factors, n_);
-        u_.multiply(level.left);
-        v_.separate(level.right);
-        secularVectors<SingularValues>(problem, v_.factors, n_);
-        v_.multiply(level.right);
+        equations_.template solve<SingularValues>(
+            level.left, level.values, [&](const SecularProblem<R>& problem) {
+                u_.separate(level.left);
+                secularVectors<SingularValues, true>(problem, u_.factors, n_);
+                u_.multiply(level.left);
+                v_.separate(level.right);
+                secularVectors<SingularValues>(problem, v_.factors, n_);
+                v_.multiply(level.right);
+            });
     }
 
-    // Brings the roots of this level, and z of the next one: V's rows next to a cut.
+    // V's rows next to a cut.
     void takeBoundaries() {
         std::vector<int> rows;
         for (std::size_t k = 0; k + 1 < cuts_.size(); ++k)
             rows.insert(rows.end(), std::size_t(end(k) + extra(k) - begin(k)),
                         k % 2 ? begin(k) : std::min(end(k), n_ - 1));
-        const DeviceList<int> list(rows);
-        takeElements(n_, list.data(), v_.q.data, v_.q.ld, numbers(7));
-        // What failed must not be sorted, for it may be no number.
-        cudalib::synchronizeAndCheck();
-        std::vector<R> both(2 * std::size_t(n_));
-        cudalib::checkCudaError(
-            cudaMemcpy(both.data(), numbers(6), both.size() * sizeof(R), cudaMemcpyDeviceToHost));
-        roots_.assign(both.begin(), both.begin() + n_);
-        z_.assign(both.begin() + n_, both.end());
+        equations_.fetch(v_.q, rows);
     }
 
     void sort() {
@@ -233,16 +202,14 @@ class DivideAndConquer {
         }
     }
 
-    R* numbers(int k) const { return numbers_.data() + std::size_t(k) * std::size_t(n_); }
-
     const int n_;
     R *const d_, *const e_;
     const cudalib::Workspace<R> matrices_;
     const MatrixOfVectors<R> u_, v_;
-    const cudalib::Workspace<R> numbers_;
+    SecularEquations<R> equations_;
     std::vector<int> cuts_;
-    std::vector<R> values_, roots_, z_;  // by columns
-    std::vector<int> order_;             // each block's columns, by ascending values
+    std::vector<R> values_;   // by columns
+    std::vector<int> order_;  // each block's columns, by ascending values
 };
 
 }  // namespace

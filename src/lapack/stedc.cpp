@@ -10,7 +10,6 @@
 #include "common/matrix.h"
 #include "cudalib/exceptions.h"
 #include "cudalib/workspace_pool.h"
-#include "divide/secular/secular.h"
 #include "lapack/host_lapack.h"
 #include "lapack/stedc_level.h"
 #include "lapack/tuning.h"
@@ -28,9 +27,8 @@ class DivideAndConquer {
           q_{q, ldq},
           matrices_(2 * std::size_t(n) * std::size_t(n)),
           vectors_{n, q_, matrices_.data(), at(matrices_.data(), n, 0, n)},
-          numbers_(8 * std::size_t(n)),
+          equations_(n),
           values_(d, d + n),
-          z_(std::size_t(n)),
           order_(std::size_t(n)) {}
 
     void run() {
@@ -45,8 +43,7 @@ class DivideAndConquer {
     // What a level's merges come to, as the host knows it before their roots are found.
     struct Level {
         ColumnsOfLevel<R> columns;
-        std::vector<R> numbers;  // the kept ones' d and, behind all of them, z
-        std::vector<int> rows;
+        ValuesOfLevel<R> values;
     };
 
     // Halves it until its blocks are small; block k is that of rows bounds_[k] to bounds_[k + 1].
@@ -90,9 +87,7 @@ class DivideAndConquer {
     }
 
     void mergeLevel() {
-        Level level;
-        level.numbers.resize(2 * std::size_t(n_));
-        level.rows.resize(std::size_t(n_));
+        Level level{{}, ValuesOfLevel<R>(n_)};
         std::vector<int> bounds{0};
         for (std::size_t k = 0; k + 2 < bounds_.size(); k += 2) {
             plan(bounds_[k], bounds_[k + 1], bounds_[k + 2], level);
@@ -102,7 +97,8 @@ class DivideAndConquer {
         const auto& merges = level.columns.merges;
         if (!merges.empty()) merge(level);
         if (bounds_.size() > 2 || !merges.empty()) takeBoundaries();
-        for (const Merge<R>& m : merges) std::copy_n(&roots_[m.first], m.kept, &values_[m.first]);
+        for (const Merge<R>& m : merges)
+            std::copy_n(&equations_.roots[m.first], m.kept, &values_[m.first]);
         for (std::size_t k = 0; k + 1 < bounds_.size(); ++k)
             std::sort(&order_[bounds_[k]], &order_[bounds_[k]] + (bounds_[k + 1] - bounds_[k]),
                       [&](int i, int j) { return values_[i] < values_[j]; });
@@ -114,11 +110,12 @@ class DivideAndConquer {
         std::vector<Pair> pairs;
         pairs.reserve(std::size_t(end - first));
         for (int j = first; j < middle; ++j)
-            pairs.push_back(
-                {order_[j], values_[order_[j]], z_[order_[j]] * root, Deflation<R>::upper});
+            pairs.push_back({order_[j], values_[order_[j]], equations_.z[order_[j]] * root,
+                             Deflation<R>::upper});
         for (int j = middle; j < end; ++j)
             pairs.push_back({order_[j], values_[order_[j]],
-                             z_[order_[j]] * (coupling < 0 ? -root : root), Deflation<R>::lower});
+                             equations_.z[order_[j]] * (coupling < 0 ? -root : root),
+                             Deflation<R>::lower});
         std::inplace_merge(pairs.begin(), pairs.begin() + (middle - first), pairs.end(),
                            [](const Pair& x, const Pair& y) { return x.d < y.d; });
         const R rho = 2 * std::abs(coupling);
@@ -127,45 +124,27 @@ class DivideAndConquer {
         std::iota(&order_[first], &order_[first] + (end - first), first);
         if (kept.empty()) return;  // no column moves
         level.columns.add(deflation, first, middle, end, rho, int(level.columns.rotations.size()));
-        for (int j = 0; j < int(kept.size()); ++j) {
-            level.numbers[first + j] = kept[j].d;
-            level.numbers[n_ + first + j] = kept[j].z;
-            level.rows[first + j] = deflation.byRows()[j];
-        }
+        level.values.add(deflation, first, 1);
         int to = first + int(kept.size());
         for (const Pair& p : deflation.deflated()) values_[to++] = p.d;
     }
 
-    void merge(const Level& level) {
-        const int merges = int(level.columns.merges.size());
-        const DeviceList<Merge<R>> list(level.columns.merges);
-        const DeviceList<int> rows(level.rows);
-        upload(numbers(0), level.numbers);
+    void merge(const Level& level) const {
         vectors_.separate(level.columns);
-        const SecularProblem<R> problem{merges,     level.columns.order, list.data(), numbers(0),
-                                        numbers(1), rows.data(),         numbers(5),  numbers(2),
-                                        numbers(6), numbers(3),          numbers(4)};
-        secularRoots<Eigenvalues>(problem);
-        secularWeights<Eigenvalues>(problem);
-        secularVectors<Eigenvalues>(problem, vectors_.factors, n_);
-        vectors_.multiply(level.columns);
+        equations_.template solve<Eigenvalues>(
+            level.columns, level.values, [&](const SecularProblem<R>& problem) {
+                secularVectors<Eigenvalues>(problem, vectors_.factors, n_);
+                vectors_.multiply(level.columns);
+            });
     }
 
-    // Brings the roots of this level, and z of the next one: the rows next to a cut.
+    // The rows next to a cut.
     void takeBoundaries() {
         std::vector<int> rows;
         for (std::size_t k = 0; k + 1 < bounds_.size(); ++k)
             rows.insert(rows.end(), std::size_t(bounds_[k + 1] - bounds_[k]),
                         k % 2 ? bounds_[k] : bounds_[k + 1] - 1);
-        const DeviceList<int> list(rows);
-        takeElements(n_, list.data(), q_.data, q_.ld, numbers(7));
-        // What failed must not be sorted, for it may be no number.
-        cudalib::synchronizeAndCheck();
-        std::vector<R> both(2 * std::size_t(n_));
-        cudalib::checkCudaError(
-            cudaMemcpy(both.data(), numbers(6), both.size() * sizeof(R), cudaMemcpyDeviceToHost));
-        roots_.assign(both.begin(), both.begin() + n_);
-        z_.assign(both.begin() + n_, both.end());
+        equations_.fetch(q_, rows);
     }
 
     void sort() {
@@ -177,17 +156,15 @@ class DivideAndConquer {
         LACPY('A', n_, n_, vectors_.kept, n_, q_.data, q_.ld);
     }
 
-    R* numbers(int k) const { return numbers_.data() + std::size_t(k) * std::size_t(n_); }
-
     const int n_;
     R *const d_, *const e_;
     const MatrixView<R> q_;
     const cudalib::Workspace<R> matrices_;
     const MatrixOfVectors<R> vectors_;
-    const cudalib::Workspace<R> numbers_;
+    SecularEquations<R> equations_;
     std::vector<int> bounds_;
-    std::vector<R> values_, roots_, z_;  // by columns of Q
-    std::vector<int> order_;             // each block's columns, by ascending values
+    std::vector<R> values_;   // by columns of Q
+    std::vector<int> order_;  // each block's columns, by ascending values
 };
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "cudalib/exceptions.h"
 #include "cudalib/workspace_pool.h"
 #include "divide/columns/columns.h"
+#include "divide/secular/secular.h"
 #include "lapack/stedc_deflation.h"
 #include "platform/cuda3.h"
 
@@ -102,6 +103,75 @@ struct ColumnsOfLevel {
             ++to;
         }
     }
+};
+
+// The kept values of a level's merges: of each, in its place, its first ones.
+template <class R>
+struct ValuesOfLevel {
+    std::vector<R> numbers;  // d and, behind all of them, z
+    std::vector<int> rows;   // by rows
+
+    explicit ValuesOfLevel(int n) : numbers(2 * std::size_t(n)), rows(std::size_t(n)) {}
+
+    // z divided by `length`, of a merge whose place begins at `first`.
+    void add(const Deflation<R>& deflation, int first, R length) {
+        const auto& kept = deflation.kept();
+        for (std::size_t j = 0; j < kept.size(); ++j) {
+            numbers[first + j] = kept[j].d;
+            numbers[rows.size() + first + j] = kept[j].z / length;
+            rows[first + j] = deflation.byRows()[j];
+        }
+    }
+};
+
+// What the device knows of a level's secular equations.
+template <class R>
+class SecularEquations {
+  public:
+    explicit SecularEquations(int n) : n_(n), numbers_(8 * std::size_t(n)) {}
+
+    // f(problem), with the roots and weights that it needs to make vectors.
+    template <class Of, class F>
+    void solve(const ColumnsOfLevel<R>& columns, const ValuesOfLevel<R>& values, F f) const {
+        const DeviceList<Merge<R>> merges(columns.merges);
+        const DeviceList<int> rows(values.rows);
+        upload(array(0), values.numbers);
+        const SecularProblem<R> problem{int(columns.merges.size()),
+                                        columns.order,
+                                        merges.data(),
+                                        array(0),
+                                        array(1),
+                                        rows.data(),
+                                        array(5),
+                                        array(2),
+                                        array(6),
+                                        array(3),
+                                        array(4)};
+        secularRoots<Of>(problem);
+        secularWeights<Of>(problem);
+        f(problem);
+    }
+
+    // Brings the roots, and z of the next level: elements (rows[j], j) of the vectors.
+    void fetch(const MatrixView<R>& q, const std::vector<int>& rows) {
+        const DeviceList<int> list(rows);
+        takeElements(n_, list.data(), q.data, q.ld, array(7));
+        // What failed must not be sorted, for it may be no number.
+        cudalib::synchronizeAndCheck();
+        std::vector<R> both(2 * std::size_t(n_));
+        cudalib::checkCudaError(
+            cudaMemcpy(both.data(), array(6), both.size() * sizeof(R), cudaMemcpyDeviceToHost));
+        roots.assign(both.begin(), both.begin() + n_);
+        z.assign(both.begin() + n_, both.end());
+    }
+
+    std::vector<R> roots, z;  // by columns
+
+  private:
+    R* array(int k) const { return numbers_.data() + std::size_t(k) * std::size_t(n_); }
+
+    const int n_;
+    const cudalib::Workspace<R> numbers_;
 };
 
 // A matrix of vectors of order n, and two that it shares with others: of the columns that a level
