@@ -36,13 +36,12 @@ void add(char letter, Iteration gesvd, Division gesdd, char job,
     const lumo::Gesdd<T> division{job, 0, 0, nullptr, 0, nullptr, nullptr, 1, nullptr, 1};
     const auto iterate = [gesvd](char job, auto... others) { return gesvd(job, job, others...); };
     const std::string lumo = "lumo" + std::string(1, char(std::toupper(letter)));
-    const std::string vectors(1, job);
-    for (const SvdShape& s : shapes)
-        add(lumo + "gesvd/" + vectors + vectors + "/", iteration, gesvd, letter + "gesvd"s, s);
-    for (const SvdShape& s : shapes)
-        add(lumo + "gesvd/" + vectors + vectors + "/", division, iterate, letter + "gesdd"s, s);
-    for (const SvdShape& s : shapes)
-        add(lumo + "gesdd/" + vectors + "/", division, gesdd, letter + "gesdd"s, s);
+    const std::string vectors(1, job), ofGesvd = lumo + "gesvd/" + vectors + vectors + "/",
+                                       ofGesdd = lumo + "gesdd/" + vectors + "/";
+    const std::string gesvds = letter + "gesvd"s, gesdds = letter + "gesdd"s;
+    for (const SvdShape& s : shapes) add(ofGesvd, iteration, gesvd, gesvds, s);
+    for (const SvdShape& s : shapes) add(ofGesvd, division, iterate, gesdds, s);
+    for (const SvdShape& s : shapes) add(ofGesdd, division, gesdd, gesdds, s);
 }
 
 }  // namespace

@@ -195,6 +195,7 @@ class DivideAndConquer {
         std::reverse(order_.begin(), order_.end());
         for (int j = 0; j < n_; ++j) d_[j] = values_[order_[j]];
         std::vector<ColumnMove> moves;
+        moves.reserve(std::size_t(n_));
         for (int j = 0; j < n_; ++j) moves.push_back({order_[j], j, 0, n_});
         for (const MatrixOfVectors<R>& vectors : {u_, v_}) {
             vectors.move(moves, vectors.q.data, vectors.q.ld, vectors.kept, n_);

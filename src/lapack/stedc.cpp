@@ -151,6 +151,7 @@ class DivideAndConquer {
         for (int j = 0; j < n_; ++j) d_[j] = values_[order_[j]];
         if (std::is_sorted(order_.begin(), order_.end())) return;
         std::vector<ColumnMove> moves;
+        moves.reserve(std::size_t(n_));
         for (int j = 0; j < n_; ++j) moves.push_back({order_[j], j, 0, n_});
         vectors_.move(moves, q_.data, q_.ld, vectors_.kept, n_);
         LACPY('A', n_, n_, vectors_.kept, n_, q_.data, q_.ld);

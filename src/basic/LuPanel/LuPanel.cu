@@ -178,6 +178,7 @@ LUMO_KERNEL void LuBeside_k(int left, int right, T* b, int n, T* a, int lda,
             team.lanes(Movers::X, [&](int x) {
                 const int c = x / rows, r = x % rows;
                 const bool solves = first + c >= left && first + c < left + right;
+                // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): all are set
                 if (solves && r > k && r < n) top[c][r] = top[c][r] - triangle[k][r] * top[c][k];
             });
         }

@@ -31,7 +31,7 @@ class SecularEquation {
         here_ = n - first;
         first_ = first;
         if (n == 1)
-            team.lanes(1, [&](int lane) {
+            team.lanes(here_, [&](int lane) {
                 from_.at(0, lane) = d[0];
                 x_.at(0, lane) = Of::offset(d[0], rho * z[0] * z[0]);
             });
