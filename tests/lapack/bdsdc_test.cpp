@@ -3,14 +3,14 @@
 
 #include "lapack/orthogonal.h"
 #include "lapack/tridiagonal_families.h"
-#include "lapack/tuning.h"
-#include "support/kernels.h"
 
 namespace test {
 namespace {
 
 template <class R>
-class Bdsdc : public OnMachine {
+class Bdsdc : public DividedMatrices<R> {
+    using Base = DividedMatrices<R>;
+
   public:
     struct Result {
         int info = 0;
@@ -51,9 +51,9 @@ class Bdsdc : public OnMachine {
         const WideMatrix u(r.u), v(r.v),
             ud(n, n, [&](int i, int j) { return u(i, j) * (r.d[j] / unit); });
         const double scale = std::max(1.0, norm1(b));
-        EXPECT_LT(difference(ud * op('C', v), b, scale, epsilon<R>), svdBound);
-        EXPECT_LT(orthogonality(u, epsilon<R>), svdBound);
-        EXPECT_LT(orthogonality(v, epsilon<R>), svdBound);
+        EXPECT_LT(difference(ud * op('C', v), b, scale, epsilon<R>), Base::bound);
+        EXPECT_LT(orthogonality(u, epsilon<R>), Base::bound);
+        EXPECT_LT(orthogonality(v, epsilon<R>), Base::bound);
         std::vector<double> values(d.begin(), d.end()), offs(e.begin(), e.end()), work(8 * n + 8);
         offs.push_back(0);
         double none;
@@ -61,43 +61,20 @@ class Bdsdc : public OnMachine {
                                         &none, 1, &none, 1, work.data()));
         std::sort(values.rbegin(), values.rend());
         for (int i = 0; i < n; ++i)
-            EXPECT_NEAR(values[i] / unit, r.d[i] / unit, svdBound * n * epsilon<R> * scale) << i;
+            EXPECT_NEAR(values[i] / unit, r.d[i] / unit, Base::bound * n * epsilon<R> * scale) << i;
     }
-
-  protected:
-    static constexpr double svdBound = 50;  // LAPACK svd.in
-
-    void SetUp() override {
-        OnMachine::SetUp();
-        leaf_ = temporarily(lumo::stedcLeaf, 3);
-    }
-
-  private:
-    std::shared_ptr<void> leaf_;
 };
 using RealTypes = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(Bdsdc, RealTypes);
 
 TYPED_TEST(Bdsdc, HardMatrices) {
-    for (const Family& f : hardFamilies<TypeParam>())
-        for (int n : {1, 2, 4, 21, 64, 130}) {
-            SCOPED_TRACE(f.name + (" " + std::to_string(n)));
-            this->check(n, f.d, f.e);
-        }
+    this->checkHard(this->check);
 }
-
 TYPED_TEST(Bdsdc, AllMachinesAndSchedules) {
-    for (int capability : {20, 90})
-        for (Schedule schedule : {Schedule::earliest, Schedule::latest}) {
-            if (onSoftwareDevice()) this->start(machine(capability), schedule);
-            this->check(70, uniform(4), uniform(5));
-            this->check(45, all(1), all(0.25));
-        }
+    this->checkOnMachines(this->check);
 }
-
 TYPED_TEST(Bdsdc, RandomStructures) {
-    const Elements any = ofFewNumbers<TypeParam>(7);
-    for (int i = 0; i < 1000 && !this->HasFailure(); ++i) this->check(2 + i % 19, any, any);
+    this->checkRandomStructures(this->check);
 }
 
 TYPED_TEST(Bdsdc, NeitherNanNorInfinityBecomesAValue) {

@@ -3,14 +3,14 @@
 
 #include "lapack/orthogonal.h"
 #include "lapack/tridiagonal_families.h"
-#include "lapack/tuning.h"
-#include "support/kernels.h"
 
 namespace test {
 namespace {
 
 template <class R>
-class Stedc : public OnMachine {
+class Stedc : public DividedMatrices<R> {
+    using Base = DividedMatrices<R>;
+
   public:
     struct Result {
         int info = 0;
@@ -48,49 +48,25 @@ class Stedc : public OnMachine {
         });
         const WideMatrix q(r.q), qd(n, n, [&](int i, int j) { return q(i, j) * (r.d[j] / unit); });
         const double scale = std::max(1.0, norm1(t));
-        EXPECT_LT(difference(qd * op('C', q), t, scale, epsilon<R>), eigenBound);
-        EXPECT_LT(orthogonality(q, epsilon<R>), eigenBound);
+        EXPECT_LT(difference(qd * op('C', q), t, scale, epsilon<R>), Base::bound);
+        EXPECT_LT(orthogonality(q, epsilon<R>), Base::bound);
         std::vector<double> values(d.begin(), d.end()), offs(e.begin(), e.end());
         ASSERT_EQ(0, cpu::sterf<double>(n, values.data(), offs.data()));
         for (int i = 0; i < n; ++i)
-            EXPECT_NEAR(values[i] / unit, r.d[i] / unit, eigenBound * n * epsilon<R> * scale) << i;
+            EXPECT_NEAR(values[i] / unit, r.d[i] / unit, Base::bound * n * epsilon<R> * scale) << i;
     }
-
-  protected:
-    static constexpr double eigenBound = 50;  // LAPACK sep.in: xSTT21, xSTECH
-
-    void SetUp() override {
-        OnMachine::SetUp();
-        leaf_ = temporarily(lumo::stedcLeaf, 3);
-    }
-
-  private:
-    std::shared_ptr<void> leaf_;
 };
 using RealTypes = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(Stedc, RealTypes);
 
 TYPED_TEST(Stedc, HardMatrices) {
-    for (const Family& f : hardFamilies<TypeParam>())
-        for (int n : {1, 2, 4, 21, 64, 130}) {
-            SCOPED_TRACE(f.name + (" " + std::to_string(n)));
-            this->check(n, f.d, f.e);
-        }
+    this->checkHard(this->check);
 }
-
 TYPED_TEST(Stedc, AllMachinesAndSchedules) {
-    for (int capability : {20, 90})
-        for (Schedule schedule : {Schedule::earliest, Schedule::latest}) {
-            if (onSoftwareDevice()) this->start(machine(capability), schedule);
-            this->check(70, uniform(4), uniform(5));
-            this->check(45, all(1), all(0.25));
-        }
+    this->checkOnMachines(this->check);
 }
-
-// Small matrices of few different numbers, where much is equal, zero or close.
 TYPED_TEST(Stedc, RandomStructures) {
-    const Elements any = ofFewNumbers<TypeParam>(7);
-    for (int i = 0; i < 1000 && !this->HasFailure(); ++i) this->check(2 + i % 19, any, any);
+    this->checkRandomStructures(this->check);
 }
 
 TYPED_TEST(Stedc, NeitherNanNorInfinityBecomesAValue) {

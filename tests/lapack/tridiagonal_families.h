@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "lapack/tuning.h"
 #include "support/kernels.h"
 
 namespace test {
@@ -69,5 +70,41 @@ Elements ofFewNumbers(unsigned seed) {
         return numbers[engine() % 8];
     };
 }
+
+// Tests of a routine in blocks of 3 rows; check(n, diagonal, off-diagonal) is what it does to one.
+template <class R>
+class DividedMatrices : public OnMachine {
+  protected:
+    using Check = void (*)(int, const Elements&, const Elements&);
+    static constexpr double bound = 50;  // LAPACK sep.in (xSTT21, xSTECH), svd.in
+
+    void SetUp() override {
+        OnMachine::SetUp();
+        leaf_ = temporarily(lumo::stedcLeaf, 3);
+    }
+
+    void checkHard(Check check) {
+        for (const Family& f : hardFamilies<R>())
+            for (int n : {1, 2, 4, 21, 64, 130}) {
+                SCOPED_TRACE(f.name + (" " + std::to_string(n)));
+                check(n, f.d, f.e);
+            }
+    }
+    void checkOnMachines(Check check) {
+        for (int capability : {20, 90})
+            for (Schedule schedule : {Schedule::earliest, Schedule::latest}) {
+                if (onSoftwareDevice()) start(machine(capability), schedule);
+                check(70, uniform(4), uniform(5));
+                check(45, all(1), all(0.25));
+            }
+    }
+    void checkRandomStructures(Check check) {
+        const Elements any = ofFewNumbers<R>(7);
+        for (int i = 0; i < 1000 && !HasFailure(); ++i) check(2 + i % 19, any, any);
+    }
+
+  private:
+    std::shared_ptr<void> leaf_;
+};
 
 }  // namespace test
