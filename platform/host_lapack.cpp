@@ -98,6 +98,22 @@ void fill(Table& t) {
                     return call();
             });
         };
+    if (!t.dividedSvd)
+        t.dividedSvd = [](char type, char jobz, int m, int n, void* a, int lda, void* s, void* u,
+                          int ldu, void* vt, int ldvt, void* work, int size, void* rwork,
+                          int* iwork) {
+            return infoOf<threads>(type, [&](auto zero) {
+                const auto call = [&](auto... realWork) {
+                    return cpu::gesdd<decltype(zero)>(jobz, m, n, Array{a}, lda, Array{s}, Array{u},
+                                                      ldu, Array{vt}, ldvt, Array{work}, size,
+                                                      realWork..., iwork);
+                };
+                if constexpr (isComplex<decltype(zero)>)
+                    return call(Array{rwork});
+                else
+                    return call();
+            });
+        };
     if (!t.eigenproblem)
         t.eigenproblem = [](char type, char jobz, char uplo, int n, void* a, int lda, void* w,
                             void* work, int size, void* rwork, int realSize, int* iwork,

@@ -11,7 +11,7 @@
 
 namespace platform {
 
-constexpr unsigned tableVersion = 7;
+constexpr unsigned tableVersion = 8;
 
 struct Dim3 {
     unsigned x, y, z;

@@ -86,14 +86,14 @@ CPU_ROUTINE(largv, slargv, dlargv, clargv, zlargv,
 CPU_ROUTINE(lartv, slartv, dlartv, clartv, zlartv,
             void(int n, T* x, int incx, T* y, int incy, const R* c, const T* s, int incc))
 
-// Runs a routine twice: to ask for its workspace, and with it, of at least `least` elements.
-// call(work, size) returns LAPACK's info.
+// Runs a routine twice: to ask for its workspace, and with it, of at least `least` elements, behind
+// which there are `spare` ones. call(work, size) returns LAPACK's info.
 template <class T, class Call>
-int withWorkspace(int least, Call call) {
+int withWorkspace(int least, Call call, int spare = 0) {
     T best(0);
     if (const int info = call(&best, -1)) return info;
     const int size = std::max({1, least, int(reinterpret_cast<platform::RealOf<T>&>(best))});
-    std::vector<T> work(std::size_t(size), T(0));
+    std::vector<T> work(std::size_t(size + spare), T(0));
     return call(work.data(), size);
 }
 

@@ -15,5 +15,7 @@ int eigenproblem(char type, char jobz, char uplo, int n, void* a, int lda, void*
                  int size, void* rwork, int realSize, int* iwork, int integers);
 int svd(char type, char jobu, char jobvt, int m, int n, void* a, int lda, void* s, void* u, int ldu,
         void* vt, int ldvt, void* work, int size, void* rwork);
+int dividedSvd(char type, char jobz, int m, int n, void* a, int lda, void* s, void* u, int ldu,
+               void* vt, int ldvt, void* work, int size, void* rwork, int* iwork);
 
 }  // namespace timeline

@@ -39,6 +39,7 @@ const platform::Table& table() {
         t.luSystem = luSystem;
         t.eigenproblem = eigenproblem;
         t.svd = svd;
+        t.dividedSvd = dividedSvd;
         t.panelWidth = [](platform::Panel kind, char type, int m, int n) {
             const State& s = state();
             return s.joined() ? software::widthOfPanel(kind, type, m, n, int(s.machine.processors))

@@ -36,13 +36,12 @@ class BidiagonalReduction {
         const int nb = std::min(wish ? wish : gebrdTuning<T>.current(), BidiagonalPanel<T>::most);
         // The last block, of 1 to nb columns, is the CPU's.
         const int split = (k_ - 1) / nb * nb;
-        if (split > 0 && gebrdReadsOnce<T>()) {
+        if (split > 0 && gebrdReadsOnce<T>(m_, n_)) {
             if (m_ < n_) return runOnAdjoint(nb, split);
             if (!isAligned()) return runOnCopy(nb, split);
             return reduceReadingOnce(nb, split);
         }
-        if (split > 0) reduceReadingTwice(nb, split);
-        reduceOnCpu(split);
+        reduceReadingTwice(0, nb, split);
     }
 
   private:
@@ -79,14 +78,16 @@ class BidiagonalReduction {
 
     void reduceReadingOnce(int nb, int split) const {
         const BidiagonalPanel<T> panel(m_, n_, nb);
-        for (int i = 0; i < split; i += nb)
+        int i = 0;
+        for (; i < split && gebrdReadsOnce<T>(m_ - i, n_ - i); i += nb)
             panel.reduce(m_ - i, n_ - i, a_.at(i, i), a_.ld, d_ + i, e_ + i, tauq_ + i, taup_ + i);
-        reduceOnCpu(split);
+        reduceReadingTwice(i, nb, split);
     }
 
-    void reduceReadingTwice(int nb, int split) const {
+    void reduceReadingTwice(int from, int nb, int split) const {
+        if (from >= split) return reduceOnCpu(split);
         const cudalib::Workspace<T> x(std::size_t(m_) * nb), y(std::size_t(n_) * nb), row(n_);
-        for (int i = 0; i < split; i += nb) {
+        for (int i = from; i < split; i += nb) {
             Labrd<T>{m_ - i,    n_ - i,    nb,       a_.at(i, i), a_.ld,    d_ + i, e_ + i,
                      tauq_ + i, taup_ + i, x.data(), m_,          y.data(), n_,     row.data()}
                 .run();
@@ -99,6 +100,7 @@ class BidiagonalReduction {
             restore(nb, d_ + i, a_.at(i, i));
             restore(nb, e_ + i, m_ >= n_ ? a_.at(i, i + 1) : a_.at(i + 1, i));
         }
+        reduceOnCpu(split);
     }
 
     // `count` elements of B, back into a diagonal of A.

@@ -15,8 +15,10 @@
 #include "lapack/bdsdc.h"
 #include "lapack/bdsqr_scalars.h"
 #include "lapack/gesvd.h"
+#include "lapack/host_lapack.h"
 #include "lapack/long_bidiagonal.h"
 #include "lapack/norm_scaling.h"
+#include "lapack/tuning.h"
 #include "routine/exports.h"
 
 namespace lumo {
@@ -134,6 +136,17 @@ class SingularVectors {
 template <class T>
 void Gesdd<T>::run() const {
     SingularVectors<T>(*this).run();
+}
+
+template <class T>
+bool Gesdd<T>::isSmall() const {
+    return std::max(m, n) <= (jobz == 'N' ? smallSingularValues<T>
+                                          : smallDividedSvd<T>)&&host::isFinite(m, n, a, lda);
+}
+template <class T>
+lumoStatus Gesdd<T>::runOnCpu() const {
+    host::gesdd(jobz, m, n, a, lda, s, u, ldu, vt, ldvt);
+    return lumoNoError;
 }
 
 LUMO_INSTANTIATE_MEMBERS(Gesdd)

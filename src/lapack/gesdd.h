@@ -55,6 +55,8 @@ struct Gesdd {
                  matrix(vt, ldvt, rowsOfVt(), n, access(rowsOfVt())));
     }
     void run() const;
+    bool isSmall() const;
+    lumoStatus runOnCpu() const;
 
   private:
     bool hasU() const { return isOneOf(jobz, "AS") || (jobz == 'O' && m < n); }

@@ -204,21 +204,6 @@ class SingularValues {
     std::optional<InfoException> failure_;
 };
 
-// Of others the CPU library makes what it likes.
-template <class T>
-bool isFinite(int m, int n, const T* a, int lda) {
-    RealOf<T> sum = 0;
-    for (int j = 0; j < n; ++j)
-        for (int i = 0; i < m; ++i) {
-            const T x = *at(a, lda, i, j);
-            if constexpr (isComplex<T>)
-                sum += (x.re + x.im) * 0;
-            else
-                sum += x * 0;
-        }
-    return sum == 0;
-}
-
 }  // namespace
 
 template <class T>
@@ -228,7 +213,7 @@ void Gesvd<T>::run() const {
 
 template <class T>
 bool Gesvd<T>::isSmall() const {
-    return std::max(m, n) <= smallSvd && isFinite(m, n, a, lda);
+    return std::max(m, n) <= smallSvd && host::isFinite(m, n, a, lda);
 }
 template <class T>
 lumoStatus Gesvd<T>::runOnCpu() const {

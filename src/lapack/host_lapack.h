@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "basic/magnitude.h"
 #include "common/complex.h"
 #include "common/exceptions.h"
 #include "platform/cpu/lapack.h"
@@ -112,6 +113,18 @@ class Roomy {
     std::unique_ptr<T[]> copy_;
 };
 
+// Of other matrices the CPU library makes what it likes.
+template <class T>
+bool isFinite(int m, int n, const T* a, int lda) {
+    RealOf<T> sum = 0;
+    for (int j = 0; j < n; ++j)
+        for (int i = 0; i < m; ++i) {
+            const T x = a[std::ptrdiff_t(j) * lda + i];
+            sum += (realPart(x) + imaginaryPart(x)) * 0;
+        }
+    return sum == 0;
+}
+
 // xSYEVD, xHEEVD of a small matrix. Returns LAPACK's info.
 template <class T>
 int syevd(char jobz, char uplo, int n, T* a, int lda, RealOf<T>* w) {
@@ -128,6 +141,23 @@ int syevd(char jobz, char uplo, int n, T* a, int lda, RealOf<T>* w) {
                                w, work.get(), size, rwork.data(), reals, iwork.data(), integers);
     A.store();
     return info;
+}
+
+// xGESDD of a small matrix.
+template <class T>
+void gesdd(char jobz, int m, int n, T* a, int lda, RealOf<T>* s, T* u, int ldu, T* vt, int ldvt) {
+    const std::size_t k = std::size_t(std::min(m, n));
+    const Roomy<T> A(m, n, a, lda);
+    A.load();
+    std::vector<RealOf<T>> rwork(isComplex<T> ? (5 * k + 2 * std::size_t(std::max(m, n)) + 7) * k
+                                              : 0);
+    std::vector<int> iwork(8 * k);
+    const auto call = [&](T* work, int size) {
+        return platform::dividedSvd(platform::letter<T>, jobz, m, n, A.data(), A.leadingDimension(),
+                                    s, u, ldu, vt, ldvt, work, size, rwork.data(), iwork.data());
+    };
+    checkReturnedInfo(cpu::withWorkspace<T>(1, call, spareColumns * std::max(m, n)));
+    A.store();
 }
 
 // xGESVD of a small matrix.

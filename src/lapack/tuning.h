@@ -98,11 +98,13 @@ template <class T>
 inline BlockSize sytrdTuning{32, 64, 32};
 constexpr int ownSymvOnCpu = 1024;
 
-// Whether a panel of gebrd reads the matrix once a column (BidiagonalPanel) or twice (Labrd). On a
-// CPU, complex products are worth a second reading: they are slower in a kernel than in its BLAS.
+// Whether a panel of gebrd reads an m x n matrix once a column (BidiagonalPanel) or twice (Labrd).
+// A CPU's BLAS is as fast as it can be for complex elements that the cache keeps: twice.
 template <class T>
-bool gebrdReadsOnce() {
-    return platform::sharesMemory() ? !isComplex<T> : deviceIsModern();
+bool gebrdReadsOnce(int m, int n) {
+    constexpr std::size_t cached = std::size_t(16) << 20;
+    if (!platform::sharesMemory()) return deviceIsModern();
+    return !isComplex<T> || std::size_t(m) * std::size_t(n) * sizeof(T) > cached;
 }
 
 struct BdsqrTuning {
@@ -129,8 +131,14 @@ constexpr int smallEigenvectors = sizeof(T) == 4   ? 384
                                   : sizeof(T) == 8 ? 224
                                                    : 144;
 template <class T>
-constexpr int smallEigenvalues = !isComplex<T>    ? 768
+constexpr int smallEigenvalues = !isComplex<T>    ? 1024
                                  : sizeof(T) == 8 ? 512
                                                   : 176;
+template <class T>
+constexpr int smallDividedSvd = isComplex<T>     ? 240
+                                : sizeof(T) == 4 ? 176
+                                                 : 160;
+template <class T>
+constexpr int smallSingularValues = sizeof(T) == 16 ? 240 : 400;
 
 }  // namespace lumo

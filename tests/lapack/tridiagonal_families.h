@@ -98,8 +98,10 @@ class DividedMatrices : public OnMachine {
                 check(45, all(1), all(0.25));
             }
     }
+    // Others each time of --gtest_shuffle --gtest_repeat=100.
     void checkRandomStructures(Check check) {
-        const Elements any = ofFewNumbers<R>(7);
+        const Elements any =
+            ofFewNumbers<R>(7 + unsigned(::testing::UnitTest::GetInstance()->random_seed()));
         for (int i = 0; i < 1000 && !HasFailure(); ++i) check(2 + i % 19, any, any);
     }
 

@@ -118,6 +118,7 @@ class DescribedProblem : public Problem {
             call(&best, -1, &info);
             RealOf<T> size;
             std::memcpy(&size, &best, sizeof size);  // the real part
+            work_.reserve(std::size_t(size) + std::size_t(longest_));
             work_.resize(std::size_t(size), T(0));
         }
         call(work_.data(), int(work_.size()), &info);
@@ -149,6 +150,8 @@ class DescribedProblem : public Problem {
                 pivot = pivot + E(RealOf<E>(rows));
             }
         }
+        // gemv of a CPU BLAS may read, and not use, what lies behind the last element of a row.
+        memory->reserve(count + std::size_t(rows));
         pointer = memory->data();
         owners_.push_back(memory);
     }

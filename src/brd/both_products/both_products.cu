@@ -1,19 +1,20 @@
 #include "brd/both_products/shape.h"
 #include "cudalib/kernel.h"
-#include "cudalib/lane_values.h"
+#include "cudalib/packs.h"
 
-// So many lanes share a dot product: all on a GPU, a vector's on a CPU.
+// So many lanes share a column, and add to so many sums in turn.
 #ifdef __CUDACC__
-constexpr int dotLanes = lumo::bothProductsLanes, unrolledDots = 2;
+constexpr int columnLanes = lumo::bothProductsLanes, unrolled = 2;
 #else
-constexpr int dotLanes = 8, unrolledDots = 4;
+constexpr int columnLanes = 1, unrolled = 1;
 #endif
 
 // Columns of A that are multiplied by together.
 template <class T>
 struct Columns {
     using Team = cudalib::Team<lumo::bothProductsLanes, 1>;
-    static constexpr int count = lumo::columnsTogether<T>, width = dotLanes;
+    static constexpr int count = lumo::columnsTogether<T>, pack = cudalib::packed<T>,
+                         step = columnLanes * pack;
 
     // A value for each column.
     struct Values {
@@ -24,22 +25,24 @@ struct Columns {
 
     // The columns' dot products, n elements of each, with x; for all of the block.
     LUMO_DEVICE Values dotProducts(Team team, int n, const T* x) const {
-        cudalib::LaneValues<Team, T> sums[count];
-        team.lanes(width, [&](int lane) {
-            for (int k = 0; k < count; ++k) sums[k].at(0, lane) = T(0);
-        });
-        long i = 0;
-        for (; i + width * unrolledDots <= n; i += width * unrolledDots)
-            team.lanes(width, [&](int lane) { add<unrolledDots>(i, lane, x, sums); });
-        for (; i < n; i += width)
-            team.lanes(n - i < width ? n - i : width, [&](int lane) { add<1>(i, lane, x, sums); });
-
-        LUMO_SHARED T partial[count][width + 1];
-        team.lanes(width, [&](int lane) {
-            for (int k = 0; k < count; ++k) partial[k][lane] = sums[k].at(0, lane);
+        LUMO_SHARED T partial[count][columnLanes + 1];
+        team.lanes(columnLanes, [&](int lane) {
+            cudalib::DotProduct<T> sums[unrolled][count];
+            long i = lane * pack;
+            for (; i + (unrolled - 1) * step + pack <= n; i += unrolled * step)
+                for (int turn = 0; turn < unrolled; ++turn)
+                    for (int k = 0; k < count; ++k)
+                        sums[turn][k].add(at[k] + i + turn * step, x + i + turn * step);
+            for (int k = 0; k < count; ++k) {
+                T sum = sums[0][k].total();
+                for (int turn = 1; turn < unrolled; ++turn) sum = sum + sums[turn][k].total();
+                for (long row = i; row < n; row += columnLanes)
+                    sum = sum + lumo::conjugate(at[k][row]) * x[row];
+                partial[k][lane] = sum;
+            }
         });
         team.barrier();
-        for (int half = width / 2; half > 0; half /= 2) {
+        for (int half = columnLanes / 2; half > 0; half /= 2) {
             team.lanes(half, [&](int lane) {
                 for (int k = 0; k < count; ++k)
                     partial[k][lane] = partial[k][lane] + partial[k][lane + half];
@@ -54,35 +57,22 @@ struct Columns {
 
     // result := the columns, n elements of each, times x; or this is added to it.
     LUMO_DEVICE void multiply(Team team, int n, const Values& x, bool added, T* result) const {
-        for (long i = 0; i < n; i += Team::X) {
-            if (added)
-                team.lanes(n - i, [&](int lane) {
-                    result[i + lane] = result[i + lane] + product(i + lane, x);
-                });
-            else
-                team.lanes(n - i, [&](int lane) { result[i + lane] = product(i + lane, x); });
-        }
-    }
-
-  private:
-    // Adds so many steps' products to a lane's sums.
-    template <int steps>
-    LUMO_DEVICE void add(long i, int lane, const T* x,
-                         cudalib::LaneValues<Team, T> (&sums)[count]) const {
-        T sum[count];
-        for (int k = 0; k < count; ++k) sum[k] = lumo::conjugate(at[k][i + lane]) * x[i + lane];
-        for (int step = 1; step < steps; ++step) {
-            const long here = i + step * width + lane;
-            for (int k = 0; k < count; ++k)
-                sum[k] = sum[k] + lumo::conjugate(at[k][here]) * x[here];
-        }
-        for (int k = 0; k < count; ++k) sums[k].at(0, lane) = sums[k].at(0, lane) + sum[k];
-    }
-
-    LUMO_DEVICE T product(long i, const Values& x) const {
-        T sum = at[0][i] * x.of[0];
-        for (int k = 1; k < count; ++k) sum = sum + at[k][i] * x.of[k];
-        return sum;
+        team.lanes(columnLanes, [&](int lane) {
+            long i = lane * pack;
+            for (; i + pack <= n; i += step) {
+                cudalib::Combination<T> sum;
+                for (int k = 0; k < count; ++k) sum.add(at[k] + i, x.of[k]);
+                if (added)
+                    sum.addTo(result + i);
+                else
+                    sum.store(result + i);
+            }
+            for (; i < n; i += columnLanes) {
+                T sum = at[0][i] * x.of[0];
+                for (int k = 1; k < count; ++k) sum = sum + at[k][i] * x.of[k];
+                result[i] = added ? result[i] + sum : sum;
+            }
+        });
     }
 };
 
@@ -91,7 +81,7 @@ struct Columns {
 template <class T>
 struct RowProducts {
     using Team = typename Columns<T>::Team;
-    static constexpr int span = dotLanes < Team::X ? Team::X : Columns<T>::count;
+    static constexpr int span = columnLanes < Team::X ? Team::X : Columns<T>::count;
     static constexpr int slices = Team::X / span, together = 4;
 
     const T* w;  // at the first of the rows

@@ -1,13 +1,13 @@
 #include "basic/magnitude.h"
 #include "cudalib/kernel.h"
-#include "cudalib/lane_values.h"
+#include "cudalib/packs.h"
 #include "trd/hermitian_product/shape.h"
 
-// So many lanes share a column: all on a GPU, some vectors' on a CPU.
+// So many lanes share a column: all on a GPU.
 #ifdef __CUDACC__
-constexpr int columnLanes = lumo::hermitianProductLanes, unrolled = 1;
+constexpr int columnLanes = lumo::hermitianProductLanes;
 #else
-constexpr int columnLanes = 8, unrolled = 2;
+constexpr int columnLanes = 1;
 #endif
 
 // The first column of a part; parts have the same share of the triangle, in whole groups of
@@ -21,40 +21,43 @@ LUMO_DEVICE int firstColumn(int n, int part, int count, int group) {
 // Columns j, j + 1, ... below their common rows, and what they are multiplied by.
 template <class T>
 struct ColumnGroup {
-    static constexpr int count = lumo::hermitianColumns<T>;
+    static constexpr int count = lumo::hermitianColumns<T>, pack = cudalib::packed<T>;
     using Team = cudalib::Team<lumo::hermitianProductLanes, 1>;
-    using Sums = cudalib::LaneValues<Team, T>[count];
 
     const T* at[count];
     T factor[count];
 
-    // y += the columns times their factors, and sums += their products with x, from row `from` on.
-    LUMO_DEVICE void multiply(Team team, long from, long n, const T* x, T* y, Sums& sums) const {
-        long i = from;
-        for (; i + columnLanes * unrolled <= n; i += columnLanes * unrolled)
-            team.lanes(columnLanes, [&](int lane) { add<unrolled>(i, lane, x, y, sums); });
-        for (; i < n; i += columnLanes)
-            team.lanes(n - i < columnLanes ? n - i : columnLanes,
-                       [&](int lane) { add<1>(i, lane, x, y, sums); });
+    // y += the columns times their factors, from row `from` on; sums: a lane's share of their
+    // products with x. Packs are read where a column's are aligned.
+    LUMO_DEVICE void multiply(int lane, long from, long n, const T* x, T* y,
+                              T (&sums)[count]) const {
+        for (int k = 0; k < count; ++k) sums[k] = T(0);
+        const long odd = long(reinterpret_cast<std::uintptr_t>(at[0] + from) / sizeof(T)) % pack,
+                   begin = odd == 0 ? from : from + pack - odd;
+        for (; from < begin && from < n; ++from) add(from, x, y, sums);
+        cudalib::DotProduct<T> products[count];
+        long i = from + lane * pack;
+        for (; i + pack <= n; i += columnLanes * pack) {
+            cudalib::Combination<T> sum;
+            for (int k = 0; k < count; ++k) {
+                products[k].add(at[k] + i, x + i);
+                sum.add(at[k] + i, factor[k]);
+            }
+            sum.addTo(y + i);
+        }
+        for (; i < n; i += columnLanes) add(i, x, y, sums);
+        for (int k = 0; k < count; ++k) sums[k] = sums[k] + products[k].total();
     }
 
   private:
-    template <int steps>
-    LUMO_DEVICE void add(long i, int lane, const T* x, T* y, Sums& sums) const {
-        T sum[count];
-        for (int k = 0; k < count; ++k) sum[k] = sums[k].at(0, lane);
-        for (int step = 0; step < steps; ++step) {
-            const long row = i + step * columnLanes + lane;
-            const T xi = x[row];
-            T yi = y[row];
-            for (int k = 0; k < count; ++k) {
-                const T element = at[k][row];
-                yi = yi + element * factor[k];
-                sum[k] = sum[k] + lumo::conjugate(element) * xi;
-            }
-            y[row] = yi;
+    LUMO_DEVICE void add(long row, const T* x, T* y, T (&sums)[count]) const {
+        T sum = y[row];
+        for (int k = 0; k < count; ++k) {
+            const T element = at[k][row];
+            sum = sum + element * factor[k];
+            sums[k] = sums[k] + lumo::conjugate(element) * x[row];
         }
-        for (int k = 0; k < count; ++k) sums[k].at(0, lane) = sum[k];
+        y[row] = sum;
     }
 };
 
@@ -67,7 +70,7 @@ LUMO_KERNEL void HermitianProduct_k(int n, int count, const T* a, int lda, const
         const int part = int(team.x()), begin = firstColumn(n, part, count, columns),
                   end = firstColumn(n, part + 1, count, columns);
         T* const y = parts + part * std::size_t(ldparts);
-        LUMO_SHARED T shared[columns][columnLanes];
+        LUMO_SHARED T shared[columns][columnLanes + 1];
         for (long i = begin; i < n; i += team.X)
             team.lanes(n - i, [&](int lane) { y[i + lane] = T(0); });
         team.barrier();
@@ -75,19 +78,15 @@ LUMO_KERNEL void HermitianProduct_k(int n, int count, const T* a, int lda, const
             // The last group may have columns to spare: the last one once more, times 0.
             const int here = end - j < columns ? end - j : columns;
             Group group;
-            typename Group::Sums sums;
             for (int k = 0; k < columns; ++k) {
                 const int column = j + (k < here ? k : here - 1);
                 group.at[k] = &cudalib::at(a, lda, 0, column);
                 group.factor[k] = k < here ? x[column] : T(0);
             }
             team.lanes(columnLanes, [&](int lane) {
-                for (int k = 0; k < columns; ++k) sums[k].at(0, lane) = T(0);
-            });
-            group.multiply(team, j + here, n, x, y, sums);
-
-            team.lanes(columnLanes, [&](int lane) {
-                for (int k = 0; k < columns; ++k) shared[k][lane] = sums[k].at(0, lane);
+                T sums[columns];
+                group.multiply(lane, j + here, n, x, y, sums);
+                for (int k = 0; k < columns; ++k) shared[k][lane] = sums[k];
             });
             team.barrier();
             for (int half = columnLanes / 2; half > 0; half /= 2) {
@@ -98,7 +97,8 @@ LUMO_KERNEL void HermitianProduct_k(int n, int count, const T* a, int lda, const
                 team.barrier();
             }
             // The block on the diagonal: a lane has a row.
-            team.lanes(here, [&](int lane) {
+            team.lanes(columns, [&](int lane) {
+                if (lane >= here) return;
                 T sum = y[j + lane] + shared[lane][0];
                 for (int k = 0; k < here; ++k) {
                     const T element = lane >= k

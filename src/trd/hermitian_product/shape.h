@@ -1,12 +1,14 @@
 // What the launcher and the kernels of hermitianProduct agree on.
 #pragma once
 
+#include "common/complex.h"
+
 namespace lumo {
 
 constexpr int hermitianProductLanes = 256;
 
 // Columns of A that a block multiplies by together.
 template <class T>
-constexpr int hermitianColumns = sizeof(T) <= 8 ? 4 : 2;
+constexpr int hermitianColumns = isComplex<T> ? 32 / int(sizeof(T)) : 8;
 
 }  // namespace lumo

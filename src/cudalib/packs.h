@@ -1,0 +1,148 @@
+// Products of columns' elements in sequence: of as many at a time as a CPU has in a vector, written
+// as vectors, of which compilers make twice as fast code as of loops; of one on a GPU, where the
+// next ones are other lanes'.
+#pragma once
+
+#include "common/complex.h"
+#include "cudalib/block.h"
+
+namespace cudalib {
+
+#ifdef __CUDACC__
+
+// The elements of a pack.
+template <class T>
+constexpr int packed = 1;
+
+// The sum of conjugate(a) x over packs of two columns.
+template <class T>
+class DotProduct {
+  public:
+    LUMO_DEVICE void add(const T* a, const T* x) { sum_ = sum_ + lumo::conjugate(*a) * *x; }
+    LUMO_DEVICE T total() const { return sum_; }
+
+  private:
+    T sum_ = T(0);
+};
+
+// f a + g b + ... for a pack of each of the columns a, b, ...
+template <class T>
+class Combination {
+  public:
+    LUMO_DEVICE void add(const T* a, T factor) { sum_ = sum_ + *a * factor; }
+    LUMO_DEVICE void store(T* y) const { *y = sum_; }
+    LUMO_DEVICE void addTo(T* y) const { *y = *y + sum_; }
+
+  private:
+    T sum_ = T(0);
+};
+
+#else
+
+template <class T>
+constexpr int packed = 32 / int(sizeof(T));
+
+// Real numbers that lie anywhere, as a vector.
+template <class R>
+struct Reals {
+    static constexpr int count = packed<R>;
+    using Vector __attribute__((vector_size(32), aligned(alignof(R)), may_alias)) = R;
+
+    LUMO_DEVICE static const Vector& of(const void* p) { return *static_cast<const Vector*>(p); }
+    LUMO_DEVICE static Vector& of(void* p) { return *static_cast<Vector*>(p); }
+    // The first and the second of each pair exchanged.
+    LUMO_DEVICE static void exchange(const Vector& x, Vector& result) {
+        if constexpr (count == 8)
+            result = Vector{x[1], x[0], x[3], x[2], x[5], x[4], x[7], x[6]};
+        else
+            result = Vector{x[1], x[0], x[3], x[2]};
+    }
+};
+
+template <class T>
+class DotProduct {
+    using R = Reals<T>;
+
+  public:
+    LUMO_DEVICE void add(const T* a, const T* x) { sum_ += R::of(a) * R::of(x); }
+    LUMO_DEVICE T total() const {
+        T sum = sum_[0];
+        for (int i = 1; i < R::count; ++i) sum += sum_[i];
+        return sum;
+    }
+
+  private:
+    typename R::Vector sum_ = {};
+};
+
+template <class T>
+class Combination {
+    using R = Reals<T>;
+
+  public:
+    LUMO_DEVICE void add(const T* a, T factor) { sum_ += R::of(a) * factor; }
+    LUMO_DEVICE void store(T* y) const { R::of(y) = sum_; }
+    LUMO_DEVICE void addTo(T* y) const { R::of(y) += sum_; }
+
+  private:
+    typename R::Vector sum_ = {};
+};
+
+// A complex number is a pair of reals: products of like parts, and of unlike ones.
+template <class T>
+class DotProduct<lumo::Complex<T>> {
+    using C = lumo::Complex<T>;
+    using R = Reals<T>;
+
+  public:
+    LUMO_DEVICE void add(const C* a, const C* x) {
+        typename R::Vector exchanged;
+        R::exchange(R::of(x), exchanged);
+        like_ += R::of(a) * R::of(x);
+        unlike_ += R::of(a) * exchanged;
+    }
+    LUMO_DEVICE C total() const {
+        C sum(T(0));
+        for (int i = 0; i < R::count; i += 2) {
+            sum.re += like_[i] + like_[i + 1];
+            sum.im += unlike_[i] - unlike_[i + 1];
+        }
+        return sum;
+    }
+
+  private:
+    typename R::Vector like_ = {}, unlike_ = {};
+};
+
+template <class T>
+class Combination<lumo::Complex<T>> {
+    using C = lumo::Complex<T>;
+    using R = Reals<T>;
+
+  public:
+    LUMO_DEVICE void add(const C* a, C factor) {
+        byReal_ += R::of(a) * factor.re;
+        byImaginary_ += R::of(a) * factor.im;
+    }
+    LUMO_DEVICE void store(C* y) const { sum(R::of(y)); }
+    LUMO_DEVICE void addTo(C* y) const {
+        typename R::Vector added;
+        sum(added);
+        R::of(y) += added;
+    }
+
+  private:
+    // i (a + b i) = -b + a i
+    LUMO_DEVICE void sum(typename R::Vector& result) const {
+        typename R::Vector turned, signs;
+        R::exchange(byImaginary_, turned);
+        for (int i = 0; i < R::count; ++i) signs[i] = i % 2 ? T(1) : T(-1);
+        result = byReal_ + signs * turned;
+    }
+
+    typename R::Vector byReal_ = {}, byImaginary_ = {};
+};
+
+#endif
+
+}  // namespace cudalib
