@@ -4,6 +4,7 @@
 
 #include "platform/blas_threads.h"
 #include "platform/cpu/lapack.h"
+#include "platform/cpu/qr_panel.h"
 
 namespace platform {
 namespace {
@@ -42,7 +43,8 @@ void fill(Table& t) {
     if (!t.qrPanel)
         t.qrPanel = [](char type, int m, int n, void* a, int lda, void* factor, int ld) {
             return infoOf<threads>(type, [&](auto zero) {
-                return cpu::geqrt3<decltype(zero)>(m, n, Array{a}, lda, Array{factor}, ld);
+                cpu::qrPanel<decltype(zero)>(m, n, Array{a}, lda, Array{factor}, ld);
+                return 0;
             });
         };
     if (!t.choleskyBlock)

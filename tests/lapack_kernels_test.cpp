@@ -19,6 +19,7 @@
 #include "brd/next_column/next_column.h"
 #include "platform/cpu/blas.h"
 #include "platform/cpu/lapack.h"
+#include "platform/cpu/qr_panel.h"
 #include "platform/reciprocal.h"
 #include "residuals.h"
 #include "support/kernels.h"
@@ -482,7 +483,7 @@ class QrPanels : public LapackKernels<T> {
         lumo::QrPanel<T>(m).factorize(m, n, a.gpu(), a.host.ld, tau.gpu(), above, v.data(),
                                       w.data(), above + m);
         auto t = poisoned<T>(n, n);
-        cpu::geqrt3<Plain<T>>(m, n, a.cpu(), a.host.ld, plain(t.data.data()), t.ld);
+        cpu::qrPanel<Plain<T>>(m, n, a.cpu(), a.host.ld, plain(t.data.data()), t.ld);
         for (int j = 0; j < n; ++j) tau.host(j, 0) = t(j, j);
         const double ulps = 40 + 8 * std::sqrt(m);
         const Matrix<T> result = a.device.download();

@@ -31,8 +31,11 @@ CPU_ROUTINE(gecon, sgecon, dgecon, cgecon, zgecon,
                 std::conditional_t<platform::isComplex<T>, R, int>* work2))
 CPU_ROUTINE(geqrf, sgeqrf, dgeqrf, cgeqrf, zgeqrf,
             int(int m, int n, T* a, int lda, T* tau, T* work, int lwork))
-CPU_ROUTINE(geqrt3, sgeqrt3, dgeqrt3, cgeqrt3, zgeqrt3,
-            int(int m, int n, T* a, int lda, T* t, int ldt))
+CPU_ROUTINE(geqr2, sgeqr2, dgeqr2, cgeqr2, zgeqr2,
+            int(int m, int n, T* a, int lda, T* tau, T* work))
+CPU_ROUTINE(larft, slarft, dlarft, clarft, zlarft,
+            void(char direct, char storev, int n, int k, T* v, int ldv, const T* tau, T* t,
+                 int ldt))
 CPU_ROUTINE(orgqr, sorgqr, dorgqr, cungqr, zungqr,
             int(int m, int n, int k, T* a, int lda, const T* tau, T* work, int lwork))
 CPU_ROUTINE(gebrd, sgebrd, dgebrd, cgebrd, zgebrd,

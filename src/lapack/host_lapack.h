@@ -65,11 +65,10 @@ void geqrf(int m, int n, T* a, int lda, T* tau) {
     }));
 }
 
-// xGEQRT3: the same for m >= n with the triangular factor T of all n reflectors, whose diagonal
-// are their scalar factors. It is recursive: on a panel it takes half the time of xGEQRF and
-// xLARFT, which go through it column by column.
+// The same for m >= n with the triangular factor T of all n reflectors, whose diagonal are their
+// scalar factors (as xGEQRT3).
 template <class T>
-void geqrt3(int m, int n, T* a, int lda, T* t, int ldt) {
+void qrPanel(int m, int n, T* a, int lda, T* t, int ldt) {
     checkReturnedInfo(platform::qrPanel(platform::letter<T>, m, n, a, lda, t, ldt));
 }
 

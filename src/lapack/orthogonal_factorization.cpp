@@ -153,11 +153,11 @@ class Factorization {
         const int count = p.count;
         std::fill(t, t + nb_ * nb_, zero);
         if (columns()) {
-            host::geqrt3(p.order, count, panel, ld, t, count);
+            host::qrPanel(p.order, count, panel, ld, t, count);
         } else {
             adjoint_.resize(std::size_t(p.order) * std::size_t(count));
             exchangeAdjoint(panel, ld, p, false);
-            host::geqrt3(p.order, count, adjoint_.data(), p.order, t, count);
+            host::qrPanel(p.order, count, adjoint_.data(), p.order, t, count);
             exchangeAdjoint(panel, ld, p, true);
             if (backward()) std::reverse(t, t + count * count);
         }
