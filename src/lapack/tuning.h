@@ -12,6 +12,7 @@
 #include "common/complex.h"
 #include "common/state.h"
 #include "platform/cuda3.h"
+#include "runtime/devices.h"
 
 namespace lumo {
 
@@ -92,11 +93,13 @@ inline BlockSize geqrfTuning<Complex<double>>{48, 32};
 template <class T>
 inline BlockSize gebrdTuning{32, 96, 32};
 
-// Columns of a panel of sytrd; and the order from which on its own product is faster than a CPU's
-// symv, that of complex elements always. Measured on a CPU.
+// Columns of a panel of sytrd; and the order from which on its own product, which is shared out to
+// threads, is faster than a CPU's symv, that of complex elements always. Measured on a CPU.
 template <class T>
 inline BlockSize sytrdTuning{32, 64, 32};
-constexpr int ownSymvOnCpu = 1024;
+inline int ownSymvOnCpu() {
+    return multiprocessors() > 1 ? 512 : 1024;
+}
 
 // Whether a panel of gebrd reads an m x n matrix once a column (BidiagonalPanel) or twice (Labrd).
 // A CPU's BLAS is as fast as it can be for complex elements that the cache keeps: twice.
@@ -130,10 +133,12 @@ template <class T>
 constexpr int smallEigenvectors = sizeof(T) == 4   ? 384
                                   : sizeof(T) == 8 ? 224
                                                    : 144;
+// Of values alone, the more a CPU has threads the fewer are its library's, on one.
 template <class T>
-constexpr int smallEigenvalues = !isComplex<T>    ? 1024
-                                 : sizeof(T) == 8 ? 512
-                                                  : 176;
+int smallEigenvalues() {
+    if (isComplex<T>) return sizeof(T) == 8 && multiprocessors() == 1 ? 512 : 176;
+    return multiprocessors() > 1 ? 384 : 1024;
+}
 template <class T>
 constexpr int smallDividedSvd = isComplex<T>     ? 240
                                 : sizeof(T) == 4 ? 176

@@ -28,6 +28,12 @@ double score(const Device& device, double performanceWeight, double memoryWeight
     return performanceWeight * double(performance) + memoryWeight * double(memory);
 }
 
+const cudaDeviceProp& executingDevice() {
+    int device = 0;
+    cudalib::checkCudaError(cudaGetDevice(&device));
+    return deviceTable().at(std::size_t(device)).properties;
+}
+
 }  // namespace
 
 int usableDeviceCount() {
@@ -65,9 +71,11 @@ int deviceCapability(int device) {
 }
 
 bool copiesOverlap() {
-    int device = 0;
-    cudalib::checkCudaError(cudaGetDevice(&device));
-    return deviceTable().at(std::size_t(device)).properties.deviceOverlap != 0;
+    return executingDevice().deviceOverlap != 0;
+}
+
+int multiprocessors() {
+    return executingDevice().multiProcessorCount;
 }
 
 int bestDevice(double performanceWeight, double memoryWeight) {

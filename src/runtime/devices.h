@@ -26,6 +26,8 @@ const std::vector<Device>& deviceTable();
 int deviceCapability(int device);
 // Whether the executing device copies while it computes.
 bool copiesOverlap();
+// Its multiprocessors; of a CPU, the threads.
+int multiprocessors();
 
 // The device with the highest score, performanceWeight * multiprocessors * 8 * clock (kHz) +
 // memoryWeight * memory (bytes), a Tesla before any other; -1 if there is none.
