@@ -47,12 +47,14 @@ void add(char letter, Iteration gesvd, Division gesdd, char job,
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<SvdShape> shapes{
-        {500, 500, 7}, {1000, 1000, 5}, {2000, 2000, 3}, {3000, 500, 5}};
+    const SvdShape order1000{1000, 1000, 5}, order1500{1500, 1500, 3};
+    const std::vector<SvdShape> shapes{{64, 64, 101}, {128, 128, 51}, {256, 256, 21},
+                                       {500, 500, 7}, order1000,      {2000, 2000, 3},
+                                       {3000, 500, 5}},
+        doubles{{64, 64, 101}, {128, 128, 51}, {256, 256, 21}, {500, 500, 7}, order1000};
     for (char job : {'N', 'S', 'A'}) add<float>('s', &lumoSgesvd, &lumoSgesdd, job, shapes);
-    add<lumo::Complex<float>>('c', &lumoCgesvd, &lumoCgesdd, 'S', {{1000, 1000, 5}});
-    add<double>('d', &lumoDgesvd, &lumoDgesdd, 'S', {{500, 500, 7}, {1000, 1000, 5}});
-    add<double>('d', &lumoDgesvd, &lumoDgesdd, 'N', {{1000, 1000, 5}});
-    add<lumo::Complex<double>>('z', &lumoZgesvd, &lumoZgesdd, 'S', {{1000, 1000, 5}});
+    for (char job : {'N', 'S'}) add<double>('d', &lumoDgesvd, &lumoDgesdd, job, doubles);
+    add<lumo::Complex<float>>('c', &lumoCgesvd, &lumoCgesdd, 'S', {order1000, order1500});
+    add<lumo::Complex<double>>('z', &lumoZgesvd, &lumoZgesdd, 'S', {order1000, order1500});
     return bench::runAll(argc, argv);
 }

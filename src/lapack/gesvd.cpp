@@ -213,7 +213,9 @@ void Gesvd<T>::run() const {
 
 template <class T>
 bool Gesvd<T>::isSmall() const {
-    return std::max(m, n) <= smallSvd && host::isFinite(m, n, a, lda);
+    const bool values = jobu == 'N' && jobvt == 'N';
+    return std::max(m, n) <= (values ? smallSingularValues<T> : smallSvd) &&
+           host::isFinite(m, n, a, lda);
 }
 template <class T>
 lumoStatus Gesvd<T>::runOnCpu() const {

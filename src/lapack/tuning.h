@@ -102,12 +102,13 @@ inline int ownSymvOnCpu() {
 }
 
 // Whether a panel of gebrd reads an m x n matrix once a column (BidiagonalPanel) or twice (Labrd).
-// A CPU's BLAS is as fast as it can be for complex elements that the cache keeps: twice.
+// A CPU's BLAS is as fast as it can be for complex elements that the cache keeps, of so many bytes:
+// twice.
+inline std::size_t gebrdCachedOnCpu = std::size_t(16) << 20;
 template <class T>
 bool gebrdReadsOnce(int m, int n) {
-    constexpr std::size_t cached = std::size_t(16) << 20;
     if (!platform::sharesMemory()) return deviceIsModern();
-    return !isComplex<T> || std::size_t(m) * std::size_t(n) * sizeof(T) > cached;
+    return !isComplex<T> || std::size_t(m) * std::size_t(n) * sizeof(T) > gebrdCachedOnCpu;
 }
 
 struct BdsqrTuning {

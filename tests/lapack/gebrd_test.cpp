@@ -56,6 +56,7 @@ auto gebrdCall(const Matrix<T>& a, int nb) {
     using Real = Adjacent<RealOf<T>>;
     auto run = [nb](auto... passed) {
         const auto blocks = nb ? blocksOf<T>(nb) : nullptr;
+        const auto cached = temporarily(lumo::gebrdCachedOnCpu, std::size_t(8000));
         return lumo::computeFrame<T>(lumo::deviceCall, [&] { lumo::gebrd(passed...); });
     };
     auto check = [](auto, auto, const auto&... operands) { checkBidiagonal<T>(operands...); };

@@ -2,6 +2,7 @@
 // element, what was launched, and what was refused.
 #pragma once
 
+#include "blas/cublas.h"
 #include "common/exceptions.h"
 #include "support/arguments.h"
 #include "support/machine.h"
@@ -67,6 +68,22 @@ void expectElements(const OnDevice<T>& onDevice, const F& expected, double ulps 
         }
     EXPECT_TRUE(result.paddingUntouched());
 }
+
+using lumo::cublas::plain;
+template <class T>
+using Plain = decltype(plain(T()));
+
+// Operands, on the device and for the CPU.
+template <class T>
+struct Twins {
+    Matrix<T> host;
+    OnDevice<T> device;
+    Twins(const Matrix<T>& a) : host(a), device(a) {}
+    Plain<T>* cpu() { return plain(host.data.data()); }
+    T* gpu() { return device.data(); }
+    // `unit` as for expectElements.
+    void expectSame(double ulps, double unit = 1) { expectElements(device, host, ulps, unit); }
+};
 
 // --- Calls ---------------------------------------------------------------------------------------
 

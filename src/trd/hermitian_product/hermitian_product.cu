@@ -138,7 +138,7 @@ struct HermitianProductCost {
     static cudalib::Work of(int n, int count, const T*, int, const T*, T*, int) {
         const double size = double(n) * n, groups = double(n) / count / lumo::hermitianColumns<T>;
         return {size / 2 * sizeof(T), cudalib::flopsOfProduct<T> * size,
-                groups * (double(n) / 2 / columnLanes + 10)};
+                groups * (double(n) / 2 / lumo::hermitianProductLanes + 10)};
     }
 };
 template <class T>
