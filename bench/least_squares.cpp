@@ -24,6 +24,9 @@ int main(int argc, char** argv) {
     for (auto [m, n] : {std::pair{1024, 1024}, {2048, 2048}, {2000, 1000}, {1000, 2000}})
         for (int nrhs : {1, 100}) add("sgels", {m, n, nrhs}, 15);
     add("dgels", {2000, 1000, 1}, 15);
+    for (const char* routine : {"sgelsd", "dgelsd"})
+        for (auto [m, n] : {std::pair{500, 500}, {1000, 1000}, {2000, 500}})
+            add(routine, {m, n, 1}, 7);
     add("sgglse", {1000, 800, 200}, 15);
     return bench::runAll(argc, argv);
 }

@@ -194,7 +194,7 @@ class DescribedProblem : public Problem {
     }
     template <class Call>
     void withIntegers(Call call) {
-        integers_.resize(8 * std::size_t(longest_));
+        integers_.resize(107 * std::size_t(longest_));  // xGELSD, of up to 32 levels
         const int integers = int(integers_.size()), reals = int(real_.size());
         if constexpr (workspaceOf<Routine> == Workspace::withIntegers && isComplex<T>)
             call(real_.data(), integers_.data());
@@ -205,10 +205,10 @@ class DescribedProblem : public Problem {
         else
             call(integers_.data(), &integers);
     }
-    // As the integers, what xGESDD takes, which takes most.
+    // More than either of xGESDD and xGELSD, with blocks of 25, takes.
     std::size_t realSize() const {
         const std::size_t n = std::size_t(longest_);
-        return isComplex<T> ? 7 * n * n + 7 * n : 0;
+        return isComplex<T> ? 8 * n * n + 420 * n + 676 : 0;
     }
 
     Routine routine_;
