@@ -10,6 +10,9 @@ namespace cudalib {
 
 #ifdef __CUDACC__
 
+// A loop that would take more registers unrolled than are left for other blocks.
+#define LUMO_ROLLED _Pragma("unroll 1")
+
 // The elements of a pack.
 template <class T>
 constexpr int packed = 1;
@@ -38,6 +41,8 @@ class Combination {
 };
 
 #else
+
+#define LUMO_ROLLED
 
 template <class T>
 constexpr int packed = 32 / int(sizeof(T));

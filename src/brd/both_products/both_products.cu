@@ -2,7 +2,7 @@
 #include "cudalib/kernel.h"
 #include "cudalib/packs.h"
 
-// So many lanes share a column, and add to so many sums in turn.
+// So many lanes share a column, and have read so many of its packs when they add.
 #ifdef __CUDACC__
 constexpr int columnLanes = lumo::bothProductsLanes, unrolled = 2;
 #else
@@ -27,15 +27,16 @@ struct Columns {
     LUMO_DEVICE Values dotProducts(Team team, int n, const T* x) const {
         LUMO_SHARED T partial[count][columnLanes + 1];
         team.lanes(columnLanes, [&](int lane) {
-            cudalib::DotProduct<T> sums[unrolled][count];
+            cudalib::DotProduct<T> sums[count];
             long i = lane * pack;
+            LUMO_ROLLED
             for (; i + (unrolled - 1) * step + pack <= n; i += unrolled * step)
                 for (int turn = 0; turn < unrolled; ++turn)
                     for (int k = 0; k < count; ++k)
-                        sums[turn][k].add(at[k] + i + turn * step, x + i + turn * step);
+                        sums[k].add(at[k] + i + turn * step, x + i + turn * step);
             for (int k = 0; k < count; ++k) {
-                T sum = sums[0][k].total();
-                for (int turn = 1; turn < unrolled; ++turn) sum = sum + sums[turn][k].total();
+                T sum = sums[k].total();
+                LUMO_ROLLED
                 for (long row = i; row < n; row += columnLanes)
                     sum = sum + lumo::conjugate(at[k][row]) * x[row];
                 partial[k][lane] = sum;
@@ -59,6 +60,7 @@ struct Columns {
     LUMO_DEVICE void multiply(Team team, int n, const Values& x, bool added, T* result) const {
         team.lanes(columnLanes, [&](int lane) {
             long i = lane * pack;
+            LUMO_ROLLED
             for (; i + pack <= n; i += step) {
                 cudalib::Combination<T> sum;
                 for (int k = 0; k < count; ++k) sum.add(at[k] + i, x.of[k]);
@@ -67,6 +69,7 @@ struct Columns {
                 else
                     sum.store(result + i);
             }
+            LUMO_ROLLED
             for (; i < n; i += columnLanes) {
                 T sum = at[0][i] * x.of[0];
                 for (int k = 1; k < count; ++k) sum = sum + at[k][i] * x.of[k];
