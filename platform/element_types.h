@@ -22,6 +22,14 @@ constexpr bool isComplex = !std::is_same_v<T, RealOf<T>>;
 template <class T>
 constexpr bool isDouble = std::is_same_v<RealOf<T>, double>;
 
+template <class T>
+T conjugate(T a) {
+    if constexpr (isComplex<T>)
+        return std::conj(a);
+    else
+        return a;
+}
+
 // What belongs to an element type.
 template <class T, class S, class D, class C, class Z>
 constexpr auto ofType(S s, D d, C c, Z z) {

@@ -228,5 +228,41 @@ TYPED_TEST(QrPanels, AreTheCpus) {
     this->expectFactors(300, 5, 1, 0);
 }
 
+// --- Panels of a CPU -----------------------------------------------------------------------------
+
+template <class T>
+class CpuPanels : public ::testing::Test {};
+TYPED_TEST_SUITE(CpuPanels, ElementTypes);
+
+// In halves and halves of halves, square and tall, and with a column of zeros.
+TYPED_TEST(CpuPanels, AreThoseOfColumns) {
+    using T = TypeParam;
+    using P = Plain<T>;
+    const std::array<int, 3> shapes[] = {{17, 17, -1}, {40, 34, 5}, {48, 48, -1}, {300, 70, 40}};
+    for (auto [m, n, zeros] : shapes) {
+        SCOPED_TRACE(testing::Message() << m << " x " << n);
+        auto a = Matrix<T>::random(m, n, m + 2, unsigned(m));
+        for (int i = 0; i < m && zeros >= 0; ++i) a(i, zeros) = T(0);
+        auto expected = a;
+        auto t = poisoned<T>(n, n, n + 1), tau = poisoned<T>(n, 1), factor = poisoned<T>(n, n);
+        cpu::qrPanel<P>(m, n, plain(a.data.data()), a.ld, plain(t.data.data()), t.ld);
+        ASSERT_EQ(0, cpu::withWorkspace<P>(n, [&](P* work, int size) {
+                      return cpu::geqrf<P>(m, n, plain(expected.data.data()), expected.ld,
+                                           plain(tau.data.data()), work, size);
+                  }));
+        cpu::larft<P>('F', 'C', m, n, plain(expected.data.data()), expected.ld,
+                      plain(tau.data.data()), plain(factor.data.data()), n);
+        const double bound = 2000 * std::sqrt(m) * epsilon<T>;
+        for (int j = 0; j < n; ++j) {
+            for (int i = 0; i < m; ++i)
+                ASSERT_LE(std::abs(wide(a(i, j)) - wide(expected(i, j))), bound) << i << ", " << j;
+            for (int i = 0; i <= j; ++i)
+                ASSERT_LE(std::abs(wide(t(i, j)) - wide(factor(i, j))), bound) << i << ", " << j;
+            for (int i = j + 1; i < n; ++i) ASSERT_TRUE(std::isnan(wide(t(i, j)).real()));
+        }
+        EXPECT_TRUE(a.paddingUntouched() && t.paddingUntouched());
+    }
+}
+
 }  // namespace
 }  // namespace test

@@ -9,14 +9,6 @@
 
 namespace cpu {
 
-template <class T>
-T conjugateOf(T x) {
-    if constexpr (platform::isComplex<T>)
-        return std::conj(x);
-    else
-        return x;
-}
-
 // A CPU library's own routines take so many columns; halves of them would be too small to pay.
 constexpr int qrColumns = 16;
 
@@ -50,7 +42,7 @@ void qrPanel(int m, int n, T* a, int lda, T* t, int ldt) {
 
     // T's upper right := -T1 (V1^H V2) T2.
     for (int j = 0; j < n2; ++j)
-        for (int i = 0; i < n1; ++i) F(i, n1 + j) = conjugateOf(A(n1 + j, i));
+        for (int i = 0; i < n1; ++i) F(i, n1 + j) = platform::conjugate(A(n1 + j, i));
     trmm<T>('R', 'L', 'N', 'U', n1, n2, one, corner, lda, between, ldt);
     if (m > n)
         gemm<T>('C', 'N', n1, n2, m - n, one, A.at(n, 0), lda, A.at(n, n1), lda, one, between, ldt);

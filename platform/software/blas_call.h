@@ -32,14 +32,6 @@ struct Names {
 #include "platform/entries.inc"
 };
 
-template <class T>
-T conjugate(T a) {
-    if constexpr (platform::isComplex<T>)
-        return std::conj(a);
-    else
-        return a;
-}
-
 // The scalars of C := alpha (a product of extent k) + beta C, and what a CPU BLAS may get wrong of
 // them. If one that counts is not a number neither is any element of the result, but a BLAS may
 // scale by it as if by zero. And without a product, alpha or k being zero, its operands, and alpha,

@@ -146,7 +146,7 @@ void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, co
                     by.apply('A', m, columns, result, ldc, [&] {
                         cpu::gemm<T>(first, second, m, columns, by.k, by.alpha, rows(0, i), lda,
                                      rows(1, j), ldb, by.beta, result, ldc);
-                        cpu::gemm<T>(first, second, m, columns, by.k, conjugate(by.alpha),
+                        cpu::gemm<T>(first, second, m, columns, by.k, platform::conjugate(by.alpha),
                                      rows(1, i), ldb, rows(0, j), lda, T(1), result, ldc);
                     });
                 });

@@ -140,12 +140,12 @@ void Gesdd<T>::run() const {
 
 template <class T>
 bool Gesdd<T>::isSmall() const {
-    return std::max(m, n) <= (jobz == 'N' ? smallSingularValues<T>
-                                          : smallDividedSvd<T>)&&host::isFinite(m, n, a, lda);
+    const int most = jobz == 'N' ? smallSingularValues<T> : smallDividedSvd<T>;
+    return std::max(m, n) <= most && host::isFinite(m, n, a, lda);
 }
 template <class T>
 lumoStatus Gesdd<T>::runOnCpu() const {
-    host::gesdd(jobz, m, n, a, lda, s, u, ldu, vt, ldvt);
+    host::gesdd(jobz, m, n, a, lda, s, u, ldu, columnsOfU(), vt, ldvt, rowsOfVt());
     return lumoNoError;
 }
 

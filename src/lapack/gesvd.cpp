@@ -213,9 +213,8 @@ void Gesvd<T>::run() const {
 
 template <class T>
 bool Gesvd<T>::isSmall() const {
-    const bool values = jobu == 'N' && jobvt == 'N';
-    return std::max(m, n) <= (values ? smallSingularValues<T> : smallSvd) &&
-           host::isFinite(m, n, a, lda);
+    const int most = jobu == 'N' && jobvt == 'N' ? smallSingularValues<T> : smallSvd;
+    return std::max(m, n) <= most && host::isFinite(m, n, a, lda);
 }
 template <class T>
 lumoStatus Gesvd<T>::runOnCpu() const {

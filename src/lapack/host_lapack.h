@@ -85,8 +85,8 @@ void gebrd(int m, int n, T* a, int lda, RealOf<T>* d, RealOf<T>* e, T* tauq, T* 
     }));
 }
 
-// A host matrix as xGESVD and xHEEVD work on it: the matrix itself, or for complex elements a copy
-// with a spare column, which store() puts back.
+// A host matrix as xGESVD, xGESDD and xHEEVD work on it: the matrix itself, or for complex elements
+// a copy with a spare column, which store() puts back.
 template <class T>
 class Roomy {
   public:
@@ -142,21 +142,27 @@ int syevd(char jobz, char uplo, int n, T* a, int lda, RealOf<T>* w) {
     return info;
 }
 
-// xGESDD of a small matrix.
+// xGESDD of a small matrix, which writes so many columns of u and rows of vt.
 template <class T>
-void gesdd(char jobz, int m, int n, T* a, int lda, RealOf<T>* s, T* u, int ldu, T* vt, int ldvt) {
+void gesdd(char jobz, int m, int n, T* a, int lda, RealOf<T>* s, T* u, int ldu, int columnsOfU,
+           T* vt, int ldvt, int rowsOfVt) {
     const std::size_t k = std::size_t(std::min(m, n));
-    const Roomy<T> A(m, n, a, lda);
+    const Roomy<T> A(m, n, a, lda), U(columnsOfU > 0 ? m : 0, columnsOfU, u, ldu),
+        VT(rowsOfVt, rowsOfVt > 0 ? n : 0, vt, ldvt);
     A.load();
     std::vector<RealOf<T>> rwork(isComplex<T> ? (5 * k + 2 * std::size_t(std::max(m, n)) + 7) * k
                                               : 0);
     std::vector<int> iwork(8 * k);
     const auto call = [&](T* work, int size) {
         return platform::dividedSvd(platform::letter<T>, jobz, m, n, A.data(), A.leadingDimension(),
-                                    s, u, ldu, vt, ldvt, work, size, rwork.data(), iwork.data());
+                                    s, U.data(), U.leadingDimension(), VT.data(),
+                                    VT.leadingDimension(), work, size, rwork.data(), iwork.data());
     };
-    checkReturnedInfo(cpu::withWorkspace<T>(1, call, spareColumns * std::max(m, n)));
+    const int info = cpu::withWorkspace<T>(1, call, spareColumns * std::max(m, n));
     A.store();
+    U.store();
+    VT.store();
+    checkReturnedInfo(info);
 }
 
 // xGESVD of a small matrix.
@@ -173,12 +179,13 @@ void gesvd(char jobu, char jobvt, int m, int n, T* a, int lda, RealOf<T>* s, T* 
     const int longer = std::max(m, n), size = k * k + (2 * 32 + 4) * longer;
     const std::unique_ptr<T[]> work(new T[std::size_t(size + spareColumns * longer)]);
     std::vector<RealOf<T>> rwork(isComplex<T> ? 5 * std::size_t(k) : 0);
-    checkReturnedInfo(platform::svd(
+    const int info = platform::svd(
         platform::letter<T>, jobu, jobvt, m, n, A.data(), A.leadingDimension(), s, U.data(),
-        U.leadingDimension(), VT.data(), VT.leadingDimension(), work.get(), size, rwork.data()));
+        U.leadingDimension(), VT.data(), VT.leadingDimension(), work.get(), size, rwork.data());
     A.store();
     U.store();
     VT.store();
+    checkReturnedInfo(info);
 }
 
 }  // namespace lumo::host

@@ -138,8 +138,8 @@ bool isFinite(bool upper, int n, const T* a, int lda) {
 
 template <class T>
 bool Syevd<T>::isSmall() const {
-    return n <= (jobz == 'V' ? smallEigenvectors<T> : smallEigenvalues<T>()) &&
-           isFinite(uplo == 'U', n, a, lda);
+    const int most = jobz == 'V' ? smallEigenvectors<T> : smallEigenvalues<T>();
+    return n <= most && isFinite(uplo == 'U', n, a, lda);
 }
 template <class T>
 lumoStatus Syevd<T>::runOnCpu() const {

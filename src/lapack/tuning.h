@@ -102,8 +102,8 @@ inline int ownSymvOnCpu() {
 }
 
 // Whether a panel of gebrd reads an m x n matrix once a column (BidiagonalPanel) or twice (Labrd).
-// A CPU's BLAS is as fast as it can be for complex elements that the cache keeps, of so many bytes:
-// twice.
+// On a CPU, complex elements are read twice while they are no more than its caches keep, so many
+// bytes: there its BLAS is as fast as can be.
 inline std::size_t gebrdCachedOnCpu = std::size_t(16) << 20;
 template <class T>
 bool gebrdReadsOnce(int m, int n) {
@@ -134,7 +134,8 @@ template <class T>
 constexpr int smallEigenvectors = sizeof(T) == 4   ? 384
                                   : sizeof(T) == 8 ? 224
                                                    : 144;
-// Of values alone, the more a CPU has threads the fewer are its library's, on one.
+// Values alone: the CPU library computes them on one thread, so where there are several its share
+// ends earlier.
 template <class T>
 int smallEigenvalues() {
     if (isComplex<T>) return sizeof(T) == 8 && multiprocessors() == 1 ? 512 : 176;

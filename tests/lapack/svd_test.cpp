@@ -1,10 +1,14 @@
 // gesvd through the harness, with all 15 pairs of jobs.
+#include <sys/mman.h>
+
 #include <cctype>
 
+#include "lapack/gesdd.h"
 #include "lapack/gesvd.h"
 #include "lapack/operands_call.h"
 #include "lapack/orthogonal.h"
 #include "lapack/tuning.h"
+#include "routine/frame.h"
 
 namespace test {
 namespace {
@@ -207,6 +211,54 @@ TEST_F(SvdPaths, NoVectorsOfEarlierCalls) {
                     ASSERT_TRUE(std::isnan(x) || x == 0 || x == 1 || x == Matrix<float>::mark())
                         << m << " x " << n << " " << jobs.u << jobs.vt << ": " << x;
         }
+}
+
+// Elements that end where nobody may read.
+template <class T>
+class BeforeNothing {
+  public:
+    explicit BeforeNothing(int count)
+        : bytes_((std::size_t(count) * sizeof(T) / page + 1) * page),
+          base_(static_cast<std::byte*>(mmap(nullptr, bytes_ + page, PROT_READ | PROT_WRITE,
+                                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
+          data_(reinterpret_cast<T*>(base_ + bytes_) - count) {
+        mprotect(base_ + bytes_, page, PROT_NONE);
+        const Matrix<T> random = Matrix<T>::random(count, 1);
+        std::copy_n(random.data.data(), count, data_);
+    }
+    ~BeforeNothing() { munmap(base_, bytes_ + page); }
+    BeforeNothing(const BeforeNothing&) = delete;
+    BeforeNothing& operator=(const BeforeNothing&) = delete;
+    T* data() const { return data_; }
+
+  private:
+    static constexpr std::size_t page = 4096;
+    const std::size_t bytes_;
+    std::byte* const base_;
+    T* const data_;
+};
+
+// A CPU library, whose small matrices are, may read behind the last element of a row.
+TEST_F(SvdPaths, ReadNothingBehindOperands) {
+    start(software::defaultMachine(), Schedule::production);
+    forElementTypes([](auto element, const std::string& letter) {
+        using T = decltype(element);
+        for (auto [m, n] : {std::pair{3, 7}, {25, 40}, {100, 170}, {170, 100}})
+            for (char job : {'S', 'A', 'O'}) {
+                SCOPED_TRACE(testing::Message() << letter << job << " " << m << " x " << n);
+                const BeforeNothing<T> a(m * n), u(m * m), vt(n * n);
+                const BeforeNothing<RealOf<T>> s(std::min(m, n));
+                const int rows = job == 'A' || (job == 'O' && m >= n) ? n : std::min(m, n);
+                T* const rowsOfVt = vt.data() + n * (n - rows);
+                EXPECT_EQ(lumoNoError, lumo::onHost(lumo::Gesdd<T>{job, m, n, a.data(), m, s.data(),
+                                                                   u.data(), m, rowsOfVt, rows}));
+                if (job == 'O') continue;
+                EXPECT_EQ(lumoNoError,
+                          lumo::onHost(lumo::Gesvd<T>{job, job, m, n, a.data(), m, s.data(),
+                                                      u.data(), m, rowsOfVt, rows}));
+            }
+        return true;
+    });
 }
 
 // --- Hard matrices --------------------------------------------------------------------------

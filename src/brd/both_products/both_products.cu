@@ -2,7 +2,8 @@
 #include "cudalib/kernel.h"
 #include "cudalib/packs.h"
 
-// So many lanes share a column, and have read so many of its packs when they add.
+// So many lanes share a column, one, which has packs of it, on a CPU; and have read so many of its
+// elements when they add.
 #ifdef __CUDACC__
 constexpr int columnLanes = lumo::bothProductsLanes, unrolled = 2;
 #else
@@ -20,6 +21,8 @@ struct Columns {
     struct Values {
         T of[count];
     };
+
+    static_assert(columnLanes == 1 || pack == 1, "what is left of a column is one lane's");
 
     const T* at[count];
 

@@ -3,7 +3,7 @@
 #include "cudalib/packs.h"
 #include "trd/hermitian_product/shape.h"
 
-// So many lanes share a column: all on a GPU.
+// So many lanes share a column: all on a GPU, one, which has packs of it, on a CPU.
 #ifdef __CUDACC__
 constexpr int columnLanes = lumo::hermitianProductLanes;
 #else
@@ -23,6 +23,8 @@ template <class T>
 struct ColumnGroup {
     static constexpr int count = lumo::hermitianColumns<T>, pack = cudalib::packed<T>;
     using Team = cudalib::Team<lumo::hermitianProductLanes, 1>;
+
+    static_assert(columnLanes == 1 || pack == 1, "what is left of a column is one lane's");
 
     const T* at[count];
     T factor[count];
