@@ -246,7 +246,7 @@ TYPED_TEST(CpuPanels, AreThoseOfColumns) {
         auto expected = a;
         auto t = poisoned<T>(n, n, n + 1), tau = poisoned<T>(n, 1), factor = poisoned<T>(n, n);
         cpu::qrPanel<P>(m, n, plain(a.data.data()), a.ld, plain(t.data.data()), t.ld);
-        ASSERT_EQ(0, cpu::withWorkspace<P>(n, [&](P* work, int size) {
+        ASSERT_EQ(0, cpu::withWorkspace<P>(n, [&, m = m, n = n](P* work, int size) {
                       return cpu::geqrf<P>(m, n, plain(expected.data.data()), expected.ld,
                                            plain(tau.data.data()), work, size);
                   }));
