@@ -6,6 +6,7 @@
 #include "eigensystem.h"
 #include "matrix_file.h"
 #include "output_files.h"
+#include "platform/element_types.h"
 
 namespace lumo {
 namespace {
@@ -18,13 +19,6 @@ std::string text(double x) {
 std::string text(std::complex<double> z) {
     return text(z.real()) + (std::signbit(z.imag()) ? " - " : " + ") + text(std::abs(z.imag())) +
            "i";
-}
-template <class Wide>
-Wide conjugated(Wide z) {
-    if constexpr (isComplexNumber<Wide>)
-        return std::conj(z);
-    else
-        return z;
 }
 
 // Refuses a matrix whose triangles are of two matrices: half of it would not count.
@@ -41,7 +35,7 @@ void checkHermitian(const Dense& A, const std::string& file) {
     for (int j = 0; j < n; ++j)
         for (int i = j; i < n; ++i) {
             const Wide lower = a[std::size_t(j) * n + i], upper = a[std::size_t(i) * n + j];
-            if (lower == conjugated(upper)) continue;
+            if (lower == platform::conjugate(upper)) continue;
             throw FileError(file + ": not " + (A.isComplex() ? "Hermitian" : "symmetric") +
                             ": element " + place(i, j) + " is " + text(lower) +
                             (i == j ? std::string(", not real")

@@ -16,13 +16,12 @@ struct Columns {
     using Team = cudalib::Team<lumo::bothProductsLanes, 1>;
     static constexpr int count = lumo::columnsTogether<T>, pack = cudalib::packed<T>,
                          step = columnLanes * pack;
+    static_assert(columnLanes == 1 || pack == 1, "what is left of a column is one lane's");
 
     // A value for each column.
     struct Values {
         T of[count];
     };
-
-    static_assert(columnLanes == 1 || pack == 1, "what is left of a column is one lane's");
 
     const T* at[count];
 
