@@ -31,6 +31,7 @@
 
 #include "common/element_types.h"
 #include "cudalib/block.h"
+#include "cudalib/processor.h"
 #include "cudalib/work.h"
 
 #ifdef __CUDACC__
@@ -85,7 +86,7 @@ struct Instance {
     const void* stub;
 };
 
-template <auto* function, class Description>
+template <auto* function, class Description, auto* /*wide*/>
 Instance instance() {
     return {mangledName<function>(), reinterpret_cast<const void*>(function)};
 }
@@ -148,57 +149,54 @@ bool translate(const platform::Launch& launch, T*& pointer) {
     return there != nullptr;
 }
 
-template <auto* function, class... Parameters>
+template <auto* function, auto* wide, class... Parameters>
 struct CpuRun {
     platform::Launch launch;
     std::tuple<Parameters...> arguments;
 
     Effort effort() const {
         Effort effort;
-        take({&launch, 0, &effort}, std::index_sequence_for<Parameters...>());
+        take<function>({&launch, 0, &effort}, std::index_sequence_for<Parameters...>());
         return effort;
     }
 
-    // One merged block, compiled twice from one text: for baseline x86-64, since that is what a
-    // package is built for, and for processors with AVX2 and FMA. The first is the kernel's own
-    // function, the second has all of it within.
-    static void item(const void* run, std::size_t k) { text(run, k); }
+    // One merged block, compiled three times: for baseline x86-64, since that is what a package is
+    // built for, for processors with AVX2 and FMA, and for those with AVX-512, whose text may be
+    // written in wider vectors. The first is the kernel's own function, the others have all of it
+    // within.
+    static void item(const void* run, std::size_t k) { text<function>(run, k); }
 #if defined(__x86_64__)
     __attribute__((flatten, target("arch=x86-64-v3"))) static void itemV3(const void* run,
                                                                           std::size_t k) {
-        text(run, k);
+        text<function>(run, k);
+    }
+    __attribute__((flatten, target("arch=x86-64-v4"))) static void itemV4(const void* run,
+                                                                          std::size_t k) {
+        text<wide>(run, k);
     }
 #endif
 
   private:
+    template <auto* kernel>
     LUMO_DEVICE static void text(const void* context, std::size_t k) {
         const auto& run = *static_cast<const CpuRun*>(context);
-        run.take({&run.launch, k, nullptr}, std::index_sequence_for<Parameters...>());
+        run.template take<kernel>({&run.launch, k, nullptr},
+                                  std::index_sequence_for<Parameters...>());
     }
     // Not by std::apply: of a long text the compiler made a function of its own, which both items
     // called and which was baseline code.
-    template <std::size_t... n>
+    template <auto* kernel, std::size_t... n>
     LUMO_DEVICE void take(const Turn& its, std::index_sequence<n...>) const {
         turn = its;
-        function(std::get<n>(arguments)...);
+        kernel(std::get<n>(arguments)...);
     }
 };
 
-inline bool hasV3() {
-#if defined(__x86_64__)
-    static const bool yes = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
-                            __builtin_cpu_supports("bmi2");
-    return yes;
-#else
-    return false;
-#endif
-}
-
-template <auto* function, class... Parameters>
+template <auto* function, auto* wide, class... Parameters>
 bool runOnCpu(const platform::Launch& launch) {
     std::size_t offset = 0;
     // Braces: the arguments are unpacked in order.
-    CpuRun<function, Parameters...> run{
+    CpuRun<function, wide, Parameters...> run{
         launch, std::tuple<Parameters...>{unpack<Parameters>(launch.arguments, offset)...}};
     const bool found = std::apply(
         [&](auto&... arguments) { return (translate(launch, arguments) && ...); }, run.arguments);
@@ -209,6 +207,7 @@ bool runOnCpu(const platform::Launch& launch) {
     auto item = run.item;
 #if defined(__x86_64__)
     if (hasV3()) item = run.itemV3;
+    if (hasV4()) item = run.itemV4;
 #endif
     launch.parallel(effort.blocks, work, item, &run);
     return true;
@@ -230,16 +229,16 @@ Work workOf(const unsigned char* arguments) {
     return std::apply([](const auto&... each) { return Description::of(each...); }, all);
 }
 
-template <auto* function, class Description, class... Parameters>
+template <auto* function, class Description, auto* wide, class... Parameters>
 Instance instanceOf(void (*)(Parameters...)) {
-    return {{mangledName<function>(), &runOnCpu<function, Parameters...>,
+    return {{mangledName<function>(), &runOnCpu<function, wide, Parameters...>,
              &workOf<Description, Parameters...>},
             reinterpret_cast<const void*>(function)};
 }
 
-template <auto* function, class Description>
+template <auto* function, class Description, auto* wide>
 Instance instance() {
-    return instanceOf<function, Description>(function);
+    return instanceOf<function, Description, wide>(function);
 }
 
 class Registration {
@@ -268,10 +267,10 @@ class Registration {
 
 #endif
 
-// A kernel and the description of its cost.
-template <auto* function, class Description>
+// A kernel, the description of its cost, and what CPUs with AVX-512 run instead (packs.h).
+template <auto* function, class Description, auto* wide = function>
 struct Kernel {
-    static Instance registered() { return instance<function, Description>(); }
+    static Instance registered() { return instance<function, Description, wide>(); }
 };
 
 template <class... Kernel>

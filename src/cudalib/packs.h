@@ -1,6 +1,7 @@
 // Products of columns' elements in sequence: of as many at a time as a CPU has in a vector, written
 // as vectors, for a compiler's code of loops took up to a third longer; of one on a GPU, where the
-// next ones are other lanes'.
+// next ones are other lanes'. A kernel that has packs is a template on their bytes, usualPack, and
+// is registered with its widePack one as what CPUs with AVX-512 run.
 #pragma once
 
 #include "common/complex.h"
@@ -13,12 +14,16 @@ namespace cudalib {
 // A loop that would take more registers unrolled than are left for other blocks.
 #define LUMO_ROLLED _Pragma("unroll 1")
 
+constexpr int usualPack = 32, widePack = usualPack;
+
+LUMO_DEVICE void prefetch(const void*) {}
+
 // The elements of a pack.
-template <class T>
+template <class T, int bytes>
 constexpr int packed = 1;
 
 // The sum of conjugate(a) x over packs of two columns.
-template <class T>
+template <class T, int bytes>
 class DotProduct {
   public:
     LUMO_DEVICE void add(const T* a, const T* x) { sum_ = sum_ + lumo::conjugate(*a) * *x; }
@@ -29,7 +34,7 @@ class DotProduct {
 };
 
 // f a + g b + ... for a pack of each of the columns a, b, ...
-template <class T>
+template <class T, int bytes>
 class Combination {
   public:
     LUMO_DEVICE void add(const T* a, T factor) { sum_ = sum_ + *a * factor; }
@@ -44,29 +49,41 @@ class Combination {
 
 #define LUMO_ROLLED
 
-template <class T>
-constexpr int packed = 32 / int(sizeof(T));
+constexpr int usualPack = 32, widePack = 64;
+
+// Says that what lies there, if anything does, will be read soon.
+LUMO_DEVICE void prefetch(const void* p) {
+    __builtin_prefetch(p);
+}
+
+template <class T, int bytes>
+constexpr int packed = bytes / int(sizeof(T));
 
 // Real numbers that lie anywhere, as a vector.
-template <class R>
+template <class R, int bytes>
 struct Reals {
-    static constexpr int count = packed<R>;
-    using Vector __attribute__((vector_size(32), aligned(alignof(R)), may_alias)) = R;
+    static constexpr int count = packed<R, bytes>;
+    using Vector __attribute__((vector_size(bytes), aligned(alignof(R)), may_alias)) = R;
 
     LUMO_DEVICE static const Vector& of(const void* p) { return *static_cast<const Vector*>(p); }
     LUMO_DEVICE static Vector& of(void* p) { return *static_cast<Vector*>(p); }
     // The first and the second of each pair exchanged.
     LUMO_DEVICE static void exchange(const Vector& x, Vector& result) {
-        if constexpr (count == 8)
+        if constexpr (count == 16)
+            result = Vector{x[1], x[0], x[3],  x[2],  x[5],  x[4],  x[7],  x[6],
+                            x[9], x[8], x[11], x[10], x[13], x[12], x[15], x[14]};
+        else if constexpr (count == 8)
             result = Vector{x[1], x[0], x[3], x[2], x[5], x[4], x[7], x[6]};
-        else
+        else if constexpr (count == 4)
             result = Vector{x[1], x[0], x[3], x[2]};
+        else
+            result = Vector{x[1], x[0]};
     }
 };
 
-template <class T>
+template <class T, int bytes>
 class DotProduct {
-    using R = Reals<T>;
+    using R = Reals<T, bytes>;
 
   public:
     LUMO_DEVICE void add(const T* a, const T* x) { sum_ += R::of(a) * R::of(x); }
@@ -80,9 +97,9 @@ class DotProduct {
     typename R::Vector sum_ = {};
 };
 
-template <class T>
+template <class T, int bytes>
 class Combination {
-    using R = Reals<T>;
+    using R = Reals<T, bytes>;
 
   public:
     LUMO_DEVICE void add(const T* a, T factor) { sum_ += R::of(a) * factor; }
@@ -94,10 +111,10 @@ class Combination {
 };
 
 // A complex number is a pair of reals: products of like parts, and of unlike ones.
-template <class T>
-class DotProduct<lumo::Complex<T>> {
+template <class T, int bytes>
+class DotProduct<lumo::Complex<T>, bytes> {
     using C = lumo::Complex<T>;
-    using R = Reals<T>;
+    using R = Reals<T, bytes>;
 
   public:
     LUMO_DEVICE void add(const C* a, const C* x) {
@@ -119,10 +136,10 @@ class DotProduct<lumo::Complex<T>> {
     typename R::Vector like_ = {}, unlike_ = {};
 };
 
-template <class T>
-class Combination<lumo::Complex<T>> {
+template <class T, int bytes>
+class Combination<lumo::Complex<T>, bytes> {
     using C = lumo::Complex<T>;
-    using R = Reals<T>;
+    using R = Reals<T, bytes>;
 
   public:
     LUMO_DEVICE void add(const C* a, C factor) {

@@ -29,7 +29,7 @@ class TridiagonalReduction {
     TridiagonalReduction(int n, T* a, int lda, R* d, R* e, T* tau)
         : n_(n),
           nb_(std::min(sytrdTuning<T>.current(), n)),
-          ownSymv_(ownSymvOnCpu()),
+          ownSymv_(ownSymvOnCpu<T>()),
           a_{a, lda},
           d_(d),
           e_(e),

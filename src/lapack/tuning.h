@@ -11,6 +11,7 @@
 #include "basic/QrPanel/shape.h"
 #include "common/complex.h"
 #include "common/state.h"
+#include "cudalib/processor.h"
 #include "platform/cuda3.h"
 #include "runtime/devices.h"
 
@@ -96,19 +97,22 @@ inline BlockSize gebrdTuning{32, 96, 32};
 // Columns of a panel of sytrd; and the order from which on its own product, which is shared out to
 // threads, is faster than a CPU's symv, that of complex elements always. Measured on a CPU.
 template <class T>
-inline BlockSize sytrdTuning{32, 64, 32};
-inline int ownSymvOnCpu() {
+inline BlockSize sytrdTuning{32, 32};
+template <class T>
+int ownSymvOnCpu() {
+    if (sizeof(T) == 4) return 256;
     return multiprocessors() > 1 ? 512 : 1024;
 }
 
 // Whether a panel of gebrd reads an m x n matrix once a column (BidiagonalPanel) or twice (Labrd).
-// On a CPU, complex elements are read twice while they are no more than its caches keep, so many
-// bytes: there its BLAS is as fast as can be.
+// A CPU without AVX-512 reads complex elements twice while they are no more than its caches keep,
+// so many bytes: there its BLAS is as fast as can be.
 inline std::size_t gebrdCachedOnCpu = std::size_t(16) << 20;
 template <class T>
 bool gebrdReadsOnce(int m, int n) {
     if (!platform::sharesMemory()) return deviceIsModern();
-    return !isComplex<T> || std::size_t(m) * std::size_t(n) * sizeof(T) > gebrdCachedOnCpu;
+    return !isComplex<T> || cudalib::hasV4() ||
+           std::size_t(m) * std::size_t(n) * sizeof(T) > gebrdCachedOnCpu;
 }
 
 struct BdsqrTuning {

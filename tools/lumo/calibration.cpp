@@ -142,7 +142,7 @@ void measureMemory(Machine& m) {
     const std::vector<int> orders{256, 512, 1024, 1536, 2048, 2560, 3072, 4096};
     const int largest = orders.back();
     const DeviceMemory memory(std::size_t(largest) * (largest + 300) * sizeof(float));
-    const platform::Kernel* const both = kernelNamed("BothProducts_kIfE");
+    const platform::Kernel* const both = kernelNamed("BothProducts_kIfLi32EE");
     const float* const a = memory.get();
     float* const y = memory.get() + std::size_t(largest) * largest;
     double efficiency = 1, fastest = 0;

@@ -4,8 +4,9 @@
 
 #include "brd/both_products/shape.h"
 #include "cudalib/launch.h"
+#include "cudalib/packs.h"
 
-template <class T>
+template <class T, int bytes>
 void BothProducts_k(int rows, int lead, int columns, int count, int perPart, const T* a, int lda,
                     T* w, int ldw, const T* v, const T* t, const T* c, const T* tau, T* r, T* parts,
                     int ldparts);
@@ -38,8 +39,8 @@ int bothProducts(int rows, int lead, int columns, int count, const T* a, int lda
     const int perPart =
         cudalib::ceilDiv(groupsOf<T>(columns), mostParts<T>(columns)) * columnsTogether<T>;
     const int made = cudalib::ceilDiv(columns, perPart);
-    cudalib::launch(PartsMap{made}, &BothProducts_k<T>, rows, lead, columns, count, perPart, a, lda,
-                    w, ldw, v, t, c, tau, r, parts, ldparts);
+    cudalib::launch(PartsMap{made}, &BothProducts_k<T, cudalib::usualPack>, rows, lead, columns,
+                    count, perPart, a, lda, w, ldw, v, t, c, tau, r, parts, ldparts);
     return made;
 }
 

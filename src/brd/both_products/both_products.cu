@@ -11,11 +11,10 @@ constexpr int columnLanes = 1, unrolled = 1;
 #endif
 
 // Columns of A that are multiplied by together.
-template <class T>
+template <class T, int bytes>
 struct Columns {
     using Team = cudalib::Team<lumo::bothProductsLanes, 1>;
-    static constexpr int count = lumo::columnsTogether<T>, pack = cudalib::packed<T>,
-                         step = columnLanes * pack;
+    static constexpr int count = lumo::columnsTogether<T>, pack = cudalib::packed<T, bytes>;
     static_assert(columnLanes == 1 || pack == 1, "what is left of a column is one lane's");
 
     // A value for each column.
@@ -24,24 +23,21 @@ struct Columns {
     };
 
     const T* at[count];
+    long next;  // from a column to the same one of the next group
 
     // The columns' dot products, n elements of each, with x; for all of the block.
     LUMO_DEVICE Values dotProducts(Team team, int n, const T* x) const {
         LUMO_SHARED T partial[count][columnLanes + 1];
         team.lanes(columnLanes, [&](int lane) {
-            cudalib::DotProduct<T> sums[count];
+            T sums[count];
+            for (int k = 0; k < count; ++k) sums[k] = T(0);
             long i = lane * pack;
-            LUMO_ROLLED
-            for (; i + (unrolled - 1) * step + pack <= n; i += unrolled * step)
-                for (int turn = 0; turn < unrolled; ++turn)
-                    for (int k = 0; k < count; ++k)
-                        sums[k].add(at[k] + i + turn * step, x + i + turn * step);
+            addPacks<bytes>(i, n, x, sums);
             for (int k = 0; k < count; ++k) {
-                T sum = sums[k].total();
                 LUMO_ROLLED
                 for (long row = i; row < n; row += columnLanes)
-                    sum = sum + lumo::conjugate(at[k][row]) * x[row];
-                partial[k][lane] = sum;
+                    sums[k] = sums[k] + lumo::conjugate(at[k][row]) * x[row];
+                partial[k][lane] = sums[k];
             }
         });
         team.barrier();
@@ -62,15 +58,7 @@ struct Columns {
     LUMO_DEVICE void multiply(Team team, int n, const Values& x, bool added, T* result) const {
         team.lanes(columnLanes, [&](int lane) {
             long i = lane * pack;
-            LUMO_ROLLED
-            for (; i + pack <= n; i += step) {
-                cudalib::Combination<T> sum;
-                for (int k = 0; k < count; ++k) sum.add(at[k] + i, x.of[k]);
-                if (added)
-                    sum.addTo(result + i);
-                else
-                    sum.store(result + i);
-            }
+            combinePacks<bytes>(i, n, x, added, result);
             LUMO_ROLLED
             for (; i < n; i += columnLanes) {
                 T sum = at[0][i] * x.of[0];
@@ -79,14 +67,46 @@ struct Columns {
             }
         });
     }
+
+  private:
+    // From i on, in packs; what is left is taken in halves of a pack, and so on.
+    template <int size>
+    LUMO_DEVICE void addPacks(long& i, int n, const T* x, T (&sums)[count]) const {
+        constexpr int length = cudalib::packed<T, size>, step = columnLanes * length;
+        cudalib::DotProduct<T, size> products[count];
+        LUMO_ROLLED
+        for (; i + (unrolled - 1) * step + length <= n; i += unrolled * step)
+            for (int turn = 0; turn < unrolled; ++turn)
+                for (int k = 0; k < count; ++k)
+                    products[k].add(at[k] + i + turn * step, x + i + turn * step);
+        for (int k = 0; k < count; ++k) sums[k] = sums[k] + products[k].total();
+        if constexpr (length > 1 && size > 16) addPacks<size / 2>(i, n, x, sums);
+    }
+    template <int size>
+    LUMO_DEVICE void combinePacks(long& i, int n, const Values& x, bool added, T* result) const {
+        constexpr int length = cudalib::packed<T, size>;
+        LUMO_ROLLED
+        for (; i + length <= n; i += columnLanes * length) {
+            cudalib::Combination<T, size> sum;
+            for (int k = 0; k < count; ++k) {
+                sum.add(at[k] + i, x.of[k]);
+                if constexpr (size == bytes) cudalib::prefetch(at[k] + next + i);
+            }
+            if (added)
+                sum.addTo(result + i);
+            else
+                sum.store(result + i);
+        }
+        if constexpr (length > 1 && size > 16) combinePacks<size / 2>(i, n, x, added, result);
+    }
 };
 
 // y := W t and r := W c for rows of W. The lanes are dealt `span` rows at a time and, if there are
 // more of them, slices of the columns.
 template <class T>
 struct RowProducts {
-    using Team = typename Columns<T>::Team;
-    static constexpr int span = columnLanes < Team::X ? Team::X : Columns<T>::count;
+    using Team = cudalib::Team<lumo::bothProductsLanes, 1>;
+    static constexpr int span = columnLanes < Team::X ? Team::X : lumo::columnsTogether<T>;
     static constexpr int slices = Team::X / span, together = 4;
 
     const T* w;  // at the first of the rows
@@ -136,11 +156,11 @@ struct RowProducts {
     }
 };
 
-template <class T>
+template <class T, int bytes>
 LUMO_KERNEL void BothProducts_k(int rows, int lead, int columns, int count, int perPart, const T* a,
                                 int lda, T* w, int ldw, const T* v, const T* t, const T* c,
                                 const T* tau, T* r, T* parts, int ldparts) {
-    using Group = Columns<T>;
+    using Group = Columns<T, bytes>;
     cudalib::kernel<256>([&](typename Group::Team team) LUMO_INLINED {
         const long begin = team.x() * perPart;
         const long end = columns - begin < perPart ? columns : begin + perPart;
@@ -156,6 +176,7 @@ LUMO_KERNEL void BothProducts_k(int rows, int lead, int columns, int count, int 
             // The last group may have columns to spare: they are the last one once more, times 0.
             const int here = end - j < Group::count ? int(end - j) : Group::count;
             Group group;
+            group.next = Group::count * long(lda);
             for (int k = 0; k < Group::count; ++k)
                 group.at[k] = a + (j + (k < here ? k : here - 1)) * lda;
             typename Group::Values left = group.dotProducts(team, rows, v), row;
@@ -185,8 +206,10 @@ struct BothProductsCost {
                             int, const T*, const T*, const T*, const T*, T*, T*, int) {
         const double size = double(rows) * columns;
         return {(size + double(columns) * (count + 2)) * sizeof(T),
-                2 * cudalib::flopsOfProduct<T> * size, 2. * perPart / Columns<T>::count};
+                2 * cudalib::flopsOfProduct<T> * size, 2. * perPart / lumo::columnsTogether<T>};
     }
 };
 
-LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&BothProducts_k<T>, BothProductsCost<T>>)
+LUMO_REGISTER(lumo::ElementTypes,
+              cudalib::Kernel<&BothProducts_k<T, cudalib::usualPack>, BothProductsCost<T>,
+                              &BothProducts_k<T, cudalib::widePack>>)

@@ -1,10 +1,11 @@
 #include "trd/hermitian_product/hermitian_product.h"
 
 #include "cudalib/launch.h"
+#include "cudalib/packs.h"
 #include "trd/hermitian_product/shape.h"
 #include "trd/hermitian_tiles/hermitian_tiles.h"
 
-template <class T>
+template <class T, int bytes>
 void HermitianProduct_k(int n, int count, const T* a, int lda, const T* x, T* parts, int ldparts);
 template <class T>
 void HermitianSum_k(int n, int count, bool whole, const T* parts, int ldparts, T* y);
@@ -34,7 +35,8 @@ void hermitianProduct(int n, const T* a, int lda, const T* x, T* y, T* parts) {
     if (tiles)
         hermitianTiles(n, a, lda, x, result);
     else
-        cudalib::launch(PartsMap{count}, &HermitianProduct_k<T>, n, count, a, lda, x, result, n);
+        cudalib::launch(PartsMap{count}, &HermitianProduct_k<T, cudalib::usualPack>, n, count, a,
+                        lda, x, result, n);
     if (count > 1)
         cudalib::launch(cudalib::StaticMap1D<128>(n), &HermitianSum_k<T>, n, count, tiles, parts, n,
                         y);

@@ -19,15 +19,16 @@ LUMO_DEVICE int firstColumn(int n, int part, int count, int group) {
 }
 
 // Columns j, j + 1, ... below their common rows, and what they are multiplied by.
-template <class T>
+template <class T, int bytes>
 struct ColumnGroup {
-    static constexpr int count = lumo::hermitianColumns<T>, pack = cudalib::packed<T>;
+    static constexpr int count = lumo::hermitianColumns<T>, pack = cudalib::packed<T, bytes>;
     using Team = cudalib::Team<lumo::hermitianProductLanes, 1>;
 
     static_assert(columnLanes == 1 || pack == 1, "what is left of a column is one lane's");
 
     const T* at[count];
     T factor[count];
+    long next;  // from a column to the same one of the next group
 
     // y += the columns times their factors, from row `from` on; sums: a lane's share of their
     // products with x. Packs are read where a column's are aligned.
@@ -37,21 +38,30 @@ struct ColumnGroup {
         const long odd = long(reinterpret_cast<std::uintptr_t>(at[0] + from) / sizeof(T)) % pack,
                    begin = odd == 0 ? from : from + pack - odd;
         for (; from < begin && from < n; ++from) add(from, x, y, sums);
-        cudalib::DotProduct<T> products[count];
         long i = from + lane * pack;
-        for (; i + pack <= n; i += columnLanes * pack) {
-            cudalib::Combination<T> sum;
-            for (int k = 0; k < count; ++k) {
-                products[k].add(at[k] + i, x + i);
-                sum.add(at[k] + i, factor[k]);
-            }
-            sum.addTo(y + i);
-        }
+        addPacks<bytes>(i, n, x, y, sums);
         for (; i < n; i += columnLanes) add(i, x, y, sums);
-        for (int k = 0; k < count; ++k) sums[k] = sums[k] + products[k].total();
     }
 
   private:
+    // What is left of a column is added in halves of a pack, and so on.
+    template <int size>
+    LUMO_DEVICE void addPacks(long& i, long n, const T* x, T* y, T (&sums)[count]) const {
+        constexpr int length = cudalib::packed<T, size>;
+        cudalib::DotProduct<T, size> products[count];
+        for (; i + length <= n; i += columnLanes * length) {
+            cudalib::Combination<T, size> sum;
+            for (int k = 0; k < count; ++k) {
+                products[k].add(at[k] + i, x + i);
+                sum.add(at[k] + i, factor[k]);
+                if constexpr (size == bytes) cudalib::prefetch(at[k] + next + i);
+            }
+            sum.addTo(y + i);
+        }
+        for (int k = 0; k < count; ++k) sums[k] = sums[k] + products[k].total();
+        if constexpr (length > 1 && size > 16) addPacks<size / 2>(i, n, x, y, sums);
+    }
+
     LUMO_DEVICE void add(long row, const T* x, T* y, T (&sums)[count]) const {
         T sum = y[row];
         for (int k = 0; k < count; ++k) {
@@ -63,10 +73,10 @@ struct ColumnGroup {
     }
 };
 
-template <class T>
+template <class T, int bytes>
 LUMO_KERNEL void HermitianProduct_k(int n, int count, const T* a, int lda, const T* x, T* parts,
                                     int ldparts) {
-    using Group = ColumnGroup<T>;
+    using Group = ColumnGroup<T, bytes>;
     cudalib::kernel<1024>([&](typename Group::Team team) LUMO_INLINED {
         constexpr int columns = Group::count;
         const int part = int(team.x()), begin = firstColumn(n, part, count, columns),
@@ -80,6 +90,7 @@ LUMO_KERNEL void HermitianProduct_k(int n, int count, const T* a, int lda, const
             // The last group may have columns to spare: the last one once more, times 0.
             const int here = end - j < columns ? end - j : columns;
             Group group;
+            group.next = long(columns) * lda;
             for (int k = 0; k < columns; ++k) {
                 const int column = j + (k < here ? k : here - 1);
                 group.at[k] = &cudalib::at(a, lda, 0, column);
@@ -150,5 +161,7 @@ struct HermitianSumCost {
     }
 };
 
-LUMO_REGISTER(lumo::ElementTypes, cudalib::Kernel<&HermitianProduct_k<T>, HermitianProductCost<T>>,
+LUMO_REGISTER(lumo::ElementTypes,
+              cudalib::Kernel<&HermitianProduct_k<T, cudalib::usualPack>, HermitianProductCost<T>,
+                              &HermitianProduct_k<T, cudalib::widePack>>,
               cudalib::Kernel<&HermitianSum_k<T>, HermitianSumCost<T>>)

@@ -9,6 +9,6 @@ constexpr int hermitianProductLanes = 256;
 
 // Columns of A that a block multiplies by together.
 template <class T>
-constexpr int hermitianColumns = isComplex<T> ? 32 / int(sizeof(T)) : 8;
+constexpr int hermitianColumns = sizeof(T) == 16 ? 2 : 4;
 
 }  // namespace lumo
