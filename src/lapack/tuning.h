@@ -121,6 +121,9 @@ inline BdsqrTuning bdsqrTuning{6};
 // The order up to which divide and conquer leaves a tridiagonal matrix to the CPU.
 inline int stedcLeaf = 32;
 
+// The lanes by which a GPU's divisions are as many as it can do: of 132 processors, some 512 each.
+inline int stebzLanes = 1 << 16;
+
 // The order up to which sygst makes a block whole.
 inline int sygstLeaf = 128;
 
