@@ -37,7 +37,7 @@ struct SturmCount {
     // so is the count.
     template <int count>
     LUMO_DEVICE void rows(BisectionTeam team, const R* d, const R* squares) {
-        constexpr R least = std::numeric_limits<R>::min();
+        constexpr R least = Numbers<R>::leastNormal;
         R diagonal[count], square[count];
         for (int k = 0; k < count; ++k) {
             diagonal[k] = d[k];

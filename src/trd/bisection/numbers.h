@@ -19,6 +19,7 @@ class Numbers {
     using Place = std::conditional_t<sizeof(R) == 4, std::int32_t, std::int64_t>;
     using Distance = std::make_unsigned_t<Place>;
 
+    static constexpr R leastNormal = Limits::min();
     static constexpr Place ofFour = (Place(3 - Limits::min_exponent) << (Limits::digits - 1)) + 1;
     static constexpr Distance range = 2 * Distance(ofFour);  // from -4 to 4
 
