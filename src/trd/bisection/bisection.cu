@@ -65,7 +65,7 @@ LUMO_KERNEL void Bisection_k(int n, const R* d, const R* squares, int first, int
                              int candidates, R* values) {
     cudalib::kernel<65536>([&](BisectionTeam team) LUMO_INLINED {
         using Place = typename Numbers<R>::Place;
-        const int mine = int(team.x()) * (team.X / candidates);
+        const int begin = int(team.x()) * (team.X / candidates);
         OfLanes<Place> low;
         SturmCount<R> sturm;
         LUMO_SHARED int below[lumo::bisectionLanes];
@@ -82,7 +82,7 @@ LUMO_KERNEL void Bisection_k(int n, const R* d, const R* squares, int first, int
             team.lanes(team.X, [&](int lane) { below[lane] = sturm.negative.at(0, lane); });
             team.barrier();
             team.lanes(team.X, [&](int lane) {
-                const int group = lane / candidates, index = first + mine + group;
+                const int group = lane / candidates, index = first + begin + group;
                 const int* const counts = below + group * candidates;
                 int k = 0;
                 while (k < candidates && counts[k] <= index) ++k;
@@ -91,7 +91,7 @@ LUMO_KERNEL void Bisection_k(int n, const R* d, const R* squares, int first, int
             team.barrier();
         }
         team.lanes(team.X, [&](int lane) {
-            const int k = mine + lane / candidates;
+            const int k = begin + lane / candidates;
             if (lane % candidates == 0 && k < count)
                 values[k] = Numbers<R>::at(low.at(0, lane) + 1);
         });
