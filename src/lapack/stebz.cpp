@@ -21,10 +21,12 @@ R largestOf(const std::vector<R>& x) {
     return most;
 }
 
-// As many for each value as the device has lanes.
+// For each value as many as the device has lanes for.
+template <class R>
 int candidatesFor(int count) {
+    const int lanes = stebzLanesOfDevice<R>();
     int candidates = 1;
-    while (candidates < mostCandidates && count <= stebzLanes / (2 * candidates)) candidates *= 2;
+    while (candidates < mostCandidates && count <= lanes / (2 * candidates)) candidates *= 2;
     return candidates;
 }
 
@@ -49,7 +51,7 @@ void stebz(int n, const R* d, const R* e, int first, int count, R* values) {
     const cudalib::Workspace<R> matrix(2 * diagonal.size()), found(static_cast<std::size_t>(count));
     copy(matrix.data(), diagonal.data(), diagonal.size(), cudaMemcpyHostToDevice);
     copy(matrix.data() + n, squares.data(), squares.size(), cudaMemcpyHostToDevice);
-    bisection(n, matrix.data(), matrix.data() + n, first, count, candidatesFor(count),
+    bisection(n, matrix.data(), matrix.data() + n, first, count, candidatesFor<R>(count),
               found.data());
     copy(values, found.data(), std::size_t(count), cudaMemcpyDeviceToHost);
     for (int k = 0; k < count; ++k) {

@@ -32,8 +32,8 @@ class Stebz : public DividedMatrices<R> {
         for (const auto& elements : {d, e})
             for (R x : elements) norm = std::max(norm, std::abs(double(x)));
         const long double bound = 9 * epsilon<R> * norm;
-        for (int lanes : {1, 3 * n, 1 << 16}) {
-            const auto halves = temporarily(lumo::stebzLanes, lanes);
+        for (int lanes : {0, 3 * n, 1 << 16}) {
+            const auto changed = temporarily(lumo::stebzLanes, lanes);
             std::vector<R> values(n), last(n);
             lumo::stebz(n, d.data(), e.data(), 0, n, values.data());
             EXPECT_TRUE(std::is_sorted(values.begin(), values.end()));
@@ -72,7 +72,7 @@ TYPED_TEST(Stebz, SmallValues) {
     const R none[] = {0, 0, 0};
     lumo::stebz(3, none, e, 0, 3, values.data());
     EXPECT_EQ((std::vector<R>{-1, 0, 1}), (std::vector<R>{values[0], values[1], values[2]}));
-    for (const R small : {tiny, R(0)}) {  // beside elements of 1: left to another method
+    for (const R small : {std::sqrt(tiny) / 16, tiny, R(0)}) {  // beside 1: not by bisection
         std::vector<R> b{1, small}, f{1};
         EXPECT_FALSE(lumo::bidiagonalStebz(2, b.data(), f.data()));
         EXPECT_EQ((std::vector<R>{1, small}), b);
