@@ -36,6 +36,7 @@ set(LUMO_KERNEL_UNITS
     src/cudalib/Algorithm/Memset
     src/divide/columns/columns
     src/divide/secular/secular
+    src/trd/bisection/bisection
     src/trd/companion/companion
     src/trd/hermitian_product/hermitian_product
     src/trd/hermitian_tiles/hermitian_tiles)
@@ -108,6 +109,7 @@ add_library(lumo_objects OBJECT
     src/lapack/posv.cpp
     src/lapack/potrf.cpp
     src/lapack/potrs.cpp
+    src/lapack/stebz.cpp
     src/lapack/stedc.cpp
     src/lapack/syevd.cpp
     src/lapack/sygst.cpp

@@ -7,6 +7,7 @@
 #include "common/letters.h"
 #include "lapack/bdsqr_vectors.h"
 #include "lapack/dqds.h"
+#include "lapack/stebz.h"
 #include "lapack/tuning.h"
 
 namespace lumo {
@@ -83,7 +84,9 @@ void bdsqr(char uplo, int n, int ncvt, int nru, int ncc, RealOf<T>* d, RealOf<T>
     const std::int64_t maxSteps = std::int64_t(bdsqrTuning<T>.stepsPerSquare) * n * n;
     const bool valuesOnly = ncvt == 0 && nru == 0 && ncc == 0;
     int unconverged = 0;
-    if (!valuesOnly || !dqds(n, ds.data(), es.data(), maxSteps)) {
+    const bool byDevice = valuesOnly && !platform::sharesMemory() && deviceIsModern() &&
+                          bidiagonalStebz(n, ds.data(), es.data());
+    if (!byDevice && !(valuesOnly && dqds(n, ds.data(), es.data(), maxSteps))) {
         SingularVectors<T> vectors(n, {vt, ldvt, ncvt}, {u, ldu, nru}, {c, ldc, ncc});
         vectors.turn();
         if (uplo == 'L') makeUpper(n, ds.data(), es.data(), vectors);

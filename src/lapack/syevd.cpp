@@ -18,6 +18,7 @@
 #include "lapack/bdsqr_scalars.h"
 #include "lapack/host_lapack.h"
 #include "lapack/norm_scaling.h"
+#include "lapack/stebz.h"
 #include "lapack/stedc.h"
 #include "lapack/sytrd.h"
 #include "lapack/tuning.h"
@@ -91,7 +92,10 @@ class SymmetricEigenproblem {
         const cudalib::Workspace<T> tau(std::size_t(n_ - 1));
         std::vector<R> off(std::size_t(n_ - 1));
         reduce(tau.data(), off);
-        if (const int info = host::sterf(n_, values_.data(), off.data())) checkReturnedInfo(info);
+        if (platform::sharesMemory())
+            checkReturnedInfo(host::sterf(n_, values_.data(), off.data()));
+        else
+            stebz(n_, values_.data(), off.data(), 0, n_, values_.data());
     }
 
     void decompose() {

@@ -125,6 +125,16 @@ inline BdsqrTuning bdsqrTuning{6};
 // The order up to which divide and conquer leaves a tridiagonal matrix to the CPU.
 inline int stedcLeaf = 32;
 
+// The lanes that keep a multiprocessor's arithmetic busy with quotients, each waiting for the one
+// before, and an eighth of it where it has few units for double precision: servers' GPUs have many.
+inline int stebzLanes = 512;
+template <class R>
+int stebzLanesOfDevice() {
+    const int capability = computeCapability();
+    const bool few = sizeof(R) == 8 && (capability % 10 != 0 || capability > 100);
+    return multiprocessors() * stebzLanes / (few ? 8 : 1);
+}
+
 // The order up to which sygst makes a block whole.
 inline int sygstLeaf = 128;
 

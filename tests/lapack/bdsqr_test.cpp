@@ -208,11 +208,14 @@ TYPED_TEST(Bdsqr, RelativeAccuracy) {
         this->checkClose(exact, values);
         this->checkClose(exact, this->run(b, this->none(), Matrix<TypeParam>::random(1, 11)).d);
     };
-    for (double ratio : {0.1, 10.0}) {
-        auto graded = [=](int i) { return std::pow(ratio, i - 5) * (1 + 0.1 * i); };
-        check(graded, graded);
+    for (int capability : {20, 90}) {
+        if (onSoftwareDevice()) this->start(machine(capability));
+        for (double ratio : {0.1, 10.0}) {
+            auto graded = [=](int i) { return std::pow(ratio, i - 5) * (1 + 0.1 * i); };
+            check(graded, graded);
+        }
+        check([](int i) { return 1 + 0.1 * i; }, all(10));
     }
-    check([](int i) { return 1 + 0.1 * i; }, all(10));
 }
 
 // The iteration gives up after its first sweep: what it reached is a factorisation nevertheless.
@@ -227,6 +230,10 @@ TYPED_TEST(Bdsqr, NoConvergenceLeavesPartialResults) {
         EXPECT_GT(r.info, 8);
         this->checkFactors(b, r);
         const auto values = this->run(b);
+        if (lumo::deviceIsModern()) {  // by bisection, which ends
+            EXPECT_EQ(0, values.info);
+            continue;
+        }
         EXPECT_EQ(r.info, values.info);
         EXPECT_TRUE(r.d == values.d && r.e == values.e);
     }
@@ -256,6 +263,7 @@ TYPED_TEST(Bdsqr, ValuesAloneAgreeWithTheIterationWithVectors) {
     auto check = [&](const char* name, const Elements& d, const Elements& e) {
         SCOPED_TRACE(name);
         for (bool turned : {false, true}) {
+            if (onSoftwareDevice()) this->start(machine(turned ? 20 : 90));
             auto b = bidiagonal<Real>('U', n, d, e);
             if (turned) {
                 std::reverse(b.d.begin(), b.d.end());
