@@ -140,7 +140,7 @@ void Gesdd<T>::run() const {
 
 template <class T>
 bool Gesdd<T>::isSmall() const {
-    const int most = jobz == 'N' ? smallSingularValues<T> : smallDividedSvd<T>;
+    const int most = jobz == 'N' ? smallSingularValues<T>() : smallDividedSvd<T>();
     return std::max(m, n) <= most && host::isFinite(m, n, a, lda);
 }
 template <class T>

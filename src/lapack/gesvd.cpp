@@ -213,7 +213,7 @@ void Gesvd<T>::run() const {
 
 template <class T>
 bool Gesvd<T>::isSmall() const {
-    const int most = jobu == 'N' && jobvt == 'N' ? smallSingularValues<T> : smallSvd;
+    const int most = jobu == 'N' && jobvt == 'N' ? smallSingularValues<T>() : smallSvd;
     return std::max(m, n) <= most && host::isFinite(m, n, a, lda);
 }
 template <class T>

@@ -142,7 +142,7 @@ bool isFinite(bool upper, int n, const T* a, int lda) {
 
 template <class T>
 bool Syevd<T>::isSmall() const {
-    const int most = jobz == 'V' ? smallEigenvectors<T> : smallEigenvalues<T>();
+    const int most = jobz == 'V' ? smallEigenvectors<T>() : smallEigenvalues<T>();
     return n <= most && isFinite(uplo == 'U', n, a, lda);
 }
 template <class T>

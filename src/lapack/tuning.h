@@ -144,22 +144,36 @@ inline std::size_t gatheredOnCpu = std::size_t(12) << 20;
 
 // Orders up to which a problem is small (routine/description.h), measured.
 constexpr int smallLu = 256, smallCholesky = 256, smallSvd = 48;
+struct SmallOrders {
+    int s, d, c, z;
+};
+// On CPUs without AVX-512, and on those with it.
 template <class T>
-constexpr int smallEigenvectors = sizeof(T) == 4   ? 384
-                                  : sizeof(T) == 8 ? 224
-                                                   : 144;
+int smallOrder(const SmallOrders& usual, const SmallOrders& wide) {
+    const SmallOrders& orders = cudalib::hasV4() ? wide : usual;
+    const bool single = sizeof(RealOf<T>) == 4;
+    if (isComplex<T>) return single ? orders.c : orders.z;
+    return single ? orders.s : orders.d;
+}
+template <class T>
+int smallEigenvectors() {
+    return smallOrder<T>({240, 208, 280, 144}, {144, 112, 200, 96});
+}
 // Values alone: the CPU library computes them on one thread, so where there are several its share
 // ends earlier.
 template <class T>
 int smallEigenvalues() {
-    if (isComplex<T>) return sizeof(T) == 8 && multiprocessors() == 1 ? 512 : 176;
-    return multiprocessors() > 1 ? 384 : 1024;
+    const SmallOrders orders =
+        multiprocessors() > 1 ? SmallOrders{450, 400, 300, 112} : SmallOrders{560, 900, 320, 112};
+    return smallOrder<T>(orders, orders);
 }
 template <class T>
-constexpr int smallDividedSvd = isComplex<T>     ? 240
-                                : sizeof(T) == 4 ? 176
-                                                 : 160;
+int smallDividedSvd() {
+    return smallOrder<T>({192, 176, 240, 240}, {128, 112, 136, 112});
+}
 template <class T>
-constexpr int smallSingularValues = sizeof(T) == 16 ? 240 : 400;
+int smallSingularValues() {
+    return smallOrder<T>({384, 400, 400, 240}, {352, 320, 256, 240});
+}
 
 }  // namespace lumo
