@@ -85,7 +85,7 @@ fuzz: setup
 
 # Lumo against the CPU LAPACK and BLAS: one thread each; with nothing set; beside two busy loops.
 one_thread = OPENBLAS_NUM_THREADS=1 LUMO_SOFTWARE_THREADS=1
-benchmarks = lapack least_squares svd blas
+benchmarks = lapack least_squares svd eigen blas
 bench: build
 	for b in $(benchmarks) kernels; do $(one_thread) build/default/bench/bench_$$b; done
 bench-unset: build

@@ -77,6 +77,7 @@ add_library(lumo_objects OBJECT
     src/common/threads.cpp
     src/cudalib/exceptions.cpp
     src/cudalib/maps.cpp
+    src/cudalib/processor.cpp
     src/cudalib/transfer.cpp
     src/cudalib/workspace_pool.cpp
     src/lapack/apply_q.cpp

@@ -206,8 +206,10 @@ bool runOnCpu(const platform::Launch& launch) {
                              launch.block.x * launch.block.y * effort.workPerLane;
     auto item = run.item;
 #if defined(__x86_64__)
-    if (hasV3()) item = run.itemV3;
-    if (hasV4()) item = run.itemV4;
+    if (vectors() == Vectors::avx512)
+        item = run.itemV4;
+    else if (vectors() == Vectors::avx2)
+        item = run.itemV3;
 #endif
     launch.parallel(effort.blocks, work, item, &run);
     return true;

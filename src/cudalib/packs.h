@@ -4,6 +4,8 @@
 // is registered with its widePack one as what CPUs with AVX-512 run.
 #pragma once
 
+#include <cstring>
+
 #include "common/complex.h"
 #include "cudalib/block.h"
 
@@ -67,6 +69,12 @@ struct Reals {
 
     LUMO_DEVICE static const Vector& of(const void* p) { return *static_cast<const Vector*>(p); }
     LUMO_DEVICE static Vector& of(void* p) { return *static_cast<Vector*>(p); }
+    template <class Wider>
+    LUMO_DEVICE static void addHalves(const Wider& x, Vector& result) {
+        Vector halves[2];
+        std::memcpy(halves, &x, sizeof x);
+        result = halves[0] + halves[1];
+    }
     // The first and the second of each pair exchanged.
     LUMO_DEVICE static void exchange(const Vector& x, Vector& result) {
         if constexpr (count == 16)
@@ -86,6 +94,10 @@ class DotProduct {
     using R = Reals<T, bytes>;
 
   public:
+    DotProduct() = default;
+    LUMO_DEVICE explicit DotProduct(const DotProduct<T, 2 * bytes>& wider) {
+        R::addHalves(wider.sum_, sum_);
+    }
     LUMO_DEVICE void add(const T* a, const T* x) { sum_ += R::of(a) * R::of(x); }
     LUMO_DEVICE T total() const {
         T sum = sum_[0];
@@ -94,6 +106,9 @@ class DotProduct {
     }
 
   private:
+    template <class, int>
+    friend class DotProduct;
+
     typename R::Vector sum_ = {};
 };
 
@@ -117,6 +132,11 @@ class DotProduct<lumo::Complex<T>, bytes> {
     using R = Reals<T, bytes>;
 
   public:
+    DotProduct() = default;
+    LUMO_DEVICE explicit DotProduct(const DotProduct<C, 2 * bytes>& wider) {
+        R::addHalves(wider.like_, like_);
+        R::addHalves(wider.unlike_, unlike_);
+    }
     LUMO_DEVICE void add(const C* a, const C* x) {
         typename R::Vector exchanged;
         R::exchange(R::of(x), exchanged);
@@ -133,6 +153,9 @@ class DotProduct<lumo::Complex<T>, bytes> {
     }
 
   private:
+    template <class, int>
+    friend class DotProduct;
+
     typename R::Vector like_ = {}, unlike_ = {};
 };
 

@@ -1,30 +1,12 @@
-// What the processor has that kernels are compiled for, beside baseline x86-64.
+// Which of the versions that kernels are compiled in a processor runs.
 #pragma once
 
 namespace cudalib {
 
-// AVX2 and FMA: x86-64-v3.
-inline bool hasV3() {
-#if defined(__x86_64__)
-    static const bool yes = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
-                            __builtin_cpu_supports("bmi2");
-    return yes;
-#else
-    return false;
-#endif
-}
+// For baseline x86-64; with AVX2 and FMA (x86-64-v3); with AVX-512 (x86-64-v4).
+enum class Vectors { baseline, avx2, avx512 };
 
-// AVX-512 as well: x86-64-v4.
-inline bool hasV4() {
-#if defined(__x86_64__)
-    static const bool yes =
-        hasV3() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512cd") &&
-        __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
-        __builtin_cpu_supports("avx512vl");
-    return yes;
-#else
-    return false;
-#endif
-}
+// The widest that this processor has, or less if LUMO_SOFTWARE_VECTORS says so.
+Vectors vectors();
 
 }  // namespace cudalib

@@ -29,7 +29,6 @@ class TridiagonalReduction {
     TridiagonalReduction(int n, T* a, int lda, R* d, R* e, T* tau)
         : n_(n),
           nb_(std::min(sytrdTuning<T>.current(), n)),
-          ownSymv_(ownSymvOnCpu<T>()),
           a_{a, lda},
           d_(d),
           e_(e),
@@ -74,7 +73,7 @@ class TridiagonalReduction {
 
     // w := A v.
     void multiply(int order, const T* a, const T* v, T* w) const {
-        if (isComplex<T> || !platform::sharesMemory() || order >= ownSymv_)
+        if (isComplex<T> || !platform::sharesMemory() || order >= ownSymvOnCpu)
             hermitianProduct(order, a, a_.ld, v, w, parts_.data());
         else
             cublas::symv('L', order, T(1), a, a_.ld, v, 1, T(0), w, 1);
@@ -93,7 +92,7 @@ class TridiagonalReduction {
             copyVector(n_, a_.data, a_.ld + 1, d_, 1);
     }
 
-    const int n_, nb_, ownSymv_;
+    const int n_, nb_;
     const MatrixView<T> a_;
     R *const d_, *const e_;
     T* const tau_;

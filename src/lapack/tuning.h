@@ -98,10 +98,10 @@ inline BlockSize gebrdTuning{32, 96, 32};
 // threads, is faster than a CPU's symv, that of complex elements always. Measured on a CPU.
 template <class T>
 inline BlockSize sytrdTuning{32, 32};
-template <class T>
-int ownSymvOnCpu() {
-    if (sizeof(T) == 4) return 256;
-    return multiprocessors() > 1 ? 512 : 1024;
+constexpr int ownSymvOnCpu = 256;
+
+inline bool hasAvx512() {
+    return cudalib::vectors() == cudalib::Vectors::avx512;
 }
 
 // Whether a panel of gebrd reads an m x n matrix once a column (BidiagonalPanel) or twice (Labrd).
@@ -111,7 +111,7 @@ inline std::size_t gebrdCachedOnCpu = std::size_t(16) << 20;
 template <class T>
 bool gebrdReadsOnce(int m, int n) {
     if (!platform::sharesMemory()) return deviceIsModern();
-    return !isComplex<T> || cudalib::hasV4() ||
+    return !isComplex<T> || hasAvx512() ||
            std::size_t(m) * std::size_t(n) * sizeof(T) > gebrdCachedOnCpu;
 }
 
@@ -150,7 +150,7 @@ struct SmallOrders {
 // On CPUs without AVX-512, and on those with it.
 template <class T>
 int smallOrder(const SmallOrders& usual, const SmallOrders& wide) {
-    const SmallOrders& orders = cudalib::hasV4() ? wide : usual;
+    const SmallOrders& orders = hasAvx512() ? wide : usual;
     const bool single = sizeof(RealOf<T>) == 4;
     if (isComplex<T>) return single ? orders.c : orders.z;
     return single ? orders.s : orders.d;

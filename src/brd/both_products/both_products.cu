@@ -29,13 +29,12 @@ struct Columns {
     LUMO_DEVICE Values dotProducts(Team team, int n, const T* x) const {
         LUMO_SHARED T partial[count][columnLanes + 1];
         team.lanes(columnLanes, [&](int lane) {
+            Products<bytes> products;
             T sums[count];
-            for (int k = 0; k < count; ++k) sums[k] = T(0);
-            long i = lane * pack;
-            addPacks<bytes>(i, n, x, sums);
+            const long left = addPacks(lane * pack, n, x, products, sums);
             for (int k = 0; k < count; ++k) {
                 LUMO_ROLLED
-                for (long row = i; row < n; row += columnLanes)
+                for (long row = left; row < n; row += columnLanes)
                     sums[k] = sums[k] + lumo::conjugate(at[k][row]) * x[row];
                 partial[k][lane] = sums[k];
             }
@@ -69,18 +68,31 @@ struct Columns {
     }
 
   private:
-    // From i on, in packs; what is left is taken in halves of a pack, and so on.
     template <int size>
-    LUMO_DEVICE void addPacks(long& i, int n, const T* x, T (&sums)[count]) const {
+    struct Products {
+        cudalib::DotProduct<T, size> of[count];
+    };
+
+    // From i on, in packs; what is left is taken in halves of a pack and so on, with the halves of
+    // the products so far. Returns where not even those fit.
+    template <int size>
+    LUMO_DEVICE long addPacks(long i, int n, const T* x, Products<size>& products,
+                              T (&sums)[count]) const {
         constexpr int length = cudalib::packed<T, size>, step = columnLanes * length;
-        cudalib::DotProduct<T, size> products[count];
         LUMO_ROLLED
         for (; i + (unrolled - 1) * step + length <= n; i += unrolled * step)
             for (int turn = 0; turn < unrolled; ++turn)
                 for (int k = 0; k < count; ++k)
-                    products[k].add(at[k] + i + turn * step, x + i + turn * step);
-        for (int k = 0; k < count; ++k) sums[k] = sums[k] + products[k].total();
-        if constexpr (length > 1 && size > 16) addPacks<size / 2>(i, n, x, sums);
+                    products.of[k].add(at[k] + i + turn * step, x + i + turn * step);
+        if constexpr (length > 1 && size > 16) {
+            Products<size / 2> halves;
+            for (int k = 0; k < count; ++k)
+                halves.of[k] = cudalib::DotProduct<T, size / 2>(products.of[k]);
+            return addPacks(i, n, x, halves, sums);
+        } else {
+            for (int k = 0; k < count; ++k) sums[k] = products.of[k].total();
+            return i;
+        }
     }
     template <int size>
     LUMO_DEVICE void combinePacks(long& i, int n, const Values& x, bool added, T* result) const {

@@ -35,31 +35,49 @@ struct ColumnGroup {
     LUMO_DEVICE void multiply(int lane, long from, long n, const T* x, T* y,
                               T (&sums)[count]) const {
         for (int k = 0; k < count; ++k) sums[k] = T(0);
-        const long odd = long(reinterpret_cast<std::uintptr_t>(at[0] + from) / sizeof(T)) % pack,
-                   begin = odd == 0 ? from : from + pack - odd;
-        for (; from < begin && from < n; ++from) add(from, x, y, sums);
-        long i = from + lane * pack;
-        addPacks<bytes>(i, n, x, y, sums);
-        for (; i < n; i += columnLanes) add(i, x, y, sums);
+        if constexpr (pack > 1) {
+            const long odd =
+                long(reinterpret_cast<std::uintptr_t>(at[0] + from) / sizeof(T)) % pack;
+            const long begin = odd == 0 ? from : from + pack - odd;
+            Products<smallestPack> head;
+            addPacks(from, begin < n ? begin : n, x, y, head, sums);
+            from = begin;
+        }
+        Products<bytes> products;
+        addPacks(from + lane, n, x, y, products, sums);
     }
 
   private:
-    // What is left of a column is added in halves of a pack, and so on.
+    static constexpr int smallestPack = 16;
     template <int size>
-    LUMO_DEVICE void addPacks(long& i, long n, const T* x, T* y, T (&sums)[count]) const {
+    struct Products {
+        cudalib::DotProduct<T, size> of[count];
+    };
+
+    // Rows i to `end`, in packs; what is left, in halves of them and so on, with the halves of the
+    // products so far.
+    template <int size>
+    LUMO_DEVICE void addPacks(long i, long end, const T* x, T* y, Products<size>& products,
+                              T (&sums)[count]) const {
         constexpr int length = cudalib::packed<T, size>;
-        cudalib::DotProduct<T, size> products[count];
-        for (; i + length <= n; i += columnLanes * length) {
+        for (; i + length <= end; i += columnLanes * length) {
             cudalib::Combination<T, size> sum;
             for (int k = 0; k < count; ++k) {
-                products[k].add(at[k] + i, x + i);
+                products.of[k].add(at[k] + i, x + i);
                 sum.add(at[k] + i, factor[k]);
                 if constexpr (size == bytes) cudalib::prefetch(at[k] + next + i);
             }
             sum.addTo(y + i);
         }
-        for (int k = 0; k < count; ++k) sums[k] = sums[k] + products[k].total();
-        if constexpr (length > 1 && size > 16) addPacks<size / 2>(i, n, x, y, sums);
+        if constexpr (length > 1 && size > smallestPack) {
+            Products<size / 2> halves;
+            for (int k = 0; k < count; ++k)
+                halves.of[k] = cudalib::DotProduct<T, size / 2>(products.of[k]);
+            addPacks(i, end, x, y, halves, sums);
+        } else {
+            for (int k = 0; k < count; ++k) sums[k] = sums[k] + products.of[k].total();
+            for (; i < end; i += columnLanes) add(i, x, y, sums);
+        }
     }
 
     LUMO_DEVICE void add(long row, const T* x, T* y, T (&sums)[count]) const {
