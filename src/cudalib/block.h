@@ -366,12 +366,12 @@ LUMO_DEVICE void Team<X_, Y_>::lanes(long n, F f) {
 #endif
 
 // Asks for the memory `ahead` elements behind p, which a CPU's caches do not foresee and a GPU does
-// not need to. The address may lie outside of the matrix.
-template <class T>
+// not need to; to be written there, or read alone. The address may lie outside of the matrix.
+template <bool written, class T>
 LUMO_DEVICE void prefetch([[maybe_unused]] const T* p, [[maybe_unused]] std::size_t ahead) {
 #ifndef __CUDACC__
     const auto address = reinterpret_cast<std::uintptr_t>(p) + ahead * sizeof(T);
-    __builtin_prefetch(reinterpret_cast<const void*>(address), 1);
+    __builtin_prefetch(reinterpret_cast<const void*>(address), written);
 #endif
 }
 

@@ -1,7 +1,8 @@
 // Products of columns' elements in sequence: of as many at a time as a CPU has in a vector, written
 // as vectors, for a compiler's code of loops took up to a third longer; of one on a GPU, where the
 // next ones are other lanes'. A kernel that has packs is a template on their bytes, usualPack, and
-// is registered with its widePack one as what CPUs with AVX-512 run.
+// is registered with its widePack one as what CPUs with AVX-512 run. What is left at a column's end
+// it takes in halves of a pack, down to smallestPack.
 #pragma once
 
 #include <cstring>
@@ -11,14 +12,14 @@
 
 namespace cudalib {
 
+constexpr int usualPack = 32, smallestPack = 16;  // bytes
+
 #ifdef __CUDACC__
 
 // A loop that would take more registers unrolled than are left for other blocks.
 #define LUMO_ROLLED _Pragma("unroll 1")
 
-constexpr int usualPack = 32, widePack = usualPack;
-
-LUMO_DEVICE void prefetch(const void*) {}
+constexpr int widePack = usualPack;
 
 // The elements of a pack.
 template <class T, int bytes>
@@ -51,28 +52,28 @@ class Combination {
 
 #define LUMO_ROLLED
 
-constexpr int usualPack = 32, widePack = 64;
-
-// Says that what lies there, if anything does, will be read soon.
-LUMO_DEVICE void prefetch(const void* p) {
-    __builtin_prefetch(p);
-}
+constexpr int widePack = 64;
 
 template <class T, int bytes>
 constexpr int packed = bytes / int(sizeof(T));
 
-// Real numbers that lie anywhere, as a vector.
+// Real numbers that lie anywhere, as a vector: in a structure, for not every compiler heeds an
+// alignment that is given to a vector's type.
 template <class R, int bytes>
 struct Reals {
     static constexpr int count = packed<R, bytes>;
-    using Vector __attribute__((vector_size(bytes), aligned(alignof(R)), may_alias)) = R;
+    using Vector __attribute__((vector_size(bytes))) = R;
+    struct __attribute__((packed, may_alias)) Anywhere {
+        Vector all;
+    };
 
-    LUMO_DEVICE static const Vector& of(const void* p) { return *static_cast<const Vector*>(p); }
-    LUMO_DEVICE static Vector& of(void* p) { return *static_cast<Vector*>(p); }
-    template <class Wider>
-    LUMO_DEVICE static void addHalves(const Wider& x, Vector& result) {
+    LUMO_DEVICE static const Anywhere& of(const void* p) {
+        return *static_cast<const Anywhere*>(p);
+    }
+    LUMO_DEVICE static Anywhere& of(void* p) { return *static_cast<Anywhere*>(p); }
+    LUMO_DEVICE static void addHalves(const void* wider, Vector& result) {
         Vector halves[2];
-        std::memcpy(halves, &x, sizeof x);
+        std::memcpy(halves, wider, sizeof halves);
         result = halves[0] + halves[1];
     }
     // The first and the second of each pair exchanged.
@@ -96,9 +97,9 @@ class DotProduct {
   public:
     DotProduct() = default;
     LUMO_DEVICE explicit DotProduct(const DotProduct<T, 2 * bytes>& wider) {
-        R::addHalves(wider.sum_, sum_);
+        R::addHalves(&wider.sum_, sum_);
     }
-    LUMO_DEVICE void add(const T* a, const T* x) { sum_ += R::of(a) * R::of(x); }
+    LUMO_DEVICE void add(const T* a, const T* x) { sum_ += R::of(a).all * R::of(x).all; }
     LUMO_DEVICE T total() const {
         T sum = sum_[0];
         for (int i = 1; i < R::count; ++i) sum += sum_[i];
@@ -117,9 +118,9 @@ class Combination {
     using R = Reals<T, bytes>;
 
   public:
-    LUMO_DEVICE void add(const T* a, T factor) { sum_ += R::of(a) * factor; }
-    LUMO_DEVICE void store(T* y) const { R::of(y) = sum_; }
-    LUMO_DEVICE void addTo(T* y) const { R::of(y) += sum_; }
+    LUMO_DEVICE void add(const T* a, T factor) { sum_ += R::of(a).all * factor; }
+    LUMO_DEVICE void store(T* y) const { R::of(y).all = sum_; }
+    LUMO_DEVICE void addTo(T* y) const { R::of(y).all += sum_; }
 
   private:
     typename R::Vector sum_ = {};
@@ -134,14 +135,15 @@ class DotProduct<lumo::Complex<T>, bytes> {
   public:
     DotProduct() = default;
     LUMO_DEVICE explicit DotProduct(const DotProduct<C, 2 * bytes>& wider) {
-        R::addHalves(wider.like_, like_);
-        R::addHalves(wider.unlike_, unlike_);
+        R::addHalves(&wider.like_, like_);
+        R::addHalves(&wider.unlike_, unlike_);
     }
     LUMO_DEVICE void add(const C* a, const C* x) {
+        const typename R::Vector elements = R::of(a).all, others = R::of(x).all;
         typename R::Vector exchanged;
-        R::exchange(R::of(x), exchanged);
-        like_ += R::of(a) * R::of(x);
-        unlike_ += R::of(a) * exchanged;
+        R::exchange(others, exchanged);
+        like_ += elements * others;
+        unlike_ += elements * exchanged;
     }
     LUMO_DEVICE C total() const {
         C sum(T(0));
@@ -166,14 +168,18 @@ class Combination<lumo::Complex<T>, bytes> {
 
   public:
     LUMO_DEVICE void add(const C* a, C factor) {
-        byReal_ += R::of(a) * factor.re;
-        byImaginary_ += R::of(a) * factor.im;
+        byReal_ += R::of(a).all * factor.re;
+        byImaginary_ += R::of(a).all * factor.im;
     }
-    LUMO_DEVICE void store(C* y) const { sum(R::of(y)); }
+    LUMO_DEVICE void store(C* y) const {
+        typename R::Vector result;
+        sum(result);
+        R::of(y).all = result;
+    }
     LUMO_DEVICE void addTo(C* y) const {
         typename R::Vector added;
         sum(added);
-        R::of(y) += added;
+        R::of(y).all += added;
     }
 
   private:

@@ -24,9 +24,10 @@ namespace lumo {
 // The scalar iteration runs on the host; d and e cross once each way, each sweep's rotations once,
 // asynchronously, and a sweep is one kernel launch for each matrix. Where there is no C, sweeps may
 // cross and be launched many at a time (bdsqr_vectors.h). With no vectors at all the values come
-// from another iteration, as in xBDSQR (dqds.h), or, on GPUs of capability 7.0 and
-// later, from bisection on the device (stebz.h), which does not give up. Device memory: 4 (n - 1)
-// reals, or 128 (n + 48) for many sweeps at a time, and a copy of VT unless ncvt = n.
+// from another iteration, as in xBDSQR (dqds.h), or, on GPUs of capability 7.0 and later, from
+// bisection on the device, if that can be had (stebz.h), which always ends. Device memory: 4 (n -
+// 1) reals, or 128 (n + 48) for many sweeps at a time, or 5 n for bisection, and a copy of VT
+// unless ncvt = n.
 template <class T>
 void bdsqr(char uplo, int n, int ncvt, int nru, int ncc, RealOf<T>* d, RealOf<T>* e, T* vt,
            int ldvt, T* u, int ldu, T* c, int ldc);

@@ -107,12 +107,11 @@ inline bool hasAvx512() {
 // Whether a panel of gebrd reads an m x n matrix once a column (BidiagonalPanel) or twice (Labrd).
 // A CPU without AVX-512 reads complex elements twice while they are no more than its caches keep,
 // so many bytes: there its BLAS is as fast as can be.
-inline std::size_t gebrdCachedOnCpu = std::size_t(16) << 20;
+inline std::size_t gebrdCachedOnCpu = hasAvx512() ? 0 : std::size_t(16) << 20;
 template <class T>
 bool gebrdReadsOnce(int m, int n) {
     if (!platform::sharesMemory()) return deviceIsModern();
-    return !isComplex<T> || hasAvx512() ||
-           std::size_t(m) * std::size_t(n) * sizeof(T) > gebrdCachedOnCpu;
+    return !isComplex<T> || std::size_t(m) * std::size_t(n) * sizeof(T) > gebrdCachedOnCpu;
 }
 
 struct BdsqrTuning {
@@ -131,7 +130,8 @@ inline int stebzLanes = 512;
 template <class R>
 int stebzLanesOfDevice() {
     const int capability = computeCapability();
-    const bool few = sizeof(R) == 8 && (capability % 10 != 0 || capability > 100);
+    const bool few =
+        sizeof(R) == 8 && (capability % 10 != 0 || capability < 60 || capability > 100);
     return multiprocessors() * stebzLanes / (few ? 8 : 1);
 }
 

@@ -15,8 +15,8 @@ LUMO_DEVICE void interchangeRows(int n, T* a, int lda, int start, int count,
         const std::size_t ahead = std::size_t(columnsAhead) * lda;
         columns.each(n, [&](std::size_t j) {
             T* column = a + j * std::size_t(lda);
-            cudalib::prefetch(column + start, ahead);
-            for (int r = 0; r < count; ++r) cudalib::prefetch(column + piv.row[r], ahead);
+            cudalib::prefetch<true>(column + start, ahead);
+            for (int r = 0; r < count; ++r) cudalib::prefetch<true>(column + piv.row[r], ahead);
             for (int r = 0; r < count; ++r) {
                 const T other = column[piv.row[r]];
                 column[piv.row[r]] = column[start + r];

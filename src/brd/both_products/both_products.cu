@@ -23,7 +23,7 @@ struct Columns {
     };
 
     const T* at[count];
-    long next;  // from a column to the same one of the next group
+    std::size_t next;  // from a column to the same one of the next group
 
     // The columns' dot products, n elements of each, with x; for all of the block.
     LUMO_DEVICE Values dotProducts(Team team, int n, const T* x) const {
@@ -84,7 +84,7 @@ struct Columns {
             for (int turn = 0; turn < unrolled; ++turn)
                 for (int k = 0; k < count; ++k)
                     products.of[k].add(at[k] + i + turn * step, x + i + turn * step);
-        if constexpr (length > 1 && size > 16) {
+        if constexpr (length > 1 && size > cudalib::smallestPack) {
             Products<size / 2> halves;
             for (int k = 0; k < count; ++k)
                 halves.of[k] = cudalib::DotProduct<T, size / 2>(products.of[k]);
@@ -102,14 +102,15 @@ struct Columns {
             cudalib::Combination<T, size> sum;
             for (int k = 0; k < count; ++k) {
                 sum.add(at[k] + i, x.of[k]);
-                if constexpr (size == bytes) cudalib::prefetch(at[k] + next + i);
+                if constexpr (size == bytes) cudalib::prefetch<false>(at[k] + i, next);
             }
             if (added)
                 sum.addTo(result + i);
             else
                 sum.store(result + i);
         }
-        if constexpr (length > 1 && size > 16) combinePacks<size / 2>(i, n, x, added, result);
+        if constexpr (length > 1 && size > cudalib::smallestPack)
+            combinePacks<size / 2>(i, n, x, added, result);
     }
 };
 
@@ -188,7 +189,7 @@ LUMO_KERNEL void BothProducts_k(int rows, int lead, int columns, int count, int 
             // The last group may have columns to spare: they are the last one once more, times 0.
             const int here = end - j < Group::count ? int(end - j) : Group::count;
             Group group;
-            group.next = Group::count * long(lda);
+            group.next = Group::count * std::size_t(lda);
             for (int k = 0; k < Group::count; ++k)
                 group.at[k] = a + (j + (k < here ? k : here - 1)) * lda;
             typename Group::Values left = group.dotProducts(team, rows, v), row;

@@ -28,7 +28,7 @@ struct ColumnGroup {
 
     const T* at[count];
     T factor[count];
-    long next;  // from a column to the same one of the next group
+    std::size_t next;  // from a column to the same one of the next group
 
     // y += the columns times their factors, from row `from` on; sums: a lane's share of their
     // products with x. Packs are read where a column's are aligned.
@@ -39,7 +39,7 @@ struct ColumnGroup {
             const long odd =
                 long(reinterpret_cast<std::uintptr_t>(at[0] + from) / sizeof(T)) % pack;
             const long begin = odd == 0 ? from : from + pack - odd;
-            Products<smallestPack> head;
+            Products<cudalib::smallestPack> head;
             addPacks(from, begin < n ? begin : n, x, y, head, sums);
             from = begin;
         }
@@ -48,7 +48,6 @@ struct ColumnGroup {
     }
 
   private:
-    static constexpr int smallestPack = 16;
     template <int size>
     struct Products {
         cudalib::DotProduct<T, size> of[count];
@@ -65,11 +64,11 @@ struct ColumnGroup {
             for (int k = 0; k < count; ++k) {
                 products.of[k].add(at[k] + i, x + i);
                 sum.add(at[k] + i, factor[k]);
-                if constexpr (size == bytes) cudalib::prefetch(at[k] + next + i);
+                if constexpr (size == bytes) cudalib::prefetch<false>(at[k] + i, next);
             }
             sum.addTo(y + i);
         }
-        if constexpr (length > 1 && size > smallestPack) {
+        if constexpr (length > 1 && size > cudalib::smallestPack) {
             Products<size / 2> halves;
             for (int k = 0; k < count; ++k)
                 halves.of[k] = cudalib::DotProduct<T, size / 2>(products.of[k]);
@@ -108,7 +107,7 @@ LUMO_KERNEL void HermitianProduct_k(int n, int count, const T* a, int lda, const
             // The last group may have columns to spare: the last one once more, times 0.
             const int here = end - j < columns ? end - j : columns;
             Group group;
-            group.next = long(columns) * lda;
+            group.next = std::size_t(columns) * std::size_t(lda);
             for (int k = 0; k < columns; ++k) {
                 const int column = j + (k < here ? k : here - 1);
                 group.at[k] = &cudalib::at(a, lda, 0, column);
